@@ -1,0 +1,25 @@
+# What every target of this project is compiled with; nothing here is global.
+add_library(velodesk_options INTERFACE)
+target_compile_features(velodesk_options INTERFACE cxx_std_17)
+target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_DEPRECATED_WARNINGS)
+target_compile_options(velodesk_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Werror
+    -fvisibility=hidden -fvisibility-inlines-hidden)
+target_include_directories(velodesk_options INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+
+# A target of this project: our warnings, no compiler extensions, moc and uic where they are needed.
+function(velodesk_configure target)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_STANDARD 17
+        CXX_STANDARD_REQUIRED ON
+        AUTOMOC ON
+        AUTOUIC ON
+        POSITION_INDEPENDENT_CODE ON)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "STATIC_LIBRARY")
+        target_link_libraries(${target} PUBLIC velodesk_options)
+    else()
+        target_link_libraries(${target} PRIVATE velodesk_options)
+    endif()
+endfunction()

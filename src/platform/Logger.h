@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstdarg>
+#include <fstream>
+#include <mutex>
+#include <string>
+#include <type_traits>
+
+#include "platform/Singleton.h"
+
+namespace Brevora {
+
+/// The program's one log file, reached as Singleton<Brevora::Logger>::GetInstance().
+///
+/// main() calls Init() once, before any thread exists; what is logged earlier goes nowhere. WriteLog() may
+/// then be called from any thread, but not from inside itself. A failure of the log is never reported and
+/// never stops the program. Call sites use the LOG_ shorthand below rather than WriteLog().
+class Logger
+{
+public:
+    Logger();
+    ~Logger();
+    Logger(const Logger&) = delete;
+    Logger& operator=(const Logger&) = delete;
+
+    /// Opens the log at `path` (local 8-bit) for appending, with mode 0600. A link to a file or a directory
+    /// that stands there is removed first.
+    void Init(const std::string& path);
+
+    /// Writes one line and flushes it. `level`: 2 INFO, 3 WARNING, 4 ERROR, 5 CRITICAL; 1 (DEBUG) and below
+    /// are dropped. `file`: source file without directories; `module`: the source file's tag; `format`:
+    /// printf, with strings as plain character pointers. A message of more than 4095 bytes is dropped, not
+    /// cut.
+    template <typename... Args>
+    void WriteLog(int level, const std::string& file, int line, const std::string& module,
+                  const std::string& format, Args... args)
+    {
+        static_assert((... && std::is_scalar_v<Args>), "printf takes numbers and pointers only");
+        WriteFormatted(level, file, line, module, format.c_str(), args...);
+    }
+
+    /// The word of a level: "DEBUG" to "CRITICAL" for 1 to 5, a single blank for any other.
+    std::string GetLevelString(int level) const;
+
+    /// Local time as "yy-mm-dd hh:mm:ss.uuuuuu"; empty if it could not be formatted.
+    std::string GetTimestamp() const;
+
+    /// Copies the bytes of `from` over `to`, which gets mode 0600.
+    void CopyLog2Log(std::string from, std::string to) const;
+
+    /// Copies the live file to "<path>.old" and starts the live file anew. Takes no lock: WriteLog() holds
+    /// it.
+    void SaveAndOpenNewFile();
+
+    /// Bytes in the file at `path`, or -1 if it cannot be opened.
+    int GetCurrentSize(const std::string& path) const;
+
+private:
+    void WriteFormatted(int level, const std::string& file, int line, const std::string& module,
+                        const char* format, ...);
+
+    const int maxSize;
+    std::string filePath;
+    std::ofstream stream;
+    std::mutex lock;
+};
+
+/// Lets the compiler hold a format against its arguments; never called at run time.
+__attribute__((format(printf, 1, 2))) inline void CheckLogFormat(const char*, ...) {}
+
+/// The part of a path behind its last slash, at compile time.
+constexpr const char* SourceFileName(const char* path)
+{
+    const char* name = path;
+    for (const char* at = path; *at != '\0'; ++at) {
+        if (*at == '/') {
+            name = at + 1;
+        }
+    }
+    return name;
+}
+
+} // namespace Brevora
+
+/// The shorthand: LOG_INFO("count is %d", count). Each source file that logs has a constant MODULE_TAG in
+/// sight.
+#define VELODESK_LOG(level, ...)                                                                             \
+    do {                                                                                                     \
+        if (false) {                                                                                         \
+            Brevora::CheckLogFormat(__VA_ARGS__);                                                            \
+        }                                                                                                    \
+        static constexpr const char* velodeskSourceFile = Brevora::SourceFileName(__FILE__);                 \
+        Singleton<Brevora::Logger>::GetInstance()->WriteLog(level, velodeskSourceFile, __LINE__, MODULE_TAG, \
+                                                            __VA_ARGS__);                                    \
+    } while (false)
+
+#define LOG_DEBUG(...) VELODESK_LOG(1, __VA_ARGS__)
+#define LOG_INFO(...) VELODESK_LOG(2, __VA_ARGS__)
+#define LOG_WARNING(...) VELODESK_LOG(3, __VA_ARGS__)
+#define LOG_ERROR(...) VELODESK_LOG(4, __VA_ARGS__)
+
+extern "C" {
+/// The same log for callers that have only character pointers; `line` is 0 and a null pointer writes nothing.
+__attribute__((visibility("default"), format(printf, 3, 4))) void
+CLogDebug(const char* module, const char* file, const char* format, ...);
+__attribute__((visibility("default"), format(printf, 3, 4))) void
+CLogInfo(const char* module, const char* file, const char* format, ...);
+__attribute__((visibility("default"), format(printf, 3, 4))) void
+CLogWarn(const char* module, const char* file, const char* format, ...);
+__attribute__((visibility("default"), format(printf, 3, 4))) void
+CLogError(const char* module, const char* file, const char* format, ...);
+}
