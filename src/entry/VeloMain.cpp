@@ -1,0 +1,117 @@
+#include <QIcon>
+#include <QScreen>
+#include <stdexcept>
+#include <string>
+
+#include "config/Configure.h"
+#include "config/Constant.h"
+#include "entry/SingleApplication.h"
+#include "platform/Logger.h"
+#include "platform/Utils.h"
+#include "shell/ProtocolWin.h"
+#include "shell/Shadow.h"
+#include "shell/VeloWin.h"
+#include "supervision/AppManager.h"
+
+namespace {
+constexpr char MODULE_TAG[] = "VELODESK";
+constexpr int ARGUMENT_COUNT = 2;
+constexpr char PROGRAM_NAME[] = "Velodesk";
+
+/// Only the daemon starts this program: by the bare name, with its own process id. On true that id is stored.
+bool CheckArgs(int argc, char** argv)
+{
+    if (argc != ARGUMENT_COUNT) {
+        LOG_ERROR("param number error!");
+        return false;
+    }
+    if (std::string(argv[0]) != PROGRAM_NAME) {
+        LOG_ERROR("command analyze error!");
+        return false;
+    }
+    int daemonPid = 0;
+    try {
+        daemonPid = std::stoi(argv[1]);
+    } catch (const std::logic_error&) {
+        LOG_ERROR("param analyze error!");
+        return false;
+    }
+    Singleton<Configure>::GetInstance()->daemonPid = daemonPid;
+    Brevora::Utils::SetDbusServerPid(daemonPid);
+    return true;
+}
+
+void StopVelodeskd()
+{
+    std::string result;
+    std::string errorMessage;
+    Brevora::Utils::ExecutePopenAndReturnByDbus("velodeskd --exit", result, errorMessage);
+}
+
+/// Centred on the whole virtual desktop, whichever screen holds the pointer.
+void MoveToCentre(QWidget& window)
+{
+    const QSize desktop = QGuiApplication::primaryScreen()->virtualSize();
+    window.move((desktop.width() - window.width()) / 2, (desktop.height() - window.height()) / 2);
+}
+
+/// Shows the agreement where it was never accepted; true if the user may go on.
+bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin)
+{
+    const Configure& configure = *Singleton<Configure>::GetInstance();
+    if (!configure.IsStatementRead()) {
+        application.SetMainWindow(protocolWin);
+        protocolWin.show();
+        MoveToCentre(protocolWin);
+        QApplication::exec();
+    }
+    // A settings file that could not be written does not keep the user out in this run.
+    return configure.IsStatementRead() || protocolWin.IsReadStatement();
+}
+
+void RunMainWindow(SingleApplication& application)
+{
+    LOG_INFO("Mainwindow start.");
+    // The status server listens before any page exists.
+    Singleton<AppManager>::GetInstance();
+    VeloWin veloWin(nullptr);
+    veloWin.exitHook = StopVelodeskd;
+    application.SetMainWindow(veloWin);
+    veloWin.SetAppObj(application);
+    veloWin.show();
+    MoveToCentre(veloWin);
+    QApplication::exec();
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Singleton<Brevora::Logger>::GetInstance()->Init(GetConstant(Velodesk::LOG_FILE));
+    if (!CheckArgs(argc, argv)) {
+        return 1;
+    }
+    LOG_INFO("%sUse Shadow", Shadow::useShadow ? "" : "Don't ");
+
+    SingleApplication application(argc, argv);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velo/logo")));
+    if (GetConstant(Velodesk::DATA_DIR).empty()) {
+        return 1;
+    }
+    if (application.InitLocalConnect() != 0) {
+        LOG_ERROR("Init application connection failed.");
+        return 1;
+    }
+    if (application.IsRunning()) {
+        LOG_INFO("Application already running.");
+        return 0;
+    }
+    LOG_DEBUG("velodeskd start pid (%d).", Singleton<Configure>::GetInstance()->daemonPid);
+
+    ProtocolWin protocolWin(nullptr);
+    protocolWin.exitHook = StopVelodeskd;
+    if (!RunAgreement(application, protocolWin)) {
+        return 0;
+    }
+    RunMainWindow(application);
+    return 0;
+}

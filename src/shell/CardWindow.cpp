@@ -1,0 +1,103 @@
+#include "shell/CardWindow.h"
+
+#include <QBoxLayout>
+#include <QBrush>
+#include <QColor>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPalette>
+#include <QScreen>
+
+#include "shell/Shadow.h"
+
+namespace {
+const QColor FRAME_COLOR(0xE2, 0xE2, 0xE2);
+} // namespace
+
+template <typename Window>
+void CardWindow<Window>::SetAdjustShadow(const QRect& area)
+{
+    Shadow::AddShadowEffect(this, card);
+    // The layout's margins are 1 pixel still, so this is where the card is going to be.
+    const QRect inner = this->geometry().adjusted(1, 1, -1, -1);
+    const QPoint corner((area.left() + area.right()) / 2 - (inner.left() + inner.right()) / 2,
+                        (area.top() + area.bottom()) / 2 - (inner.top() + inner.bottom()) / 2);
+    Shadow::ShadowWinAdjust(this, cardLayout, card, QRect(corner, inner.size()), false);
+}
+
+template <typename Window>
+void CardWindow<Window>::SetLayout(const QRect& area)
+{
+    const QRect rect = this->geometry();
+    this->move(CentredCorner(area, rect.bottomRight() - rect.topLeft()));
+}
+
+template <typename Window>
+void CardWindow<Window>::SetCard(QBoxLayout* layout, QWidget* widget, const QPoint& lastDragPoint)
+{
+    cardLayout = layout;
+    card = widget;
+    dragLimit = lastDragPoint;
+}
+
+template <typename Window>
+void CardWindow<Window>::SetFrameColor()
+{
+    QPalette framePalette = this->palette();
+    framePalette.setBrush(QPalette::Window, QBrush(FRAME_COLOR));
+    this->setPalette(framePalette);
+}
+
+template <typename Window>
+void CardWindow<Window>::MoveCard(const QPoint& topLeft)
+{
+    Shadow::ShadowWinMove(this, cardLayout, card, topLeft, false);
+}
+
+template <typename Window>
+void CardWindow<Window>::mousePressEvent(QMouseEvent* event)
+{
+    const QPoint offset = event->localPos().toPoint() - card->pos();
+    if (offset.x() <= dragLimit.x() && offset.y() <= dragLimit.y() && event->button() == Qt::LeftButton) {
+        dragging = true;
+        dragOffset = offset;
+    }
+    Window::mousePressEvent(event);
+}
+
+template <typename Window>
+void CardWindow<Window>::mouseReleaseEvent(QMouseEvent* event)
+{
+    // Whatever button goes up ends the drag.
+    dragging = false;
+    Window::mouseReleaseEvent(event);
+}
+
+template <typename Window>
+void CardWindow<Window>::mouseMoveEvent(QMouseEvent* event)
+{
+    const QPoint globalPos = event->screenPos().toPoint();
+    if (Shadow::useShadow) {
+        if (dragging) {
+            MoveCard(globalPos - dragOffset);
+        }
+        Shadow::ShadowWinMask(this, card, globalPos);
+    } else if (dragging) {
+        // Without shadow nothing holds the window on the desktop.
+        this->move(globalPos - dragOffset);
+    }
+    Window::mouseMoveEvent(event);
+}
+
+template class CardWindow<QWidget>;
+template class CardWindow<QDialog>;
+
+QRect AvailableArea()
+{
+    return QGuiApplication::primaryScreen()->availableGeometry();
+}
+
+QPoint CentredCorner(const QRect& area, const QPoint& size)
+{
+    return {(area.left() + area.right()) / 2 - size.x() / 2, (area.top() + area.bottom()) / 2 - size.y() / 2};
+}

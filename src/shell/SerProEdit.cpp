@@ -1,0 +1,124 @@
+#include "shell/SerProEdit.h"
+
+#include <QDesktopServices>
+#include <QFile>
+#include <QMouseEvent>
+#include <QRegExp>
+#include <QScrollBar>
+#include <QTextCursor>
+#include <QUrl>
+
+#include "platform/Logger.h"
+
+namespace {
+constexpr char MODULE_TAG[] = "VELODESK";
+
+const QString URL_PATTERN =
+    QStringLiteral("http[s]{0,1}://[-A-Za-z0-9+&@#/%?=~_|!:,.;]+[-A-Za-z0-9+&@#/%=~_|]");
+
+const QString VIEW_STYLE = QStringLiteral("background-color:rgba(249,249,249,1)");
+
+const QString SCROLL_BAR_STYLE = QStringLiteral(R"(QScrollBar:vertical {
+width:4px;
+background:rgba(0,0,0,0%);
+padding-top:9px;
+padding-bottom:9px;
+}
+QScrollBar::handle:vertical, QScrollBar::handle:vertical:hover {
+width:4px;
+background:rgba(240,240,240,100%);
+border-radius:2px;
+min-height:54px;
+}
+QScrollBar::add-line:vertical, QScrollBar::add-line:vertical:hover {
+height:9px;
+width:4px;
+background:rgba(0,0,0,0%);
+subcontrol-position:bottom;
+}
+QScrollBar::sub-line:vertical, QScrollBar::sub-line:vertical:hover {
+height:9px;
+width:4px;
+background:rgba(0,0,0,0%);
+subcontrol-position:top;
+}
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical {
+background:rgba(0,0,0,0%);
+border-radius:2px;
+})");
+} // namespace
+
+SerProEdit::SerProEdit(QWidget* parent) : QTextEdit(parent) {}
+
+void SerProEdit::InitUi(QString path)
+{
+    setReadOnly(true);
+    setStyleSheet(VIEW_STYLE);
+    verticalScrollBar()->setStyleSheet(SCROLL_BAR_STYLE);
+
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        LOG_INFO("File %s open failed.", path.toUtf8().constData());
+        file.close();
+        return;
+    }
+    LOG_DEBUG("File %s open successful.", path.toUtf8().constData());
+    const QByteArray bytes = file.readAll();
+    const int position = toPlainText().length();
+    // constData() ends at the first zero byte, and so does the document.
+    const QString html = ProcessHtmlLinkUrl(QString::fromUtf8(bytes.constData()));
+
+    // What measuring the links has put behind the earlier content goes away again.
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.setPosition(position);
+    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    cursor.insertHtml(html);
+    cursor.movePosition(QTextCursor::Start);
+    cursor.endEditBlock();
+    setTextCursor(cursor);
+    file.close();
+}
+
+QString SerProEdit::GetLinkUrl(const QString& url) const
+{
+    return QStringLiteral("<a href='") + url + QStringLiteral("'><span style='text-decoration:none'>") + url +
+           QStringLiteral("</span></a>");
+}
+
+QString SerProEdit::ProcessHtmlLinkUrl(const QString& text)
+{
+    const QRegExp pattern(URL_PATTERN, Qt::CaseSensitive, QRegExp::RegExp);
+    QString result;
+    QString rest = text;
+    for (int pos = pattern.indexIn(rest); pos != -1; pos = pattern.indexIn(rest)) {
+        const QString before = rest.left(pos);
+        result += before;
+        append(before);
+
+        UrlElem elem;
+        elem.start = toPlainText().length();
+        elem.url = pattern.cap(0);
+        const QString link = GetLinkUrl(elem.url);
+        result += link;
+        append(link);
+        elem.end = toPlainText().length();
+        urlList.append(elem);
+
+        rest = rest.mid(pos + elem.url.length());
+    }
+    return result + rest;
+}
+
+void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
+{
+    const int anchor = textCursor().anchor();
+    for (const UrlElem& elem : qAsConst(urlList)) {
+        if (anchor > elem.start && anchor < elem.end) {
+            QDesktopServices::openUrl(QUrl(elem.url, QUrl::TolerantMode));
+        }
+    }
+    // The press handler, on purpose: to the base class a release is a second press.
+    QTextEdit::mousePressEvent(event);
+}

@@ -1,0 +1,152 @@
+#include "shell/Shadow.h"
+
+#include <QBoxLayout>
+#include <QColor>
+#include <QGraphicsDropShadowEffect>
+#include <QGuiApplication>
+#include <QRegion>
+#include <QScreen>
+#include <QWidget>
+#include <new>
+#include <string>
+
+#include "platform/Logger.h"
+#include "platform/Utils.h"
+
+namespace {
+constexpr char MODULE_TAG[] = "TANDRA_UI";
+
+const QColor SHADOW_COLOR(0, 0, 0, 51);
+constexpr qreal BLUR_RADIUS = 20.0;
+constexpr qreal OFFSET_X = 0.0;
+constexpr qreal OFFSET_Y = 2.0;
+constexpr int SHADOW_MARGIN = 20;
+
+constexpr char DISTRIBUTION_COMMAND[] = "head /etc/lsb-release | grep -i uos";
+constexpr char COMPOSITOR_COMMAND[] = "dbus-send --session --dest=org.kde.KWin --print-reply"
+                                      "             /Compositor org.freedesktop.DBus.Properties.Get "
+                                      "string:org.kde.kwin.Compositing string:active"
+                                      "             | grep -i variant | awk '{print $3}'";
+} // namespace
+
+bool Shadow::useShadow = Shadow::IsShadowEffectEnable();
+
+bool Shadow::IsShadowEffectEnable()
+{
+    if (Brevora::Utils::ExecutePopenAndReturn(DISTRIBUTION_COMMAND).empty()) {
+        return true;
+    }
+    const std::string active = Brevora::Utils::ExecutePopenAndReturn(COMPOSITOR_COMMAND);
+    LOG_INFO("check KWinSpecialEffect , %s", active.c_str());
+    if (active == "false") {
+        LOG_INFO("WinSpecialEffect is not open");
+        return false;
+    }
+    return true;
+}
+
+int Shadow::AddShadowEffect(QWidget* parent, QWidget* target)
+{
+    if (parent == nullptr || target == nullptr) {
+        return 1;
+    }
+    auto* effect = static_cast<QGraphicsDropShadowEffect*>(target->graphicsEffect());
+    if (effect == nullptr) {
+        effect = new (std::nothrow) QGraphicsDropShadowEffect(parent);
+        if (effect == nullptr) {
+            return 2;
+        }
+        target->setGraphicsEffect(effect);
+    }
+    effect->setOffset(OFFSET_X, OFFSET_Y);
+    effect->setColor(SHADOW_COLOR);
+    effect->setBlurRadius(BLUR_RADIUS);
+    return 0;
+}
+
+void Shadow::AdjustWindow(QWidget* window, const QRect& oldRect, const QRect& newRect, bool fixedSize)
+{
+    if (window == nullptr || oldRect == newRect) {
+        return;
+    }
+    if (oldRect.size() == newRect.size()) {
+        window->move(newRect.topLeft());
+    } else if (fixedSize) {
+        window->setFixedSize(newRect.size());
+        window->move(newRect.topLeft());
+    } else {
+        window->setGeometry(newRect);
+    }
+}
+
+void Shadow::CheckRect(QRect& rect, const QRect& bounds)
+{
+    if (rect.right() - rect.left() > bounds.right() - bounds.left() ||
+        rect.bottom() - rect.top() > bounds.bottom() - bounds.top()) {
+        return;
+    }
+    if (rect.left() < bounds.left()) {
+        rect.moveLeft(bounds.left());
+    }
+    if (rect.top() < bounds.top()) {
+        rect.moveTop(bounds.top());
+    }
+    if (rect.right() > bounds.right()) {
+        rect.moveRight(bounds.right());
+    }
+    if (rect.bottom() > bounds.bottom()) {
+        rect.moveBottom(bounds.bottom());
+    }
+}
+
+int Shadow::ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, QRect rect, bool fixedSize)
+{
+    if (window == nullptr || layout == nullptr || card == nullptr) {
+        return 1;
+    }
+    const QRect oldRect = window->geometry();
+    if (card->graphicsEffect() == nullptr) {
+        AdjustWindow(window, oldRect, rect, fixedSize);
+        return 0;
+    }
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    if (!fixedSize && !area.contains(oldRect)) {
+        // A window that has got off the desktop comes back unclamped and with the margins it last had; once
+        // its old place is inside again, the next move clamps.
+        AdjustWindow(window, oldRect,
+                     rect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN), false);
+        return 0;
+    }
+    CheckRect(rect, area);
+    // Left and top are held at 0 and not at the area's own edges: under a panel the shadow is not cut off.
+    const QRect windowRect(QPoint(qMax(rect.left() - SHADOW_MARGIN, 0), qMax(rect.top() - SHADOW_MARGIN, 0)),
+                           QPoint(qMin(rect.right() + SHADOW_MARGIN, area.right()),
+                                  qMin(rect.bottom() + SHADOW_MARGIN, area.bottom())));
+    layout->setContentsMargins(rect.left() - windowRect.left(), rect.top() - windowRect.top(),
+                               windowRect.right() - rect.right(), windowRect.bottom() - rect.bottom());
+    AdjustWindow(window, oldRect, windowRect, fixedSize);
+    return 0;
+}
+
+int Shadow::ShadowWinMove(QWidget* window, QBoxLayout* layout, QWidget* card, const QPoint& topLeft,
+                          bool fixedSize)
+{
+    if (card == nullptr) {
+        return 1;
+    }
+    return ShadowWinAdjust(window, layout, card, QRect(topLeft, card->size()), fixedSize);
+}
+
+void Shadow::ShadowWinMask(QWidget* window, QWidget* card, QPoint globalPos)
+{
+    if (window == nullptr || card == nullptr) {
+        return;
+    }
+    const QPoint pos = window->mapFromGlobal(globalPos);
+    const QRect whole(QPoint(0, 0), window->size());
+    QRegion mask(whole);
+    if (whole.contains(pos) && !card->geometry().contains(pos)) {
+        mask -= QRegion(pos.x(), pos.y(), 1, 1);
+    }
+    window->setMask(mask);
+}
