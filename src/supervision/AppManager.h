@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <map>
 
+#include "platform/Singleton.h"
+
 class BaseApp;
 
 /// The one object through which child applications are started, stopped and heard, each by its AppType.

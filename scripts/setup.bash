@@ -1,0 +1,38 @@
+# Sourced by run, test and .ci/run: says what it installs, and builds with progress.
+
+PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
+PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
+    fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin python3-minimal)
+
+say() { printf '== %s\n' "$*"; }
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+            missing+=("$package")
+        fi
+    done
+    if [ ${#missing[@]} -eq 0 ]; then
+        return
+    fi
+    say "installing: ${missing[*]}"
+    as_root apt-get update -q
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Configures where that was not done yet, and builds what has changed.
+build() {
+    local preset=$1
+    shift
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        say "configuring $preset"
+        cmake --preset "$preset"
+    fi
+    say "building $preset"
+    cmake --build --preset "$preset" "$@"
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace Velodesk {
+
+/// Names of the texts that the whole program shares: per-user paths, the engine's path, and the sections and
+/// keys of the settings file. No other place spells any of them.
+enum StrConstName
+{
+    /// $HOME/Velodesk/; empty if that could not be made.
+    DATA_DIR,
+    LOG_FILE,
+    CONF_FILE,
+    ENGINE_PATH,
+    ENGINE_IPC_NAME,
+    ENGINE_SECTION,
+    SERVER_SECTION,
+    KEY_DEVICE_NAME,
+    KEY_STATEMENT,
+    KEY_TRUST_NUM,
+    KEY_FILE_STORE_PATH,
+};
+
+enum IntConstName
+{
+    /// How long a child may take to end before it is killed.
+    APP_STOP_TIMEOUT_MS,
+};
+
+} // namespace Velodesk
+
+/// A table that is filled once, before main(), and only read afterwards, from any thread.
+template <typename Name, typename Value>
+class Constant
+{
+public:
+    /// A copy of the value; an empty text or 0 for a name that the table does not hold.
+    static Value GetConstant(Name name)
+    {
+        const auto found = constMap.find(name);
+        return found == constMap.end() ? Value() : found->second;
+    }
+
+private:
+    /// Makes the per-user directories while it fills the table of texts.
+    static std::map<Name, Value> CreateConstMap();
+
+    static const std::map<Name, Value> constMap;
+};
+
+template <>
+std::map<Velodesk::IntConstName, int> Constant<Velodesk::IntConstName, int>::CreateConstMap();
+template <>
+std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, std::string>::CreateConstMap();
+template <>
+const std::map<Velodesk::IntConstName, int> Constant<Velodesk::IntConstName, int>::constMap;
+template <>
+const std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, std::string>::constMap;
+
+inline std::string GetConstant(Velodesk::StrConstName name)
+{
+    return Constant<Velodesk::StrConstName, std::string>::GetConstant(name);
+}
+
+inline int GetConstant(Velodesk::IntConstName name)
+{
+    return Constant<Velodesk::IntConstName, int>::GetConstant(name);
+}

@@ -1,0 +1,308 @@
+#include "platform/Utils.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <regex>
+
+#include "platform/BoundedFunctions.h"
+#include "platform/Logger.h"
+
+namespace {
+constexpr char MODULE_TAG[] = "UTILS";
+
+constexpr char BUS_NAME[] = "com.zelmora.velodesk";
+constexpr char OBJECT_PATH[] = "/com/zelmora/velodesk";
+constexpr char INTERFACE[] = "com.zelmora.velodesk";
+constexpr char METHOD[] = "velodeskd";
+constexpr uint64_t CALL_TIMEOUT_US = 5000000;
+constexpr char TIMED_OUT[] = "Connection timed out";
+constexpr char TIMED_OUT_TRANSLATED[] = "连接超时";
+
+constexpr std::size_t UTILS_BUFFER_SIZE = 1026;
+constexpr std::size_t COMMAND_BUFFER_SIZE = 1024;
+constexpr int EXIT_CODE_MASK = 0xff00;
+constexpr std::size_t MAX_UDID_LENGTH = 64;
+
+bool ClearBounded(char* buffer, std::size_t size)
+{
+    return memset_s(buffer, size, 0, size) == 0;
+}
+
+bool ClearPlainly(char* buffer, std::size_t size)
+{
+    for (std::size_t i = 0; i < size; ++i) {
+        buffer[i] = '\0';
+    }
+    return true;
+}
+
+/// A plain search for a piece of text, so that a harmless path such as /a./b is refused as well.
+bool NamesRelativePath(const std::string& command)
+{
+    return command.find("./") != std::string::npos || command.find("../") != std::string::npos;
+}
+
+template <std::size_t size>
+std::optional<std::string> ReadCommand(const std::string& command, bool (*clear)(char*, std::size_t))
+{
+    FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        return std::nullopt;
+    }
+    std::array<char, size> buffer{};
+    std::string output;
+    while (fgets(buffer.data(), static_cast<int>(size), pipe) != nullptr) {
+        output += buffer.data();
+        if (!clear(buffer.data(), buffer.size())) {
+            pclose(pipe);
+            return std::nullopt;
+        }
+    }
+    if ((pclose(pipe) & EXIT_CODE_MASK) != 0) {
+        return std::nullopt;
+    }
+    return output;
+}
+
+template <std::size_t size>
+std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::size_t))
+{
+    if (command.empty() || NamesRelativePath(command)) {
+        return "";
+    }
+    std::string output = ReadCommand<size>(command, clear).value_or("");
+    // The last line feed goes wherever it stands: output that does not end in one has its last two lines
+    // joined.
+    const std::size_t lineFeed = output.rfind('\n');
+    if (lineFeed != std::string::npos) {
+        output.erase(lineFeed, 1);
+    }
+    const std::size_t first = output.find_first_not_of(' ');
+    if (first == std::string::npos) {
+        return "";
+    }
+    return output.substr(first, output.find_last_not_of(' ') - first + 1);
+}
+
+/// The process that sent `reply`, or a negative number.
+int SenderOf(sd_bus_message* reply)
+{
+    if (reply == nullptr) {
+        return -1;
+    }
+    sd_bus_creds* creds = nullptr;
+    int result = sd_bus_query_sender_creds(reply, SD_BUS_CREDS_PID, &creds);
+    if (result < 0) {
+        LOG_ERROR("sd_bus_query_sender_creds failed: %d, creds = %p", -result, static_cast<void*>(creds));
+        return result;
+    }
+    pid_t sender = 0;
+    result = sd_bus_creds_get_pid(creds, &sender);
+    if (result < 0) {
+        LOG_ERROR("sd_bus_creds_get_pid failed: %d, creds = %p", -result, static_cast<void*>(creds));
+        sender = result;
+    }
+    sd_bus_creds_unref(creds);
+    return sender;
+}
+
+/// Takes the text of an answer from the daemon; another process's answer is dropped, which is no failure.
+int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command, std::string& result)
+{
+    const int sender = SenderOf(reply);
+    if (sender != Brevora::g_velodeskdPid) {
+        LOG_ERROR("Failed to msg reply id: %d != velodeskd pid %d", sender, Brevora::g_velodeskdPid);
+        return callResult;
+    }
+    const char* text = nullptr;
+    const int read = sd_bus_message_read(reply, "s", &text);
+    if (read < 0) {
+        LOG_ERROR("sd_bus_message_read failed.");
+        return read;
+    }
+    if (text != nullptr) {
+        result = text;
+        LOG_DEBUG("sd_bus_message_read command = %s, r = %d, result = %s", command.c_str(), read,
+                  result.c_str());
+    }
+    return read;
+}
+
+/// What one call needs of the bus, freed in the order in which it has to be.
+struct BusCall
+{
+    BusCall() = default;
+    ~BusCall()
+    {
+        sd_bus_error_free(&error);
+        sd_bus_message_unref(message);
+        sd_bus_message_unref(reply);
+        sd_bus_flush_close_unref(bus);
+    }
+    BusCall(const BusCall&) = delete;
+    BusCall& operator=(const BusCall&) = delete;
+
+    sd_bus* bus = nullptr;
+    sd_bus_message* message = nullptr;
+    sd_bus_message* reply = nullptr;
+    sd_bus_error error{nullptr, nullptr, 0};
+};
+} // namespace
+
+namespace Brevora {
+
+int g_velodeskdPid = 0;
+
+const std::string Utils::mVelodeskFilePath = "/opt/apps/com.zelmora.velodesk/files/tandra/";
+
+std::vector<std::string> Utils::Split(std::string text, std::string delimiter)
+{
+    std::vector<std::string> pieces;
+    std::size_t start = 0;
+    for (std::size_t end = text.find(delimiter); end != std::string::npos && !delimiter.empty();
+         end = text.find(delimiter, start)) {
+        pieces.push_back(text.substr(start, end - start));
+        start = end + delimiter.size();
+    }
+    if (start < text.size()) {
+        pieces.push_back(text.substr(start));
+    }
+    return pieces;
+}
+
+void Utils::SetDbusServerPid(int pid)
+{
+    g_velodeskdPid = pid;
+}
+
+std::string Utils::ExecutePopenAndReturn(const std::string& command)
+{
+    return RunAndTrim<UTILS_BUFFER_SIZE>(command, ClearBounded);
+}
+
+int Utils::DBusProcessInit(sd_bus** bus, sd_bus_message** message, const std::string& command)
+{
+    int result = sd_bus_open_system(bus);
+    if (result < 0) {
+        LOG_ERROR("Failed to connect to system bus: %s", std::strerror(-result));
+        return result;
+    }
+    result = sd_bus_message_new_method_call(*bus, message, BUS_NAME, OBJECT_PATH, INTERFACE, METHOD);
+    if (result < 0) {
+        LOG_ERROR("Failed to sd_bus_message_new_method_call r:%d", result);
+        return result;
+    }
+    result = sd_bus_message_append(*message, "s", command.c_str());
+    if (result < 0) {
+        LOG_ERROR("Failed to sd_bus_message_append");
+    }
+    return result;
+}
+
+int Utils::DBusProcess(const std::string& command, std::string& result, std::string& errorMessage)
+{
+    result.clear();
+    errorMessage.clear();
+    BusCall call;
+    const int made = DBusProcessInit(&call.bus, &call.message, command);
+    if (made < 0) {
+        return made;
+    }
+    const int called = sd_bus_call(call.bus, call.message, CALL_TIMEOUT_US, &call.error, &call.reply);
+    if (called < 0) {
+        const char* reason = call.error.message == nullptr ? "" : call.error.message;
+        LOG_ERROR("Failed to call method, reason: %s", reason);
+        errorMessage = reason;
+        return called;
+    }
+    return TakeAnswer(call.reply, called, command, result);
+}
+
+int Utils::ExecutePopenAndReturnByDbus(const std::string& command, std::string& result,
+                                       std::string& errorMessage)
+{
+    const int outcome = DBusProcess(command, result, errorMessage);
+    LOG_DEBUG("execute popoen result, ret:%d result:%s errorMessage:%s", outcome, result.c_str(),
+              errorMessage.c_str());
+    if (outcome < 0 && (errorMessage == TIMED_OUT || errorMessage == TIMED_OUT_TRANSLATED)) {
+        LOG_WARNING("popoen error, please retry tandra, result:%s, errormessage:%s", result.c_str(),
+                    errorMessage.c_str());
+        errorMessage = TIMED_OUT;
+    }
+    return outcome;
+}
+
+std::string Utils::DeleteSubStr(std::string text, std::string piece)
+{
+    for (std::size_t pos = text.find(piece); pos != std::string::npos; pos = text.find(piece)) {
+        text.erase(pos, piece.size());
+    }
+    return text;
+}
+
+std::string Utils::String2HexString(const std::string& text)
+{
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string hex;
+    hex.reserve(2 * text.size());
+    for (const char byte : text) {
+        const auto value = static_cast<unsigned char>(byte);
+        hex += DIGITS[value >> 4U];
+        hex += DIGITS[value & 0xFU];
+    }
+    return hex;
+}
+
+std::string Utils::GenerateUUID()
+{
+    return ExecutePopenAndReturn("cat /proc/sys/kernel/random/uuid");
+}
+
+bool Utils::IsValidUDID(const std::string& id)
+{
+    constexpr char VALID[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+    return id.size() <= MAX_UDID_LENGTH && id.find_first_not_of(VALID) == std::string::npos;
+}
+
+bool Utils::IsMacValid(const std::string& mac)
+{
+    if (mac.empty() || mac == "00:00:00:00:00:00" || mac == "FF:FF:FF:FF:FF:FF" ||
+        mac == "ff:ff:ff:ff:ff:ff") {
+        return false;
+    }
+    static const std::regex pattern("[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:"
+                                    "[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]");
+    return std::regex_match(mac, pattern);
+}
+
+bool Utils::IsStringAndNumberOnly(const std::string& text)
+{
+    static const std::regex pattern("\\w+");
+    return std::regex_match(text, pattern);
+}
+
+bool Utils::IsNumberOnly(const std::string& text)
+{
+    static const std::regex pattern("\\d+");
+    return std::regex_match(text, pattern);
+}
+
+bool Utils::IsIpValid(const std::string& ip)
+{
+    static const std::regex pattern("^(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|[1-9])\\."
+                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)\\."
+                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)\\."
+                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)$");
+    return std::regex_match(ip, pattern);
+}
+
+} // namespace Brevora
+
+std::string Velodesk::RunCommand(const std::string& command)
+{
+    return RunAndTrim<COMMAND_BUFFER_SIZE>(command, ClearPlainly);
+}

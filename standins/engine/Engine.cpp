@@ -1,0 +1,142 @@
+#include "Engine.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTimer>
+#include <csignal>
+#include <ctime>
+
+#include "config/Constant.h"
+
+namespace {
+constexpr char DEFAULT_SCRIPT[] = "report init\nwait 500\nreport run\n";
+constexpr int CONNECT_TIMEOUT_MS = 3000;
+/// The last report has left by then; ConnClient does not flush.
+constexpr int LAST_REPORT_MS = 50;
+
+QString MonotonicNanoseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return QStringLiteral("%1%2").arg(now.tv_sec).arg(now.tv_nsec, 9, 10, QLatin1Char('0'));
+}
+} // namespace
+
+Engine::Engine(const QString& homeDir, const QString& daemonPid) : home(homeDir)
+{
+    QFile file(home + QStringLiteral("/standin-engine.script"));
+    const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(DEFAULT_SCRIPT);
+    script = QString::fromUtf8(text).split(QLatin1Char('\n'), QString::SkipEmptyParts);
+    Note(QStringLiteral("started %1 for %2").arg(QCoreApplication::applicationPid()).arg(daemonPid));
+    connect(&watcher, &QFileSystemWatcher::directoryChanged, this, &Engine::LookForAwaited);
+}
+
+void Engine::Start()
+{
+    NextStep();
+}
+
+void Engine::Note(const QString& what) const
+{
+    QFile file(home + QStringLiteral("/standin-engine.events"));
+    if (file.open(QIODevice::Append)) {
+        file.write((MonotonicNanoseconds() + QLatin1Char(' ') + what + QLatin1Char('\n')).toUtf8());
+    }
+}
+
+void Engine::Terminate()
+{
+    Note(QStringLiteral("terminate"));
+    if (ignoresTerminate) {
+        return;
+    }
+    if (client != nullptr) {
+        client->AppStop();
+    }
+    QTimer::singleShot(LAST_REPORT_MS, this, [this] {
+        Note(QStringLiteral("ended"));
+        QCoreApplication::quit();
+    });
+}
+
+void Engine::NextStep()
+{
+    while (!script.isEmpty()) {
+        const QString line = script.takeFirst();
+        if (!Do(line.section(QLatin1Char(' '), 0, 0), line.section(QLatin1Char(' '), 1))) {
+            return;
+        }
+    }
+}
+
+void Engine::LookForAwaited()
+{
+    if (!awaited.isEmpty() && QFile::exists(awaited)) {
+        awaited.clear();
+        watcher.removePath(home);
+        NextStep();
+    }
+}
+
+bool Engine::Do(const QString& verb, const QString& rest)
+{
+    if (verb == QLatin1String("wait")) {
+        QTimer::singleShot(rest.toInt(), this, &Engine::NextStep);
+        return false;
+    }
+    if (verb == QLatin1String("await")) {
+        awaited = home + QLatin1Char('/') + rest;
+        watcher.addPath(home);
+        QTimer::singleShot(0, this, &Engine::LookForAwaited);
+        return false;
+    }
+    if (verb == QLatin1String("report")) {
+        Report(rest);
+    } else if (verb == QLatin1String("send")) {
+        SendRaw(rest);
+    } else if (verb == QLatin1String("repeat")) {
+        const QString text = rest.section(QLatin1Char(' '), 0, -2);
+        auto* timer = new QTimer(this);
+        connect(timer, &QTimer::timeout, this, [this, text] { SendRaw(text); });
+        timer->start(rest.section(QLatin1Char(' '), -1).toInt());
+    } else if (verb == QLatin1String("drop")) {
+        client->DisConnect();
+    } else if (verb == QLatin1String("ignore-terminate")) {
+        ignoresTerminate = true;
+    } else if (verb == QLatin1String("exit")) {
+        Note(QStringLiteral("ended"));
+        std::exit(rest.toInt());
+    } else if (verb == QLatin1String("crash")) {
+        Note(QStringLiteral("crashing"));
+        std::raise(SIGKILL);
+    } else {
+        qFatal("standin-engine: no such step: %s", qUtf8Printable(verb));
+    }
+    return true;
+}
+
+void Engine::Report(const QString& status)
+{
+    if (client == nullptr) {
+        client = std::make_unique<ConnClient>(GetConstant(Velodesk::ENGINE_IPC_NAME));
+        client->ConnToServer();
+    }
+    Note(QStringLiteral("report ") + status);
+    if (status == StatusText::INIT) {
+        client->AppInit();
+    } else if (status == StatusText::RUN) {
+        client->AppRun();
+    } else {
+        client->AppStop();
+    }
+}
+
+void Engine::SendRaw(const QString& text)
+{
+    if (rawSocket.state() != QLocalSocket::ConnectedState) {
+        rawSocket.connectToServer(QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME)));
+        rawSocket.waitForConnected(CONNECT_TIMEOUT_MS);
+    }
+    rawSocket.write(text.toUtf8());
+    rawSocket.flush();
+}

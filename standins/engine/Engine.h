@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QLocalSocket>
+#include <QObject>
+#include <QStringList>
+#include <memory>
+
+#include "statuschannel/ConnClient.h"
+
+/// Stands where the cast engine does: reports "init", then "run" after a moment, and on a termination request
+/// reports "stop" and ends.
+///
+/// A script in the user's home, "standin-engine.script", replaces that by a step a line:
+///   report init|run|stop   through ConnClient, with its repeats from then on
+///   repeat TEXT MS         writes TEXT again and again, on a connection of its own
+///   send TEXT              writes TEXT once, as it stands, on a connection of its own
+///   wait MS                goes on after that many milliseconds
+///   await NAME             goes on once a file NAME stands in the home
+///   drop                   closes the ConnClient's connection; its next repeat makes a new one
+///   ignore-terminate       from then on a termination request changes nothing
+///   exit CODE | crash      ends this process
+/// What happens goes to "standin-engine.events" in the home: nanoseconds of the monotonic clock, and a word
+/// or two.
+class Engine : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `homeDir`: the user's home; `daemonPid`: the one argument, noted.
+    Engine(const QString& homeDir, const QString& daemonPid);
+
+    /// Runs the script. Once, before the event loop.
+    void Start();
+
+    /// Appends a line to the events.
+    void Note(const QString& what) const;
+
+public slots:
+    /// The termination request.
+    void Terminate();
+
+private slots:
+    void NextStep();
+    void LookForAwaited();
+
+private:
+    /// Does one step; false if the script goes on later.
+    bool Do(const QString& verb, const QString& rest);
+    void Report(const QString& status);
+    void SendRaw(const QString& text);
+
+    QString home;
+    QStringList script;
+    std::unique_ptr<ConnClient> client;
+    QLocalSocket rawSocket;
+    QFileSystemWatcher watcher;
+    QString awaited;
+    bool ignoresTerminate = false;
+};

@@ -1,0 +1,489 @@
+#include "DesktopWorld.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+#include <array>
+#include <climits>
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
+constexpr int LOOK_AGAIN_MS = 5;
+constexpr int STARTED_MS = 10000;
+constexpr int ENDED_MS = 5000;
+constexpr QSize BIG_CARD(896, 504);
+constexpr QSize SMALL_CARD(300, 168);
+constexpr QPoint PAGE_POS(168, 44);
+constexpr int SHADOW_MARGIN = 20;
+constexpr int PLAIN_MARGIN = 1;
+
+constexpr char BUS_CONFIGURATION[] =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+ <type>%1</type>
+ <listen>unix:tmpdir=%2</listen>
+ <auth>EXTERNAL</auth>
+ <policy context="default">
+  <allow user="*"/>
+  <allow own="*"/>
+  <allow send_destination="*"/>
+  <allow receive_sender="*"/>
+ </policy>
+</busconfig>
+)";
+
+QString BuiltProgram(const QString& name)
+{
+    return QStringLiteral(VELODESK_BINARY_DIR "/") + name;
+}
+
+void End(QProcess& process)
+{
+    if (process.state() == QProcess::NotRunning) {
+        return;
+    }
+    process.terminate();
+    if (!process.waitForFinished(ENDED_MS)) {
+        process.kill();
+        process.waitForFinished(ENDED_MS);
+    }
+}
+
+QString FirstLine(QProcess& process)
+{
+    while (!process.canReadLine()) {
+        if (!process.waitForReadyRead(STARTED_MS)) {
+            return QString();
+        }
+    }
+    return QString::fromLocal8Bit(process.readLine()).trimmed();
+}
+
+/// An /etc of links and binds in which only lsb-release is another.
+QStringList FalseEtc(const QString& lsbRelease)
+{
+    QStringList arguments{QStringLiteral("--tmpfs"), QStringLiteral("/etc")};
+    const QFileInfoList entries =
+        QDir(QStringLiteral("/etc"))
+            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& entry : entries) {
+        if (entry.fileName() == QLatin1String("lsb-release")) {
+            continue;
+        }
+        if (entry.isSymLink()) {
+            const QByteArray path = entry.filePath().toLocal8Bit();
+            std::array<char, PATH_MAX> target{};
+            if (readlink(path.constData(), target.data(), target.size() - 1) > 0) {
+                arguments << QStringLiteral("--symlink") << QString::fromLocal8Bit(target.data())
+                          << entry.filePath();
+            }
+        } else {
+            arguments << QStringLiteral("--ro-bind") << entry.filePath() << entry.filePath();
+        }
+    }
+    return arguments << QStringLiteral("--ro-bind") << lsbRelease << QStringLiteral("/etc/lsb-release");
+}
+
+QString Content(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+QList<DesktopWorld::Event> ReadEvents(const QString& path)
+{
+    QList<DesktopWorld::Event> events;
+    const QStringList lines = Content(path).split(QLatin1Char('\n'), QString::SkipEmptyParts);
+    for (const QString& line : lines) {
+        events.append({line.section(QLatin1Char(' '), 0, 0).toLongLong(), line.section(QLatin1Char(' '), 1)});
+    }
+    return events;
+}
+} // namespace
+
+DesktopWorld::DesktopWorld(Options wanted)
+    : options(std::move(wanted)),
+      scratch(QDir::tempPath() + QStringLiteral("/velodesk-XXXXXX")),
+      environment(QProcessEnvironment::systemEnvironment())
+{
+    for (const QString& name : {QStringLiteral("home"), QStringLiteral("run"), QStringLiteral("tmp")}) {
+        QDir(scratch.path()).mkdir(name);
+        QFile::setPermissions(scratch.filePath(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    QDir(Home()).mkdir(QStringLiteral("Desktop"));
+    SetVariable(QStringLiteral("HOME"), Home());
+    SetVariable(QStringLiteral("XDG_RUNTIME_DIR"), scratch.filePath(QStringLiteral("run")));
+    SetVariable(QStringLiteral("TMPDIR"), scratch.filePath(QStringLiteral("tmp")));
+    SetVariable(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    SetVariable(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    SetVariable(QStringLiteral("FC_LANG"), QStringLiteral("zh-cn"));
+    environment.remove(QStringLiteral("SESSION_MANAGER"));
+    if (options.agreed) {
+        QDir(Home()).mkdir(QStringLiteral("Velodesk"));
+        QFile settings(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
+        if (settings.open(QIODevice::WriteOnly)) {
+            settings.write("[VelodeskServer]\nstatement=true\n");
+        }
+    }
+}
+
+DesktopWorld::~DesktopWorld()
+{
+    const qint64 pid = AssistantPid();
+    if (pid != 0 && daemon.state() != QProcess::NotRunning) {
+        kill(static_cast<pid_t>(pid), SIGKILL);
+        daemon.waitForFinished(ENDED_MS);
+    }
+    desktop.reset();
+    for (QProcess* process : {&daemon, &compositor, &windowManager, &server, &sessionBus, &systemBus}) {
+        End(*process);
+    }
+}
+
+QString DesktopWorld::Start()
+{
+    Stage();
+    QString missing =
+        StartBus(systemBus, QStringLiteral("system"), QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"));
+    if (missing.isEmpty()) {
+        missing = StartBus(sessionBus, QStringLiteral("session"), QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    }
+    return missing.isEmpty() ? StartDisplay() : missing;
+}
+
+bool DesktopWorld::StartAssistant(const QStringList& daemonOptions)
+{
+    QFile::remove(scratch.filePath(QStringLiteral("daemon.events")));
+    const int ready = CountLog(QStringLiteral("Mainwindow start."));
+    QStringList arguments = SandboxArguments();
+    arguments << BuiltProgram(QStringLiteral("standin-daemon")) << QStringLiteral("--events")
+              << scratch.filePath(QStringLiteral("daemon.events")) << daemonOptions << QStringLiteral("--")
+              << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk");
+    daemon.setProcessEnvironment(environment);
+    daemon.setProcessChannelMode(QProcess::ForwardedChannels);
+    daemon.start(QStringLiteral("bwrap"), arguments);
+    if (!daemon.waitForStarted(STARTED_MS)) {
+        return false;
+    }
+    return WaitFor([this, ready] {
+               const bool up = !options.agreed || CountLog(QStringLiteral("Mainwindow start.")) > ready;
+               return daemon.state() == QProcess::NotRunning ||
+                      (AssistantPid() != 0 && up && BigWindow().id != 0);
+           }) &&
+           daemon.state() == QProcess::Running;
+}
+
+int DesktopWorld::StartSecond()
+{
+    return RunProgram({QStringLiteral("Velodesk"), QStringLiteral("1")});
+}
+
+int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& unset)
+{
+    QProcessEnvironment changed = environment;
+    for (const QString& name : unset) {
+        changed.remove(name);
+    }
+    QProcess process;
+    process.setProcessEnvironment(changed);
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    QStringList command = SandboxArguments();
+    command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
+            << arguments.first() << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk")
+            << arguments.mid(1);
+    process.start(QStringLiteral("bwrap"), command);
+    if (!process.waitForFinished(STARTED_MS)) {
+        End(process);
+        return -1;
+    }
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+qint64 DesktopWorld::AssistantPid() const
+{
+    for (const Event& event : DaemonEvents()) {
+        if (event.what.startsWith(QLatin1String("assistant started "))) {
+            return event.what.section(QLatin1Char(' '), 2).toLongLong();
+        }
+    }
+    return 0;
+}
+
+bool DesktopWorld::WaitForDaemonEnd(int milliseconds)
+{
+    return daemon.state() == QProcess::NotRunning || daemon.waitForFinished(milliseconds);
+}
+
+int DesktopWorld::DaemonStatus() const
+{
+    return daemon.exitStatus() == QProcess::NormalExit ? daemon.exitCode() : -1;
+}
+
+int DesktopWorld::AssistantStatus() const
+{
+    for (const Event& event : DaemonEvents()) {
+        if (event.what.startsWith(QLatin1String("assistant ended exit "))) {
+            return event.what.section(QLatin1Char(' '), 3).toInt();
+        }
+    }
+    return -1;
+}
+
+QString DesktopWorld::Home() const
+{
+    return scratch.filePath(QStringLiteral("home"));
+}
+
+QString DesktopWorld::InstalledDir() const
+{
+    return scratch.filePath(QStringLiteral("files"));
+}
+
+QProcessEnvironment DesktopWorld::Environment() const
+{
+    return environment;
+}
+
+void DesktopWorld::SetVariable(const QString& name, const QString& value)
+{
+    environment.insert(name, value);
+}
+
+QStringList DesktopWorld::Log() const
+{
+    QStringList lines = Content(Home() + QStringLiteral("/Velodesk/log/velodesk.log"))
+                            .split(QLatin1Char('\n'), QString::SkipEmptyParts);
+    for (QString& line : lines) {
+        line = line.section(QStringLiteral("] "), 1);
+    }
+    return lines;
+}
+
+bool DesktopWorld::HasLog(const QString& text) const
+{
+    return CountLog(text) > 0;
+}
+
+int DesktopWorld::CountLog(const QString& text) const
+{
+    int count = 0;
+    for (const QString& line : Log()) {
+        count += line.contains(text) ? 1 : 0;
+    }
+    return count;
+}
+
+QString DesktopWorld::SettingsText() const
+{
+    return Content(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
+}
+
+void DesktopWorld::WriteEngineScript(const QString& script) const
+{
+    QFile file(Home() + QStringLiteral("/standin-engine.script"));
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(script.toUtf8());
+    }
+}
+
+QList<DesktopWorld::Event> DesktopWorld::DaemonEvents() const
+{
+    return ReadEvents(scratch.filePath(QStringLiteral("daemon.events")));
+}
+
+QList<DesktopWorld::Event> DesktopWorld::EngineEvents() const
+{
+    return ReadEvents(Home() + QStringLiteral("/standin-engine.events"));
+}
+
+qint64 DesktopWorld::TimeOf(const QList<Event>& events, const QString& what)
+{
+    for (const Event& event : events) {
+        if (event.what.startsWith(what)) {
+            return event.nanoseconds;
+        }
+    }
+    return -1;
+}
+
+const XDesktop& DesktopWorld::Desktop() const
+{
+    return *desktop;
+}
+
+XDesktop::Window DesktopWorld::BigWindow() const
+{
+    return FindWindow(BIG_CARD);
+}
+
+XDesktop::Window DesktopWorld::SmallWindow() const
+{
+    return FindWindow(SMALL_CARD);
+}
+
+QPoint DesktopWorld::OnCard(const QPoint& pos) const
+{
+    return BigWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+}
+
+QPoint DesktopWorld::OnPage(const QPoint& pos) const
+{
+    return OnCard(PAGE_POS + pos);
+}
+
+QPoint DesktopWorld::OnSmallCard(const QPoint& pos) const
+{
+    return SmallWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+}
+
+void DesktopWorld::ClickPage(const QPoint& pos) const
+{
+    desktop->Click(OnPage(pos));
+}
+
+bool DesktopWorld::ShowsCasting() const
+{
+    // Inside the button, left of its words: white there means a border and casting.
+    return desktop->PixelAt(OnPage(QPoint(572, 36))) == qRgb(0xFF, 0xFF, 0xFF);
+}
+
+bool DesktopWorld::ShowsIdle() const
+{
+    const QRgb pixel = desktop->PixelAt(OnPage(QPoint(572, 36)));
+    return pixel == qRgb(0x2B, 0x6F, 0xF2) || pixel == qRgb(0x3E, 0x80, 0xFF);
+}
+
+bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseconds)
+{
+    const QDeadlineTimer deadline(milliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QCoreApplication::processEvents();
+        QThread::msleep(LOOK_AGAIN_MS);
+    }
+    return true;
+}
+
+bool DesktopWorld::SaveScreen(const QString& path) const
+{
+    return desktop->Screen().save(path);
+}
+
+QString DesktopWorld::StartDisplay()
+{
+    QString display = options.display;
+    if (display.isEmpty()) {
+        const QString geometry =
+            QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
+        server.setProcessEnvironment(environment);
+        server.start(QStringLiteral("Xvfb"),
+                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                      QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                      QStringLiteral("-noreset")});
+        const QString number = FirstLine(server);
+        if (number.isEmpty()) {
+            return QStringLiteral("Xvfb does not start: ") + server.errorString();
+        }
+        display = QLatin1Char(':') + number;
+    }
+    SetVariable(QStringLiteral("DISPLAY"), display);
+    desktop = std::make_unique<XDesktop>(display);
+    if (!options.display.isEmpty()) {
+        return QString();
+    }
+    windowManager.setProcessEnvironment(environment);
+    windowManager.start(options.windowManager, QStringList());
+    if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
+        return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
+    }
+    if (options.compositor) {
+        compositor.setProcessEnvironment(environment);
+        compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
+        if (!WaitFor([this] { return desktop->HasCompositor(); })) {
+            return QStringLiteral("xcompmgr does not start: ") + compositor.errorString();
+        }
+    }
+    return QString();
+}
+
+QString DesktopWorld::StartBus(QProcess& bus, const QString& type, const QString& variable)
+{
+    const QString path = scratch.filePath(type + QStringLiteral(".conf"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return file.errorString();
+    }
+    file.write(
+        QString::fromLatin1(BUS_CONFIGURATION).arg(type, scratch.filePath(QStringLiteral("run"))).toUtf8());
+    file.close();
+    bus.setProcessEnvironment(environment);
+    bus.start(QStringLiteral("dbus-daemon"),
+              {QStringLiteral("--config-file=") + path, QStringLiteral("--nofork"),
+               QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});
+    const QString address = FirstLine(bus);
+    if (address.isEmpty()) {
+        return QStringLiteral("dbus-daemon does not start: ") + bus.errorString();
+    }
+    SetVariable(variable, address);
+    return QString();
+}
+
+void DesktopWorld::Stage() const
+{
+    QDir stage(scratch.path());
+    stage.mkpath(QStringLiteral("files/bin"));
+    stage.mkpath(QStringLiteral("files/tandra/bin"));
+    QFile::copy(BuiltProgram(QStringLiteral("Velodesk")), InstalledDir() + QStringLiteral("/bin/Velodesk"));
+    QFile::copy(BuiltProgram(QStringLiteral("standin-engine")),
+                InstalledDir() + QStringLiteral("/tandra/bin/Tandra"));
+}
+
+QStringList DesktopWorld::SandboxArguments() const
+{
+    // The empty /opt first, or missing mount points would be made on the machine itself. Without its
+    // capabilities root is refused what other users are refused.
+    QStringList arguments{QStringLiteral("--dev-bind"),
+                          QStringLiteral("/"),
+                          QStringLiteral("/"),
+                          QStringLiteral("--tmpfs"),
+                          QStringLiteral("/opt"),
+                          QStringLiteral("--bind"),
+                          InstalledDir(),
+                          QLatin1String(INSTALLED_DIR),
+                          QStringLiteral("--die-with-parent"),
+                          QStringLiteral("--cap-drop"),
+                          QStringLiteral("ALL")};
+    if (!options.lsbRelease.isNull()) {
+        QFile file(scratch.filePath(QStringLiteral("lsb-release")));
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write(options.lsbRelease.toUtf8());
+        }
+        arguments << FalseEtc(file.fileName());
+    }
+    return arguments;
+}
+
+XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
+{
+    const QSize withMargins = cardSize + QSize(2 * Margin(), 2 * Margin());
+    const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
+    for (const XDesktop::Window& window : windows) {
+        if (window.rect.size() == withMargins) {
+            return window;
+        }
+    }
+    return {0, QRect(), QString()};
+}
+
+int DesktopWorld::Margin() const
+{
+    return HasLog(QStringLiteral("Don't Use Shadow")) ? PLAIN_MARGIN : SHADOW_MARGIN;
+}

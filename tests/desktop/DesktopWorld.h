@@ -1,0 +1,121 @@
+#pragma once
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <functional>
+#include <memory>
+
+#include "XDesktop.h"
+
+/// A desktop of its own for one run of the program: X server, window manager, both buses, a scratch home, and
+/// the installed tree by a bind mount. The assistant is the built program, byte for byte, started by the
+/// stand-in daemon.
+///
+/// Everything is gone when the object dies. Waiting is for what can be seen from outside: windows, pixels,
+/// the log, the settings file and the events that the stand-ins write.
+class DesktopWorld
+{
+public:
+    struct Options
+    {
+        QString windowManager = QStringLiteral("openbox");
+        bool compositor = false;
+        QSize screen = QSize(1280, 800);
+        /// An existing display to use instead of a virtual one with a window manager.
+        QString display;
+        /// The agreement was accepted in an earlier run.
+        bool agreed = true;
+        /// The content of /etc/lsb-release; null for the machine's own.
+        QString lsbRelease;
+    };
+
+    struct Event
+    {
+        qint64 nanoseconds;
+        QString what;
+    };
+
+    explicit DesktopWorld(Options wanted);
+    ~DesktopWorld();
+
+    /// Starts everything but the assistant. Empty, or what could not be had.
+    QString Start();
+
+    /// Starts the stand-in daemon, and through it the assistant, and waits until it is up; false if it is
+    /// not.
+    bool StartAssistant(const QStringList& daemonOptions = {});
+    /// Starts the assistant once more beside the first, waits for its end and gives its exit code.
+    int StartSecond();
+    /// Runs the program with any command line, waits for its end and gives its exit code; `arguments` begins
+    /// with argv[0]. Names in `unset` are taken out of the environment.
+    int RunProgram(const QStringList& arguments, const QStringList& unset = {});
+
+    /// The assistant's process id; 0 before it was started.
+    qint64 AssistantPid() const;
+    bool WaitForDaemonEnd(int milliseconds = 15000);
+    /// 0 if the daemon was told to exit, 1 if not.
+    int DaemonStatus() const;
+    /// The exit code of the assistant; -1 if it did not exit by itself.
+    int AssistantStatus() const;
+
+    QString Home() const;
+    /// Where the program finds its installed files.
+    QString InstalledDir() const;
+    /// What the environment of everything started here holds.
+    QProcessEnvironment Environment() const;
+    void SetVariable(const QString& name, const QString& value);
+
+    /// Lines of the log, oldest first, without the time.
+    QStringList Log() const;
+    bool HasLog(const QString& text) const;
+    int CountLog(const QString& text) const;
+    QString SettingsText() const;
+    void WriteEngineScript(const QString& script) const;
+    QList<Event> DaemonEvents() const;
+    QList<Event> EngineEvents() const;
+    /// The time of the first event that begins with `what`; -1 if there is none.
+    static qint64 TimeOf(const QList<Event>& events, const QString& what);
+
+    const XDesktop& Desktop() const;
+
+    /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
+    XDesktop::Window BigWindow() const;
+    /// The exit confirmation or a message box.
+    XDesktop::Window SmallWindow() const;
+    /// Where a point of the big window's card stands on the screen.
+    QPoint OnCard(const QPoint& pos) const;
+    /// Where a point of the multi-screen page stands on the screen.
+    QPoint OnPage(const QPoint& pos) const;
+    QPoint OnSmallCard(const QPoint& pos) const;
+    void ClickPage(const QPoint& pos) const;
+    /// Whether the screen shows the casting state, by the start button's colour.
+    bool ShowsCasting() const;
+    bool ShowsIdle() const;
+
+    /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`.
+    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 10000);
+
+    /// A screen picture for people.
+    bool SaveScreen(const QString& path) const;
+
+private:
+    QString StartDisplay();
+    QString StartBus(QProcess& bus, const QString& type, const QString& variable);
+    void Stage() const;
+    QStringList SandboxArguments() const;
+    XDesktop::Window FindWindow(const QSize& cardSize) const;
+    int Margin() const;
+
+    Options options;
+    QTemporaryDir scratch;
+    QProcessEnvironment environment;
+    QProcess server;
+    QProcess windowManager;
+    QProcess compositor;
+    QProcess systemBus;
+    QProcess sessionBus;
+    QProcess daemon;
+    std::unique_ptr<XDesktop> desktop;
+};

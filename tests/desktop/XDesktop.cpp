@@ -1,0 +1,276 @@
+#include "XDesktop.h"
+
+#include <QThread>
+
+#include <X11/XKBlib.h>
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+struct XDesktop::Connection
+{
+    Display* display = nullptr;
+    ::Window root = 0;
+
+    /// Properties of format 32, as Xlib gives them.
+    QList<unsigned long> Longs(::Window window, const char* name) const
+    {
+        Atom type = 0;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long rest = 0;
+        unsigned char* data = nullptr;
+        QList<unsigned long> values;
+        if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 1024, False,
+                               AnyPropertyType, &type, &format, &count, &rest, &data) == Success &&
+            format == 32) {
+            const auto* longs = reinterpret_cast<const unsigned long*>(data);
+            for (unsigned long i = 0; i < count; ++i) {
+                values.append(longs[i]);
+            }
+        }
+        if (data != nullptr) {
+            XFree(data);
+        }
+        return values;
+    }
+
+    QString Title(::Window window) const
+    {
+        Atom type = 0;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long rest = 0;
+        unsigned char* data = nullptr;
+        QString title;
+        if (XGetWindowProperty(display, window, XInternAtom(display, "_NET_WM_NAME", False), 0, 1024, False,
+                               AnyPropertyType, &type, &format, &count, &rest, &data) == Success &&
+            data != nullptr) {
+            title = QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<int>(count));
+            XFree(data);
+        }
+        return title;
+    }
+
+    bool Viewable(::Window window) const
+    {
+        XWindowAttributes attributes{};
+        return XGetWindowAttributes(display, window, &attributes) != 0 && attributes.map_state == IsViewable;
+    }
+
+    QRect Rect(::Window window) const
+    {
+        XWindowAttributes attributes{};
+        ::Window child = 0;
+        int left = 0;
+        int top = 0;
+        if (XGetWindowAttributes(display, window, &attributes) == 0 ||
+            XTranslateCoordinates(display, window, root, 0, 0, &left, &top, &child) == 0) {
+            return QRect();
+        }
+        return QRect(left, top, attributes.width, attributes.height);
+    }
+
+    /// All windows of the process below `window`, the topmost last.
+    void Collect(::Window window, unsigned long pid, QList<XDesktop::Window>& found) const
+    {
+        const QList<unsigned long> pids = Longs(window, "_NET_WM_PID");
+        if (!pids.isEmpty() && pids.first() == pid) {
+            if (Viewable(window)) {
+                found.append({window, Rect(window), Title(window)});
+            }
+            return;
+        }
+        ::Window rootWindow = 0;
+        ::Window parent = 0;
+        ::Window* children = nullptr;
+        unsigned int count = 0;
+        if (XQueryTree(display, window, &rootWindow, &parent, &children, &count) == 0) {
+            return;
+        }
+        for (unsigned int i = 0; i < count; ++i) {
+            Collect(children[i], pid, found);
+        }
+        if (children != nullptr) {
+            XFree(children);
+        }
+    }
+
+    void SendToRoot(::Window window, const char* type, long first) const
+    {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = XInternAtom(display, type, False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = first;
+        event.xclient.data.l[1] = 2;
+        XSendEvent(display, root, False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+        XSync(display, False);
+    }
+};
+
+namespace {
+/// Windows come and go under us: what is gone is simply not found.
+int IgnoreError(Display*, XErrorEvent*)
+{
+    return 0;
+}
+
+/// Long enough for a toolkit to see each step of a gesture on its own.
+constexpr unsigned long STEP_MS = 12;
+constexpr int DRAG_STEPS = 12;
+} // namespace
+
+XDesktop::XDesktop(const QString& display) : x(std::make_unique<Connection>())
+{
+    XSetErrorHandler(IgnoreError);
+    x->display = XOpenDisplay(display.toUtf8().constData());
+    if (x->display == nullptr) {
+        qFatal("the display %s cannot be opened", qUtf8Printable(display));
+    }
+    x->root = DefaultRootWindow(x->display);
+}
+
+XDesktop::~XDesktop()
+{
+    XCloseDisplay(x->display);
+}
+
+QSize XDesktop::Size() const
+{
+    return x->Rect(x->root).size();
+}
+
+bool XDesktop::HasWindowManager() const
+{
+    return !x->Longs(x->root, "_NET_SUPPORTING_WM_CHECK").isEmpty();
+}
+
+bool XDesktop::HasCompositor() const
+{
+    return XGetSelectionOwner(x->display, XInternAtom(x->display, "_NET_WM_CM_S0", False)) != 0;
+}
+
+QList<XDesktop::Window> XDesktop::WindowsOf(qint64 pid) const
+{
+    QList<Window> found;
+    x->Collect(x->root, static_cast<unsigned long>(pid), found);
+    return found;
+}
+
+unsigned long XDesktop::ActiveWindow() const
+{
+    const QList<unsigned long> active = x->Longs(x->root, "_NET_ACTIVE_WINDOW");
+    return active.isEmpty() ? 0 : active.first();
+}
+
+void XDesktop::CloseWindow(unsigned long id) const
+{
+    x->SendToRoot(id, "_NET_CLOSE_WINDOW", 0);
+}
+
+void XDesktop::Minimise(unsigned long id) const
+{
+    x->SendToRoot(id, "WM_CHANGE_STATE", IconicState);
+}
+
+bool XDesktop::IsMapped(unsigned long id) const
+{
+    return x->Viewable(id);
+}
+
+void XDesktop::MoveTo(const QPoint& pos) const
+{
+    XTestFakeMotionEvent(x->display, -1, pos.x(), pos.y(), 0);
+    XSync(x->display, False);
+}
+
+void XDesktop::Press(int button) const
+{
+    XTestFakeButtonEvent(x->display, static_cast<unsigned int>(button), True, 0);
+    XSync(x->display, False);
+}
+
+void XDesktop::Release(int button) const
+{
+    XTestFakeButtonEvent(x->display, static_cast<unsigned int>(button), False, 0);
+    XSync(x->display, False);
+}
+
+void XDesktop::Click(const QPoint& pos, int button) const
+{
+    MoveTo(pos);
+    QThread::msleep(STEP_MS);
+    Press(button);
+    QThread::msleep(STEP_MS);
+    Release(button);
+}
+
+void XDesktop::Drag(const QPoint& from, const QPoint& to) const
+{
+    MoveTo(from);
+    QThread::msleep(STEP_MS);
+    Press();
+    for (int step = 1; step <= DRAG_STEPS; ++step) {
+        QThread::msleep(STEP_MS);
+        MoveTo(from + (to - from) * step / DRAG_STEPS);
+    }
+    QThread::msleep(STEP_MS);
+    Release();
+}
+
+void XDesktop::Key(const QString& keysym) const
+{
+    const KeySym symbol = XStringToKeysym(keysym.toLatin1().constData());
+    const KeyCode code = XKeysymToKeycode(x->display, symbol);
+    const bool shifted = XkbKeycodeToKeysym(x->display, code, 0, 0) != symbol;
+    const KeyCode shift = XKeysymToKeycode(x->display, XK_Shift_L);
+    if (shifted) {
+        XTestFakeKeyEvent(x->display, shift, True, 0);
+    }
+    XTestFakeKeyEvent(x->display, code, True, 0);
+    XTestFakeKeyEvent(x->display, code, False, 0);
+    if (shifted) {
+        XTestFakeKeyEvent(x->display, shift, False, 0);
+    }
+    XSync(x->display, False);
+    QThread::msleep(STEP_MS);
+}
+
+void XDesktop::Type(const QString& text) const
+{
+    for (const QChar letter : text) {
+        Key(QString(letter));
+    }
+}
+
+QImage XDesktop::Screen() const
+{
+    // Copied with all that lies on the root window, which a plain image of the root need not hold.
+    const QSize size = Size();
+    const auto width = static_cast<unsigned int>(size.width());
+    const auto height = static_cast<unsigned int>(size.height());
+    const int screen = DefaultScreen(x->display);
+    XGCValues values{};
+    values.subwindow_mode = IncludeInferiors;
+    GC context = XCreateGC(x->display, x->root, GCSubwindowMode, &values);
+    const Pixmap copy = XCreatePixmap(x->display, x->root, width, height,
+                                      static_cast<unsigned int>(DefaultDepth(x->display, screen)));
+    XCopyArea(x->display, x->root, copy, context, 0, 0, width, height, 0, 0);
+    XImage* image = XGetImage(x->display, copy, 0, 0, width, height, AllPlanes, ZPixmap);
+    const QImage result = QImage(reinterpret_cast<const uchar*>(image->data), size.width(), size.height(),
+                                 image->bytes_per_line, QImage::Format_RGB32)
+                              .copy();
+    XDestroyImage(image);
+    XFreePixmap(x->display, copy);
+    XFreeGC(x->display, context);
+    return result;
+}
+
+QRgb XDesktop::PixelAt(const QPoint& pos) const
+{
+    return Screen().pixel(pos);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <QPoint>
+#include <QRect>
+#include <QString>
+#include <memory>
+
+/// One X display as a person has it: looks at windows and pixels, moves the pointer and presses keys through
+/// the XTEST extension. Coordinates are root window pixels.
+class XDesktop
+{
+public:
+    struct Window
+    {
+        unsigned long id;
+        QRect rect;
+        QString title;
+    };
+
+    /// `display`: as in DISPLAY, for instance ":99". Ends the program if it cannot be opened.
+    explicit XDesktop(const QString& display);
+    ~XDesktop();
+    XDesktop(const XDesktop&) = delete;
+    XDesktop& operator=(const XDesktop&) = delete;
+
+    QSize Size() const;
+    /// Whether a window manager (EWMH) or a compositor answers for the screen.
+    bool HasWindowManager() const;
+    bool HasCompositor() const;
+
+    /// The windows on show that belong to the process, the topmost last.
+    QList<Window> WindowsOf(qint64 pid) const;
+    /// The property _NET_ACTIVE_WINDOW, 0 if there is none.
+    unsigned long ActiveWindow() const;
+    /// Asks the window manager to close a window, as its own close command does (EWMH).
+    void CloseWindow(unsigned long id) const;
+    /// Asks the window manager to minimise a window (ICCCM).
+    void Minimise(unsigned long id) const;
+    bool IsMapped(unsigned long id) const;
+
+    void MoveTo(const QPoint& pos) const;
+    void Press(int button = 1) const;
+    void Release(int button = 1) const;
+    void Click(const QPoint& pos, int button = 1) const;
+    /// Presses at `from`, goes to `to` in steps, releases there.
+    void Drag(const QPoint& from, const QPoint& to) const;
+    /// Types Latin letters and digits, or a named key such as "Return" or "BackSpace".
+    void Key(const QString& keysym) const;
+    void Type(const QString& text) const;
+
+    /// What the screen shows now.
+    QImage Screen() const;
+    QRgb PixelAt(const QPoint& pos) const;
+
+private:
+    struct Connection;
+    std::unique_ptr<Connection> x;
+};
