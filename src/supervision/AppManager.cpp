@@ -17,6 +17,9 @@ AppManager::AppType Next(AppManager::AppType type)
 
 AppManager::AppManager()
 {
+    // Under their full names, so that the signals can be queued to other threads.
+    qRegisterMetaType<AppManager::AppType>("AppManager::AppType");
+    qRegisterMetaType<AppManager::AppEventType>("AppManager::AppEventType");
     ReAllocResource();
 }
 

@@ -29,7 +29,8 @@ QList<CapturedLog::Line> CapturedLog::Lines() const
     if (!file.open(QIODevice::ReadOnly)) {
         return lines;
     }
-    const QStringList texts = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), QString::SkipEmptyParts);
+    const QStringList texts =
+        QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), QString::SkipEmptyParts);
     for (const QString& text : texts) {
         const QRegularExpressionMatch match = pattern.match(text);
         lines.append({match.captured(1), match.captured(2), match.captured(3).toInt(), match.captured(4),

@@ -3,8 +3,7 @@
 #include <QApplication>
 #include <QTimer>
 
-namespace
-{
+namespace {
 constexpr int LOOK_AGAIN_MS = 5;
 } // namespace
 

@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <functional>
 
-/// Acts inside the nested event loop of a modal dialog: as soon as one is on show, `wanted` is called with it. With
-/// further actors each dialog in turn gets its own.
+/// Acts inside the nested event loop of a modal dialog: as soon as one is on show, `wanted` is called with
+/// it. With further actors each dialog in turn gets its own.
 class ModalActor
 {
 public:

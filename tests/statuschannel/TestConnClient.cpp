@@ -1,0 +1,203 @@
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+#include <thread>
+
+#include "statuschannel/ConnClient.h"
+#include "statuschannel/ConnServer.h"
+#include "support/CapturedLog.h"
+
+namespace {
+const QString UTILS = QStringLiteral("UTILS");
+const QString INFO = QStringLiteral("INFO");
+const QString ERROR_LEVEL = QStringLiteral("ERROR");
+constexpr int TWO_REPEATS_MS = 2500;
+} // namespace
+
+class TestConnClient : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void idleClientRepeatsInit();
+    void eachStateIsSentAtOnceAndLogged();
+    void statesRepeatOnceASecond();
+    void missingServerStopsTheStart();
+    void sendConnectsAfterAFailedStart();
+    void badStatusIsRefused();
+    void failedSendIsLoggedTwice();
+    void stopAfterADropGoesThroughANewConnection();
+    void restartedServerHearsTheStateAgain();
+    void callFromAnotherThreadIsQueued();
+
+private:
+    std::string Path() const { return directory->filePath(QStringLiteral("status")).toStdString(); }
+
+    std::unique_ptr<CapturedLog> log;
+    std::unique_ptr<QTemporaryDir> directory;
+};
+
+void TestConnClient::init()
+{
+    log = std::make_unique<CapturedLog>();
+    directory = std::make_unique<QTemporaryDir>();
+}
+
+void TestConnClient::cleanup()
+{
+    directory.reset();
+    log.reset();
+}
+
+void TestConnClient::idleClientRepeatsInit()
+{
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy inited(&server, &ConnServer::AppInited);
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
+    QVERIFY(inited.wait(TWO_REPEATS_MS));
+}
+
+void TestConnClient::eachStateIsSentAtOnceAndLogged()
+{
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy inited(&server, &ConnServer::AppInited);
+    QSignalSpy running(&server, &ConnServer::AppRunning);
+    QSignalSpy stopped(&server, &ConnServer::AppStoped);
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    client.AppInit();
+    QVERIFY(inited.wait(500));
+    client.AppRun();
+    QVERIFY(running.wait(500));
+    client.AppStop();
+    QVERIFY(stopped.wait(500));
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status init.")));
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status running.")));
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status stop.")));
+}
+
+void TestConnClient::statesRepeatOnceASecond()
+{
+    QLocalServer server;
+    QVERIFY(server.listen(QString::fromStdString(Path())));
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    QTRY_VERIFY(server.hasPendingConnections());
+    const std::unique_ptr<QLocalSocket> socket(server.nextPendingConnection());
+    QSignalSpy arrived(socket.get(), &QIODevice::readyRead);
+    client.AppRun();
+    QVERIFY(arrived.wait());
+    QCOMPARE(socket->readAll(), QByteArray(R"({"status":"run"})"));
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(arrived.wait(TWO_REPEATS_MS));
+        QCOMPARE(socket->readAll(), QByteArray(R"({"status":"run"})"));
+    }
+    const qint64 elapsed = timer.elapsed();
+    QVERIFY2(elapsed > 1500 && elapsed < 2400, qPrintable(QString::number(elapsed)));
+}
+
+void TestConnClient::missingServerStopsTheStart()
+{
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), -1);
+    QVERIFY(log->Contains(ERROR_LEVEL, UTILS, QStringLiteral("Connection client connect timeout.")));
+    // No repeats: a server that comes later hears nothing.
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy inited(&server, &ConnServer::AppInited);
+    QVERIFY(!inited.wait(1300));
+}
+
+void TestConnClient::sendConnectsAfterAFailedStart()
+{
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), -1);
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy running(&server, &ConnServer::AppRunning);
+    client.AppRun();
+    QVERIFY(running.wait());
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Client start connect.")));
+}
+
+void TestConnClient::badStatusIsRefused()
+{
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    ConnClient client(Path());
+    client.SendStatusOnce(3);
+    client.SendStatusOnce(-1);
+    QCOMPARE(log->Messages(),
+             QStringList({QStringLiteral("Error message type."), QStringLiteral("Error message type.")}));
+}
+
+void TestConnClient::failedSendIsLoggedTwice()
+{
+    ConnClient client(Path());
+    client.SendStatusOnce(1);
+    // The socket is unconnected at once where nobody listens, so the write fails.
+    QCOMPARE(log->Messages(),
+             QStringList({QStringLiteral("Client start connect."), QStringLiteral("Send message failed."),
+                          QStringLiteral("Send message failed.")}));
+    log->Clear();
+    client.SendCurStatus();
+    QCOMPARE(log->Messages().last(), QStringLiteral("Send status message failed."));
+}
+
+void TestConnClient::stopAfterADropGoesThroughANewConnection()
+{
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy stopped(&server, &ConnServer::AppStoped);
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    client.DisConnect();
+    QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
+    client.AppStop();
+    QVERIFY(stopped.wait());
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Client start connect.")));
+}
+
+void TestConnClient::restartedServerHearsTheStateAgain()
+{
+    auto server = std::make_unique<ConnServer>(Path(), nullptr);
+    server->ServerStart();
+    QSignalSpy running(server.get(), &ConnServer::AppRunning);
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    client.AppRun();
+    QVERIFY(running.wait());
+    server.reset();
+    QTRY_VERIFY(!QFile::exists(QString::fromStdString(Path())));
+    server = std::make_unique<ConnServer>(Path(), nullptr);
+    server->ServerStart();
+    QSignalSpy runningAgain(server.get(), &ConnServer::AppRunning);
+    QVERIFY(runningAgain.wait(TWO_REPEATS_MS));
+}
+
+void TestConnClient::callFromAnotherThreadIsQueued()
+{
+    ConnServer server(Path(), nullptr);
+    server.ServerStart();
+    QSignalSpy running(&server, &ConnServer::AppRunning);
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    std::thread([&client] { client.AppRun(); }).join();
+    QCOMPARE(running.count(), 0);
+    QVERIFY(running.wait());
+}
+
+QTEST_GUILESS_MAIN(TestConnClient)
+#include "TestConnClient.moc"

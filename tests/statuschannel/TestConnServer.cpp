@@ -1,0 +1,340 @@
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+
+#include "statuschannel/ConnServer.h"
+#include "support/CapturedLog.h"
+
+namespace {
+const QString UTILS = QStringLiteral("UTILS");
+
+/// A server on a socket of its own with all its signals watched.
+struct Channel
+{
+    Channel() : path(directory.filePath(QStringLiteral("status"))), server(path.toStdString(), nullptr) {}
+
+    /// Which signals have fired since the last call, in their order of declaration.
+    QString Fired()
+    {
+        const QString fired =
+            QStringLiteral("%1 %2 %3").arg(inited.count()).arg(running.count()).arg(stopped.count());
+        inited.clear();
+        running.clear();
+        stopped.clear();
+        return fired;
+    }
+
+    QTemporaryDir directory;
+    QString path;
+    ConnServer server;
+    QSignalSpy inited{&server, &ConnServer::AppInited};
+    QSignalSpy running{&server, &ConnServer::AppRunning};
+    QSignalSpy stopped{&server, &ConnServer::AppStoped};
+};
+
+const QString NOTHING = QStringLiteral("0 0 0");
+const QString INITED = QStringLiteral("1 0 0");
+const QString RUNNING = QStringLiteral("0 1 0");
+const QString STOPPED = QStringLiteral("0 0 1");
+} // namespace
+
+class TestConnServer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { log = std::make_unique<CapturedLog>(); }
+    void cleanup() { log.reset(); }
+
+    void everyTransitionFires_data();
+    void everyTransitionFires();
+    void badMessageIsLoggedAndDropped_data();
+    void badMessageIsLoggedAndDropped();
+    void otherMembersAreIgnored();
+    void unknownStatusChangesNothing_data();
+    void unknownStatusChangesNothing();
+    void repeatsAreSilent();
+    void clientIsHeardAndItsEndNoted();
+    void twoMessagesInOneReadAreBothLost();
+    void messageInTwoPiecesIsRejectedTwice();
+    void twoClientsShareOneStatus();
+    void statusOutlivesItsClient();
+    void staleSocketIsTakenOver();
+    void nameInUseByALivingServerIsTakenOver();
+    void secondListenFailingIsReported();
+    void otherListenErrorLeavesItDeaf();
+    void newConnectionWithoutAPendingOneIsRefused();
+    void receivingWithoutASenderIsLogged();
+    void acceptedSocketLivesAsLongAsTheServer();
+
+private:
+    std::unique_ptr<CapturedLog> log;
+};
+
+void TestConnServer::everyTransitionFires_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QString>("fired");
+    const QByteArray init(R"({"status":"init"})");
+    const QByteArray run(R"({"status":"run"})");
+    const QByteArray stop(R"({"status":"stop"})");
+    QTest::newRow("empty-init") << QByteArray() << init << INITED;
+    QTest::newRow("empty-run") << QByteArray() << run << RUNNING;
+    QTest::newRow("empty-stop") << QByteArray() << stop << STOPPED;
+    QTest::newRow("init-init") << init << init << NOTHING;
+    QTest::newRow("init-run") << init << run << RUNNING;
+    QTest::newRow("init-stop") << init << stop << STOPPED;
+    QTest::newRow("run-init") << run << init << INITED;
+    QTest::newRow("run-run") << run << run << NOTHING;
+    QTest::newRow("run-stop") << run << stop << STOPPED;
+    QTest::newRow("stop-init") << stop << init << INITED;
+    QTest::newRow("stop-run") << stop << run << RUNNING;
+    QTest::newRow("stop-stop") << stop << stop << NOTHING;
+}
+
+void TestConnServer::everyTransitionFires()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, message);
+    QFETCH(QString, fired);
+    Channel channel;
+    if (!before.isEmpty()) {
+        QCOMPARE(channel.server.ParseMsg(before), 0);
+        channel.Fired();
+    }
+    QCOMPARE(channel.server.ParseMsg(message), 0);
+    QCOMPARE(channel.Fired(), fired);
+    QCOMPARE(log->Messages(), QStringList());
+}
+
+void TestConnServer::badMessageIsLoggedAndDropped_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QString>("line");
+    const QString wrong = QStringLiteral("Message error");
+    QTest::newRow("no object") << QByteArray("[1]") << wrong;
+    QTest::newRow("no status") << QByteArray("{}") << wrong;
+    QTest::newRow("number") << QByteArray(R"({"status":1})") << wrong;
+    QTest::newRow("null") << QByteArray(R"({"status":null})") << wrong;
+    QTest::newRow("object") << QByteArray(R"({"status":{}})") << wrong;
+    QTest::newRow("empty") << QByteArray() << QStringLiteral("Json parse error illegal value");
+    QTest::newRow("text") << QByteArray("run") << QStringLiteral("Json parse error illegal value");
+    QTest::newRow("cut") << QByteArray(R"({"status":"ru)")
+                         << QStringLiteral("Json parse error unterminated string");
+    QTest::newRow("glued") << QByteArray(R"({"status":"init"}{"status":"run"})")
+                           << QStringLiteral("Json parse error garbage at the end of the document");
+}
+
+void TestConnServer::badMessageIsLoggedAndDropped()
+{
+    QFETCH(QByteArray, message);
+    QFETCH(QString, line);
+    Channel channel;
+    QCOMPARE(channel.server.ParseMsg(message), -1);
+    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(log->Messages(), QStringList(line));
+    QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, line));
+    // What was stored before still stands: the same status again is news.
+    QCOMPARE(channel.server.ParseMsg(R"({"status":"run"})"), 0);
+    QCOMPARE(channel.Fired(), RUNNING);
+}
+
+void TestConnServer::otherMembersAreIgnored()
+{
+    Channel channel;
+    QCOMPARE(channel.server.ParseMsg(R"({"status":"run","x":1})"), 0);
+    QCOMPARE(channel.Fired(), RUNNING);
+}
+
+void TestConnServer::unknownStatusChangesNothing_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("case") << QByteArray(R"({"status":"RUN"})");
+    QTest::newRow("other") << QByteArray(R"({"status":"pause"})");
+    QTest::newRow("blank") << QByteArray(R"({"status":"run "})");
+}
+
+void TestConnServer::unknownStatusChangesNothing()
+{
+    QFETCH(QByteArray, message);
+    Channel channel;
+    channel.server.ParseMsg(R"({"status":"init"})");
+    channel.Fired();
+    QCOMPARE(channel.server.ParseMsg(message), 0);
+    QCOMPARE(channel.server.ParseMsg(R"({"status":"init"})"), 0);
+    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(log->Messages(), QStringList());
+}
+
+void TestConnServer::repeatsAreSilent()
+{
+    Channel channel;
+    for (int i = 0; i < 5; ++i) {
+        channel.server.ParseMsg(R"({"status":"run"})");
+    }
+    QCOMPARE(channel.Fired(), RUNNING);
+    channel.server.ParseMsg(R"({"status":"stop"})");
+    channel.server.ParseMsg(R"({"status":"run"})");
+    QCOMPARE(channel.Fired(), QStringLiteral("0 1 1"));
+}
+
+void TestConnServer::clientIsHeardAndItsEndNoted()
+{
+    Channel channel;
+    QCOMPARE(channel.server.ServerStart(), 0);
+    QLocalSocket client;
+    client.connectToServer(channel.path);
+    QTRY_VERIFY(log->Contains(QStringLiteral("INFO"), UTILS, QStringLiteral("New application connected.")));
+    client.write(R"({"status":"run"})");
+    QVERIFY(channel.running.wait());
+    client.disconnectFromServer();
+    QTRY_VERIFY(log->Contains(QStringLiteral("INFO"), UTILS, QStringLiteral("App close the connect.")));
+    QCOMPARE(channel.Fired(), RUNNING);
+}
+
+void TestConnServer::twoMessagesInOneReadAreBothLost()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    QLocalSocket client;
+    client.connectToServer(channel.path);
+    client.write(R"({"status":"init"}{"status":"run"})");
+    QTRY_COMPARE(log->Count(QStringLiteral("Json parse error garbage at the end of the document")), 1);
+    QCOMPARE(channel.Fired(), NOTHING);
+    client.write(R"({"status":"run"})");
+    QVERIFY(channel.running.wait());
+    QCOMPARE(channel.Fired(), RUNNING);
+}
+
+void TestConnServer::messageInTwoPiecesIsRejectedTwice()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    QLocalSocket client;
+    client.connectToServer(channel.path);
+    client.write(R"({"status":)");
+    QTRY_COMPARE(log->Messages().filter(QStringLiteral("Json parse error")).size(), 1);
+    client.write(R"("run"})");
+    QTRY_COMPARE(log->Messages().filter(QStringLiteral("Json parse error")).size(), 2);
+    QCOMPARE(channel.Fired(), NOTHING);
+}
+
+void TestConnServer::twoClientsShareOneStatus()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    QLocalSocket first;
+    QLocalSocket second;
+    first.connectToServer(channel.path);
+    second.connectToServer(channel.path);
+    for (int i = 0; i < 3; ++i) {
+        first.write(R"({"status":"run"})");
+        QVERIFY(channel.running.wait());
+        second.write(R"({"status":"stop"})");
+        QVERIFY(channel.stopped.wait());
+    }
+    QCOMPARE(channel.Fired(), QStringLiteral("0 3 3"));
+}
+
+void TestConnServer::statusOutlivesItsClient()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    {
+        QLocalSocket client;
+        client.connectToServer(channel.path);
+        client.write(R"({"status":"init"})");
+        QVERIFY(channel.inited.wait());
+    }
+    QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
+    QLocalSocket next;
+    next.connectToServer(channel.path);
+    next.write(R"({"status":"init"})");
+    next.flush();
+    QTRY_COMPARE(log->Count(QStringLiteral("New application connected.")), 2);
+    next.write(" ");
+    QTRY_VERIFY(!log->Messages().filter(QStringLiteral("Json parse error")).isEmpty());
+    QCOMPARE(channel.Fired(), INITED);
+}
+
+void TestConnServer::staleSocketIsTakenOver()
+{
+    Channel channel;
+    {
+        QLocalServer crashed;
+        QVERIFY(crashed.listen(channel.path));
+        // A crash leaves the socket's file: kept under another name while the server removes its own.
+        QVERIFY(QFile::rename(channel.path, channel.path + QStringLiteral(".kept")));
+    }
+    QVERIFY(QFile::rename(channel.path + QStringLiteral(".kept"), channel.path));
+    QCOMPARE(channel.server.ServerStart(), 0);
+    QLocalSocket client;
+    client.connectToServer(channel.path);
+    QVERIFY(client.waitForConnected());
+    QCOMPARE(log->Count(QStringLiteral("Start localserver failed.")), 0);
+}
+
+void TestConnServer::nameInUseByALivingServerIsTakenOver()
+{
+    Channel channel;
+    QLocalServer other;
+    QVERIFY(other.listen(channel.path));
+    QCOMPARE(channel.server.ServerStart(), 0);
+    QLocalSocket client;
+    client.connectToServer(channel.path);
+    client.write(R"({"status":"run"})");
+    QVERIFY(channel.running.wait());
+}
+
+void TestConnServer::secondListenFailingIsReported()
+{
+    // A directory with content: in use to the first attempt, and not to be removed before the second.
+    Channel channel;
+    QVERIFY(QDir(channel.directory.path()).mkpath(QStringLiteral("status/content")));
+    QCOMPARE(channel.server.ServerStart(), -1);
+    QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, QStringLiteral("Start localserver failed.")));
+}
+
+void TestConnServer::otherListenErrorLeavesItDeaf()
+{
+    QTemporaryDir directory;
+    ConnServer server(directory.filePath(QStringLiteral("none/status")).toStdString(), nullptr);
+    QCOMPARE(server.ServerStart(), 0);
+    QCOMPARE(log->Messages(), QStringList());
+}
+
+void TestConnServer::newConnectionWithoutAPendingOneIsRefused()
+{
+    Channel channel;
+    QCOMPARE(channel.server.OnNewConnect(), -1);
+    QCOMPARE(log->Messages(), QStringList());
+}
+
+void TestConnServer::receivingWithoutASenderIsLogged()
+{
+    Channel channel;
+    QCOMPARE(channel.server.RecvMsg(), -1);
+    QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, QStringLiteral("ConnServer local is nullptr.")));
+    channel.server.RemoveConn();
+    QCOMPARE(log->Messages().size(), 1);
+}
+
+void TestConnServer::acceptedSocketLivesAsLongAsTheServer()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    {
+        QLocalSocket client;
+        client.connectToServer(channel.path);
+        QTRY_COMPARE(log->Count(QStringLiteral("New application connected.")), 1);
+    }
+    QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(channel.server.findChildren<QLocalSocket*>().size(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestConnServer)
+#include "TestConnServer.moc"

@@ -1,0 +1,281 @@
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+#include <memory>
+
+#include "config/Constant.h"
+#include "supervision/AppManager.h"
+#include "supervision/TandraApp.h"
+#include "support/CapturedLog.h"
+
+namespace {
+const QString VELODESK = QStringLiteral("VELODESK");
+const QString INFO = QStringLiteral("INFO");
+constexpr int LOOP_GOES_ON_MS = 1000;
+
+class OpenApp : public BaseApp
+{
+public:
+    static auto Program() { return &OpenApp::program; }
+    static auto Arguments() { return &OpenApp::arguments; }
+    static auto Processes() { return &OpenApp::processVector; }
+    static auto Count() { return &OpenApp::count; }
+};
+
+BaseApp& App()
+{
+    return *Singleton<TandraApp>::GetInstance();
+}
+
+/// Lets the supervised program be a shell that runs `script`.
+void UseShell(const QString& script)
+{
+    App().*OpenApp::Program() = QStringLiteral("/bin/sh");
+    App().*OpenApp::Arguments() = QStringList{QStringLiteral("-c"), script};
+}
+
+const QString FOREVER = QStringLiteral("exec sleep 60");
+const QString DEAF = QStringLiteral("trap '' TERM; echo up; while :; do sleep 0.05; done");
+} // namespace
+
+class TestAppManager : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void constructionWiresTheEngine();
+    void startAndEndAreTold();
+    void crashIsToldBeforeTheEnd();
+    void reportsCarryTypeAndEvent();
+    void unknownTypeIsRefusedInSilence();
+    void forgottenApplicationComesBack_data();
+    void forgottenApplicationComesBack();
+    void forgottenApplicationIsNotHeard();
+    void reallocatingTwiceWiresOnce();
+    void stopWithWaitingEscalates();
+    void stopAllWithoutAChildOnlyLogs();
+    void stopAllIsHeardOnTheMainThreadLater_data();
+    void stopAllIsHeardOnTheMainThreadLater();
+    void destructorStopsAgainAndReachesNobody();
+
+private:
+    void StartChildren(int count);
+
+    std::unique_ptr<CapturedLog> log;
+    std::unique_ptr<AppManager> manager;
+};
+
+void TestAppManager::init()
+{
+    log = std::make_unique<CapturedLog>();
+    manager = std::make_unique<AppManager>();
+    log->Clear();
+}
+
+void TestAppManager::cleanup()
+{
+    manager.reset();
+    Singleton<TandraApp>::Destroy();
+    log.reset();
+}
+
+void TestAppManager::StartChildren(int count)
+{
+    for (int i = 1; i <= count; ++i) {
+        manager->StartApp(AppManager::TANDRA_APP);
+        QTRY_COMPARE(App().*OpenApp::Count(), i);
+        QProcess& child = *(App().*OpenApp::Processes()).back();
+        if ((App().*OpenApp::Arguments()).contains(DEAF)) {
+            QTRY_VERIFY(child.bytesAvailable() > 0);
+        }
+    }
+}
+
+void TestAppManager::constructionWiresTheEngine()
+{
+    const AppManager another;
+    QCOMPARE(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
+    QCOMPARE(another.GetTypeFromApp(App()), AppManager::TANDRA_APP);
+    const BaseApp stranger("stranger");
+    QCOMPARE(another.GetTypeFromApp(stranger), AppManager::APP_TYPE_END);
+}
+
+void TestAppManager::startAndEndAreTold()
+{
+    UseShell(QStringLiteral("exit 3"));
+    QSignalSpy started(manager.get(), &AppManager::AppStarted);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    manager->StartApp(AppManager::TANDRA_APP);
+    QVERIFY(finished.wait());
+    QCOMPARE(started.count(), 1);
+    QCOMPARE(started.first().first().value<AppManager::AppType>(), AppManager::TANDRA_APP);
+    QCOMPARE(finished.first().at(1).toInt(), 3);
+    QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("start app[0]")));
+}
+
+void TestAppManager::crashIsToldBeforeTheEnd()
+{
+    UseShell(QStringLiteral("kill -SEGV $$"));
+    QStringList order;
+    connect(manager.get(), &AppManager::AppError, this, [&order] { order.append(QStringLiteral("error")); });
+    connect(manager.get(), &AppManager::AppFinished, this,
+            [&order] { order.append(QStringLiteral("finished")); });
+    manager->StartApp(AppManager::TANDRA_APP);
+    QTRY_COMPARE(order, QStringList({QStringLiteral("error"), QStringLiteral("finished")}));
+}
+
+void TestAppManager::reportsCarryTypeAndEvent()
+{
+    QSignalSpy event(manager.get(), &AppManager::AppEvent);
+    App().EventInited();
+    emit App().AppEventRunning();
+    App().EventStopped();
+    QCOMPARE(event.count(), 3);
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(event.at(i).at(0).value<AppManager::AppType>(), AppManager::TANDRA_APP);
+        QCOMPARE(static_cast<int>(event.at(i).at(1).value<AppManager::AppEventType>()), i);
+    }
+}
+
+void TestAppManager::unknownTypeIsRefusedInSilence()
+{
+    manager->StartApp(AppManager::APP_TYPE_END);
+    manager->StopApp(AppManager::APP_TYPE_END, true);
+    QCOMPARE(log->Messages(), QStringList({QStringLiteral("AppManager ReAllocResource"),
+                                           QStringLiteral("AppManager ReAllocResource")}));
+    // The loops do not look at the entry this has made.
+    manager->StopAll();
+    QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
+    QCOMPARE(log->Count(QStringLiteral("stop app[1]")), 0);
+}
+
+void TestAppManager::forgottenApplicationComesBack_data()
+{
+    QTest::addColumn<bool>("start");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("start") << true << QStringLiteral("start app[0]");
+    QTest::newRow("stop") << false << QStringLiteral("stop app[0]");
+}
+
+void TestAppManager::forgottenApplicationComesBack()
+{
+    QFETCH(bool, start);
+    QFETCH(QString, line);
+    UseShell(QStringLiteral("exit 0"));
+    const BaseApp* before = &App();
+    manager->DeleteAll();
+    if (start) {
+        manager->StartApp(AppManager::TANDRA_APP);
+    } else {
+        manager->StopApp(AppManager::TANDRA_APP, false);
+    }
+    QCOMPARE(log->Messages().mid(0, 2), QStringList({QStringLiteral("AppManager ReAllocResource"), line}));
+    QCOMPARE(&App(), before);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    manager->StartApp(AppManager::TANDRA_APP);
+    QVERIFY(finished.wait());
+}
+
+void TestAppManager::forgottenApplicationIsNotHeard()
+{
+    QSignalSpy event(manager.get(), &AppManager::AppEvent);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    QSignalSpy started(manager.get(), &AppManager::AppStarted);
+    QSignalSpy error(manager.get(), &AppManager::AppError);
+    manager->DeleteAll();
+    App().EventInited();
+    App().EventStopped();
+    emit App().AppEventRunning();
+    App().Started();
+    App().Finished(0);
+    App().Error(QProcess::Crashed);
+    QCOMPARE(event.count() + finished.count() + started.count() + error.count(), 0);
+    QCOMPARE(manager->GetTypeFromApp(App()), AppManager::APP_TYPE_END);
+}
+
+void TestAppManager::reallocatingTwiceWiresOnce()
+{
+    manager->ReAllocResource();
+    manager->ReAllocResource();
+    QSignalSpy event(manager.get(), &AppManager::AppEvent);
+    App().EventInited();
+    QCOMPARE(event.count(), 1);
+}
+
+void TestAppManager::stopWithWaitingEscalates()
+{
+    UseShell(DEAF);
+    StartChildren(1);
+    QElapsedTimer timer;
+    timer.start();
+    manager->StopApp(AppManager::TANDRA_APP, true);
+    QVERIFY(timer.elapsed() >= 3000);
+    const QString name = QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME));
+    QCOMPARE(log->Messages().filter(QStringLiteral("process[")),
+             QStringList({QStringLiteral("terminate process[%1]").arg(name),
+                          QStringLiteral("kill process[%1]").arg(name)}));
+}
+
+void TestAppManager::stopAllWithoutAChildOnlyLogs()
+{
+    manager->StopAll();
+    QCOMPARE(log->Messages(),
+             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 0"),
+                          QStringLiteral("delete 0 invalid process")}));
+}
+
+void TestAppManager::stopAllIsHeardOnTheMainThreadLater_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("children");
+    QTest::newRow("ends") << FOREVER << 1;
+    QTest::newRow("two end") << FOREVER << 2;
+    QTest::newRow("ends with a code")
+        << QStringLiteral("trap 'exit 9' TERM; echo up; while :; do sleep 0.05; done") << 1;
+    QTest::newRow("ignores") << DEAF << 1;
+    QTest::newRow("two ignore") << DEAF << 2;
+}
+
+void TestAppManager::stopAllIsHeardOnTheMainThreadLater()
+{
+    QFETCH(QString, script);
+    QFETCH(int, children);
+    UseShell(script);
+    StartChildren(children);
+    QThread* heardOn = nullptr;
+    int finished = 0;
+    connect(manager.get(), &AppManager::AppFinished, this, [&heardOn, &finished] {
+        heardOn = QThread::currentThread();
+        ++finished;
+    });
+    manager->StopAll();
+    // Nothing of it before the event loop runs again; then all of it, on this thread.
+    QCOMPARE(finished, 0);
+    QTRY_COMPARE(finished, 1);
+    QCOMPARE(heardOn, thread());
+    QTest::qWait(LOOP_GOES_ON_MS);
+    QCOMPARE(App().*OpenApp::Count(), 0);
+    // The next start finds a clean house.
+    UseShell(QStringLiteral("exit 0"));
+    manager->StartApp(AppManager::TANDRA_APP);
+    QTRY_COMPARE(finished, 2);
+}
+
+void TestAppManager::destructorStopsAgainAndReachesNobody()
+{
+    UseShell(FOREVER);
+    StartChildren(1);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    manager->StopAll();
+    log->Clear();
+    manager.reset();
+    QCOMPARE(log->Messages().mid(0, 2),
+             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 1")}));
+    QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), 1);
+}
+
+QTEST_GUILESS_MAIN(TestAppManager)
+#include "TestAppManager.moc"
