@@ -1,0 +1,146 @@
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include "shell/ExitWin.h"
+#include "support/Looks.h"
+
+class TestExitWin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isBuiltAsTold_data();
+    void isBuiltAsTold();
+    void looksDiffer_data();
+    void looksDiffer();
+    void startsWithExitChecked();
+    void quitEmitsOnlyWhileExitIsChecked();
+    void cancelHidesOnlyWhileCancelIsChecked();
+    void clicksCheckTheirButtonFirst();
+    void closeHides();
+    void bandIsTheTop32Rows();
+};
+
+void TestExitWin::isBuiltAsTold_data()
+{
+    AddBothLooks();
+}
+
+void TestExitWin::isBuiltAsTold()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    ExitWin window(nullptr);
+    QCOMPARE(static_cast<int>(window.windowFlags()), 10251);
+    QCOMPARE(window.windowModality(), Qt::WindowModal);
+    QCOMPARE(window.windowTitle(), QStringLiteral("维乐助手"));
+    QVERIFY(window.hasMouseTracking());
+    QVERIFY(!window.isVisible());
+    QVERIFY(!window.testAttribute(Qt::WA_DontShowOnScreen));
+    QCOMPARE(window.property("useStyleWindowManager"), QVariant(false));
+    QCOMPARE(Find(window, "exitBtn")->geometry(), QRect(158, 120, 82, 24));
+    QCOMPARE(Find(window, "cancelBtn")->geometry(), QRect(60, 120, 82, 24));
+    QCOMPARE(Find(window, "closeBtn")->geometry(), QRect(254, 0, 46, 32));
+    QCOMPARE(Find(window, "confirmMsg")->geometry(), QRect(85, 48, 130, 20));
+    for (const char* name : {"exitBtn", "cancelBtn", "closeBtn"}) {
+        QCOMPARE(Find(window, name)->focusPolicy(), Qt::NoFocus);
+    }
+    window.show();
+    QCOMPARE(Find(window, "widget_bg")->size(), QSize(300, 168));
+}
+
+void TestExitWin::looksDiffer_data()
+{
+    AddBothLooks();
+}
+
+void TestExitWin::looksDiffer()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    ExitWin window(nullptr);
+    QCOMPARE(window.testAttribute(Qt::WA_TranslucentBackground), shadow);
+    QCOMPARE(window.size(), shadow ? QSize(340, 208) : QSize(302, 170));
+    QCOMPARE(Find(window, "widget_bg")->styleSheet(),
+             shadow ? QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);")
+                    : QStringLiteral("background-color: rgb(247, 247, 247);"));
+    QCOMPARE(Find(window, "closeBtn")->styleSheet().contains(QStringLiteral("close_hover_shadow")), shadow);
+    QCOMPARE(window.palette().color(QPalette::Window) == QColor(0xE2, 0xE2, 0xE2), !shadow);
+}
+
+void TestExitWin::startsWithExitChecked()
+{
+    ExitWin window(nullptr);
+    QVERIFY(Find<QPushButton>(window, "exitBtn")->isChecked());
+    QVERIFY(!Find<QPushButton>(window, "cancelBtn")->isChecked());
+    QVERIFY(!Find<QPushButton>(window, "closeBtn")->isCheckable());
+}
+
+void TestExitWin::quitEmitsOnlyWhileExitIsChecked()
+{
+    ExitWin window(nullptr);
+    QSignalSpy quit(&window, &ExitWin::CloseVeloApp);
+    Find<QPushButton>(window, "cancelBtn")->setChecked(true);
+    window.QuitExitWin();
+    QCOMPARE(quit.count(), 0);
+    Find<QPushButton>(window, "exitBtn")->setChecked(true);
+    window.QuitExitWin();
+    QCOMPARE(quit.count(), 1);
+}
+
+void TestExitWin::cancelHidesOnlyWhileCancelIsChecked()
+{
+    ExitWin window(nullptr);
+    window.show();
+    window.CancelExitWin();
+    QVERIFY(window.isVisible());
+    Find<QPushButton>(window, "cancelBtn")->setChecked(true);
+    window.CancelExitWin();
+    QVERIFY(!window.isVisible());
+}
+
+void TestExitWin::clicksCheckTheirButtonFirst()
+{
+    ExitWin window(nullptr);
+    window.show();
+    QSignalSpy quit(&window, &ExitWin::CloseVeloApp);
+    QTest::mouseClick(Find(window, "cancelBtn"), Qt::LeftButton);
+    QVERIFY(!window.isVisible());
+    QVERIFY(!Find<QPushButton>(window, "exitBtn")->isChecked());
+    window.show();
+    QTest::mouseClick(Find(window, "exitBtn"), Qt::LeftButton);
+    QCOMPARE(quit.count(), 1);
+}
+
+void TestExitWin::closeHides()
+{
+    ExitWin window(nullptr);
+    window.show();
+    QSignalSpy quit(&window, &ExitWin::CloseVeloApp);
+    QTest::mouseClick(Find(window, "closeBtn"), Qt::LeftButton);
+    QVERIFY(!window.isVisible());
+    QCOMPARE(quit.count(), 0);
+}
+
+void TestExitWin::bandIsTheTop32Rows()
+{
+    const Look look(false);
+    ExitWin window(nullptr);
+    window.show();
+    const QPoint card = Find(window, "widget_bg")->pos();
+    const QPoint before = window.pos();
+    SendMouse(window, QEvent::MouseButtonPress, card + QPoint(30, 32));
+    SendMouse(window, QEvent::MouseMove, card + QPoint(40, 52));
+    QCOMPARE(window.pos(), before);
+    SendMouse(window, QEvent::MouseButtonRelease, card);
+    SendMouse(window, QEvent::MouseButtonPress, card + QPoint(30, 31));
+    // Without shadow the press is remembered from the card's corner and the window's own is put there.
+    const QPoint ends = window.mapToGlobal(card + QPoint(40, 51)) - QPoint(30, 31);
+    SendMouse(window, QEvent::MouseMove, card + QPoint(40, 51));
+    QCOMPARE(window.pos(), ends);
+}
+
+QTEST_MAIN(TestExitWin)
+#include "TestExitWin.moc"

@@ -1,0 +1,333 @@
+#include <QGraphicsDropShadowEffect>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QTest>
+
+#include "shell/CardWindow.h"
+#include "shell/Shadow.h"
+#include "support/Looks.h"
+
+Q_DECLARE_METATYPE(QMargins)
+
+namespace {
+/// A window of 302 by 170 with a card, as all windows are built.
+class Probe : public CardWindow<QWidget>
+{
+public:
+    Probe() : cardWidget(new QWidget(this)), shadowLayout(new QHBoxLayout(this))
+    {
+        resize(302, 170);
+        shadowLayout->setSpacing(0);
+        shadowLayout->setContentsMargins(1, 1, 1, 1);
+        shadowLayout->addWidget(cardWidget);
+        SetCard(shadowLayout, cardWidget, QPoint(299, 31));
+    }
+
+    int Place(const QRect& cardRect, bool fixedSize = false)
+    {
+        const int result = Shadow::ShadowWinAdjust(this, shadowLayout, cardWidget, cardRect, fixedSize);
+        shadowLayout->activate();
+        return result;
+    }
+    QRect CardOnScreen() const { return QRect(mapToGlobal(cardWidget->pos()), cardWidget->size()); }
+    QRegion Mask() const { return mask(); }
+    bool IsDragging() const { return dragging; }
+
+    QWidget* cardWidget;
+    QHBoxLayout* shadowLayout;
+};
+
+constexpr QSize CARD(300, 168);
+
+QRect Area()
+{
+    return QGuiApplication::primaryScreen()->availableGeometry();
+}
+} // namespace
+
+class TestShadow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void effectRefusesNull();
+    void effectIsSetUpOnce();
+    void adjustTakesTheCheapestWay();
+    void checkRectPushesInside_data();
+    void checkRectPushesInside();
+    void adjustRefusesNull();
+    void withoutEffectTheRectangleIsTheWindow();
+    void cardInTheMiddleHasFullMargins();
+    void cardAtAnEdgeLosesThatMargin_data();
+    void cardAtAnEdgeLosesThatMargin();
+    void windowOffTheDesktopComesBackUnclamped();
+    void fixedSizeClampsEvenOffTheDesktop();
+    void moveKeepsTheCardsSize();
+    void maskHasAHoleUnderTheCursorBesideTheCard();
+    void nullIsHarmless();
+    void pressInTheBandDrags_data();
+    void pressInTheBandDrags();
+    void anyReleaseEndsTheDrag();
+    void dragIsClampedWithShadowOnly_data();
+    void dragIsClampedWithShadowOnly();
+    void centringTruncatesTowardZero();
+};
+
+void TestShadow::effectRefusesNull()
+{
+    QWidget widget;
+    QCOMPARE(Shadow::AddShadowEffect(nullptr, &widget), 1);
+    QCOMPARE(Shadow::AddShadowEffect(&widget, nullptr), 1);
+    QVERIFY(widget.graphicsEffect() == nullptr);
+}
+
+void TestShadow::effectIsSetUpOnce()
+{
+    Probe probe;
+    QCOMPARE(Shadow::AddShadowEffect(&probe, probe.cardWidget), 0);
+    auto* effect = qobject_cast<QGraphicsDropShadowEffect*>(probe.cardWidget->graphicsEffect());
+    QVERIFY(effect != nullptr);
+    QCOMPARE(effect->offset(), QPointF(0.0, 2.0));
+    QCOMPARE(effect->color(), QColor(0, 0, 0, 51));
+    QCOMPARE(effect->blurRadius(), 20.0);
+    effect->setBlurRadius(3.0);
+    QCOMPARE(Shadow::AddShadowEffect(&probe, probe.cardWidget), 0);
+    QCOMPARE(static_cast<QGraphicsEffect*>(effect), probe.cardWidget->graphicsEffect());
+    QCOMPARE(effect->blurRadius(), 20.0);
+}
+
+void TestShadow::adjustTakesTheCheapestWay()
+{
+    QWidget window;
+    window.setGeometry(10, 10, 100, 100);
+    // The old rectangle is taken at its word: equal ones change nothing wherever the window stands.
+    Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(0, 0, 50, 50), false);
+    QCOMPARE(window.geometry(), QRect(10, 10, 100, 100));
+    Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(30, 40, 50, 50), true);
+    QCOMPARE(window.geometry(), QRect(30, 40, 100, 100));
+    QCOMPARE(window.maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+    Shadow::AdjustWindow(&window, window.geometry(), QRect(5, 6, 70, 80), false);
+    QCOMPARE(window.geometry(), QRect(5, 6, 70, 80));
+    Shadow::AdjustWindow(&window, window.geometry(), QRect(7, 8, 90, 95), true);
+    QCOMPARE(window.geometry(), QRect(7, 8, 90, 95));
+    QCOMPARE(window.minimumSize(), QSize(90, 95));
+    QCOMPARE(window.maximumSize(), QSize(90, 95));
+}
+
+void TestShadow::checkRectPushesInside_data()
+{
+    QTest::addColumn<QRect>("rect");
+    QTest::addColumn<QRect>("pushed");
+    QTest::newRow("inside") << QRect(20, 20, 50, 50) << QRect(20, 20, 50, 50);
+    QTest::newRow("touching") << QRect(10, 10, 100, 80) << QRect(10, 10, 100, 80);
+    QTest::newRow("left, top") << QRect(-5, 0, 50, 50) << QRect(10, 10, 50, 50);
+    QTest::newRow("right, bottom") << QRect(100, 80, 50, 50) << QRect(60, 40, 50, 50);
+    QTest::newRow("as large") << QRect(0, 0, 100, 80) << QRect(10, 10, 100, 80);
+    QTest::newRow("too wide") << QRect(0, 0, 101, 10) << QRect(0, 0, 101, 10);
+    QTest::newRow("too tall") << QRect(0, 0, 10, 81) << QRect(0, 0, 10, 81);
+}
+
+void TestShadow::checkRectPushesInside()
+{
+    QFETCH(QRect, rect);
+    QFETCH(QRect, pushed);
+    Shadow::CheckRect(rect, QRect(10, 10, 100, 80));
+    QCOMPARE(rect, pushed);
+}
+
+void TestShadow::adjustRefusesNull()
+{
+    Probe probe;
+    QCOMPARE(Shadow::ShadowWinAdjust(nullptr, probe.shadowLayout, probe.cardWidget, QRect(), false), 1);
+    QCOMPARE(Shadow::ShadowWinAdjust(&probe, nullptr, probe.cardWidget, QRect(), false), 1);
+    QCOMPARE(Shadow::ShadowWinAdjust(&probe, probe.shadowLayout, nullptr, QRect(), false), 1);
+    QCOMPARE(Shadow::ShadowWinMove(&probe, probe.shadowLayout, nullptr, QPoint(), false), 1);
+    QCOMPARE(probe.geometry().size(), QSize(302, 170));
+}
+
+void TestShadow::withoutEffectTheRectangleIsTheWindow()
+{
+    Probe probe;
+    QCOMPARE(probe.Place(QRect(-40, 50, 222, 111)), 0);
+    QCOMPARE(probe.geometry(), QRect(-40, 50, 222, 111));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(1, 1, 1, 1));
+}
+
+void TestShadow::cardInTheMiddleHasFullMargins()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    const QRect rect(Area().center() - QPoint(150, 84), CARD);
+    QCOMPARE(probe.Place(rect), 0);
+    QCOMPARE(probe.geometry(), rect.adjusted(-20, -20, 20, 20));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
+    QCOMPARE(probe.CardOnScreen(), rect);
+}
+
+void TestShadow::cardAtAnEdgeLosesThatMargin_data()
+{
+    QTest::addColumn<QPoint>("corner");
+    QTest::addColumn<QPoint>("ends");
+    QTest::addColumn<QMargins>("margins");
+    const QRect area = Area();
+    const int right = area.right() - 299;
+    const int bottom = area.bottom() - 167;
+    QTest::newRow("top left") << QPoint(-100, -100) << QPoint(0, 0) << QMargins(0, 0, 20, 20);
+    QTest::newRow("near the top left") << QPoint(7, 3) << QPoint(7, 3) << QMargins(7, 3, 20, 20);
+    QTest::newRow("right") << QPoint(right + 50, 100) << QPoint(right, 100) << QMargins(20, 20, 0, 20);
+    QTest::newRow("near the right") << QPoint(right - 6, 100) << QPoint(right - 6, 100)
+                                    << QMargins(20, 20, 6, 20);
+    QTest::newRow("bottom") << QPoint(100, bottom + 1) << QPoint(100, bottom) << QMargins(20, 20, 20, 0);
+    QTest::newRow("bottom right") << QPoint(5000, 5000) << QPoint(right, bottom) << QMargins(20, 20, 0, 0);
+}
+
+void TestShadow::cardAtAnEdgeLosesThatMargin()
+{
+    QFETCH(QPoint, corner);
+    QFETCH(QPoint, ends);
+    QFETCH(QMargins, margins);
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.Place(QRect(corner, CARD));
+    QCOMPARE(probe.CardOnScreen(), QRect(ends, CARD));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), margins);
+    QVERIFY(Area().contains(probe.geometry()));
+}
+
+void TestShadow::windowOffTheDesktopComesBackUnclamped()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.move(-500, 100);
+    probe.Place(QRect(-100, 50, 300, 168));
+    QCOMPARE(probe.geometry(), QRect(-120, 30, 340, 208));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(1, 1, 1, 1));
+    // Still outside: the same again. From inside the next one clamps.
+    probe.Place(QRect(100, 60, 300, 168));
+    QCOMPARE(probe.geometry(), QRect(80, 40, 340, 208));
+    probe.Place(QRect(-100, 60, 300, 168));
+    QCOMPARE(probe.geometry(), QRect(0, 40, 320, 208));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 20, 20, 20));
+}
+
+void TestShadow::fixedSizeClampsEvenOffTheDesktop()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.move(-500, 100);
+    probe.Place(QRect(QPoint(-100, 60), CARD), true);
+    QCOMPARE(probe.geometry(), QRect(0, 40, 320, 208));
+    QCOMPARE(probe.maximumSize(), QSize(320, 208));
+}
+
+void TestShadow::moveKeepsTheCardsSize()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.Place(QRect(QPoint(100, 100), CARD));
+    QCOMPARE(Shadow::ShadowWinMove(&probe, probe.shadowLayout, probe.cardWidget, QPoint(150, 160), false), 0);
+    QCOMPARE(probe.CardOnScreen(), QRect(QPoint(150, 160), CARD));
+}
+
+void TestShadow::maskHasAHoleUnderTheCursorBesideTheCard()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.Place(QRect(QPoint(100, 100), CARD));
+    const QRegion whole(QRect(0, 0, 340, 208));
+    Shadow::ShadowWinMask(&probe, probe.cardWidget, probe.mapToGlobal(QPoint(5, 6)));
+    QCOMPARE(probe.Mask(), whole - QRegion(5, 6, 1, 1));
+    Shadow::ShadowWinMask(&probe, probe.cardWidget, probe.mapToGlobal(QPoint(20, 20)));
+    QCOMPARE(probe.Mask(), whole);
+    Shadow::ShadowWinMask(&probe, probe.cardWidget, probe.mapToGlobal(QPoint(339, 207)));
+    QCOMPARE(probe.Mask(), whole - QRegion(339, 207, 1, 1));
+    Shadow::ShadowWinMask(&probe, probe.cardWidget, probe.mapToGlobal(QPoint(340, 207)));
+    QCOMPARE(probe.Mask(), whole);
+}
+
+void TestShadow::nullIsHarmless()
+{
+    QWidget widget;
+    Shadow::AdjustWindow(nullptr, QRect(), QRect(1, 1, 5, 5), false);
+    Shadow::ShadowWinMask(nullptr, &widget, QPoint());
+    Shadow::ShadowWinMask(&widget, nullptr, QPoint());
+    QVERIFY(widget.mask().isEmpty());
+}
+
+void TestShadow::pressInTheBandDrags_data()
+{
+    QTest::addColumn<QPoint>("offset");
+    QTest::addColumn<int>("button");
+    QTest::addColumn<bool>("drags");
+    QTest::newRow("corner") << QPoint(0, 0) << int(Qt::LeftButton) << true;
+    QTest::newRow("last") << QPoint(299, 31) << int(Qt::LeftButton) << true;
+    QTest::newRow("below") << QPoint(10, 32) << int(Qt::LeftButton) << false;
+    QTest::newRow("beside") << QPoint(300, 10) << int(Qt::LeftButton) << false;
+    QTest::newRow("no lower limit") << QPoint(-15, -15) << int(Qt::LeftButton) << true;
+    QTest::newRow("right button") << QPoint(10, 10) << int(Qt::RightButton) << false;
+}
+
+void TestShadow::pressInTheBandDrags()
+{
+    QFETCH(QPoint, offset);
+    QFETCH(int, button);
+    QFETCH(bool, drags);
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.Place(QRect(QPoint(100, 100), CARD));
+    SendMouse(probe, QEvent::MouseButtonPress, probe.cardWidget->pos() + offset, Qt::MouseButton(button));
+    QCOMPARE(probe.IsDragging(), drags);
+}
+
+void TestShadow::anyReleaseEndsTheDrag()
+{
+    Probe probe;
+    SendMouse(probe, QEvent::MouseButtonPress, QPoint(5, 5));
+    QVERIFY(probe.IsDragging());
+    SendMouse(probe, QEvent::MouseButtonRelease, QPoint(5, 5), Qt::RightButton);
+    QVERIFY(!probe.IsDragging());
+}
+
+void TestShadow::dragIsClampedWithShadowOnly_data()
+{
+    AddBothLooks();
+}
+
+void TestShadow::dragIsClampedWithShadowOnly()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    Probe probe;
+    probe.move(200, 200);
+    if (shadow) {
+        Shadow::AddShadowEffect(&probe, probe.cardWidget);
+        probe.Place(QRect(QPoint(200, 200), CARD));
+    }
+    probe.shadowLayout->activate();
+    const QPoint press = probe.cardWidget->pos() + QPoint(10, 10);
+    SendMouse(probe, QEvent::MouseButtonPress, press);
+    SendMouse(probe, QEvent::MouseMove, press - QPoint(500, 500));
+    probe.shadowLayout->activate();
+    if (shadow) {
+        QCOMPARE(probe.CardOnScreen(), QRect(QPoint(0, 0), CARD));
+    } else {
+        QCOMPARE(probe.pos(), probe.mapToGlobal(QPoint(0, 0)));
+        QVERIFY2(probe.x() < -200 && probe.y() < -200, "the window stays on the desktop");
+    }
+    SendMouse(probe, QEvent::MouseButtonRelease, QPoint(1, 1));
+    const QRect ended = probe.geometry();
+    SendMouse(probe, QEvent::MouseMove, QPoint(150, 90));
+    QCOMPARE(probe.geometry(), ended);
+}
+
+void TestShadow::centringTruncatesTowardZero()
+{
+    QCOMPARE(CentredCorner(QRect(0, 0, 800, 600), QPoint(301, 169)), QPoint(399 - 150, 299 - 84));
+    QCOMPARE(CentredCorner(QRect(-801, 0, 801, 600), QPoint(0, 0)), QPoint(-401, 299));
+    QCOMPARE(CentredCorner(QRect(-800, 0, 800, 600), QPoint(0, 0)), QPoint(-400, 299));
+}
+
+QTEST_MAIN(TestShadow)
+#include "TestShadow.moc"

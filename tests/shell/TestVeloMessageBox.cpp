@@ -1,0 +1,258 @@
+#include <QLabel>
+#include <QLayout>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include "shell/VeloMessageBox.h"
+#include "support/Looks.h"
+#include "support/ModalActor.h"
+
+class TestVeloMessageBox : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isBuiltAsTold_data();
+    void isBuiltAsTold();
+    void looksDiffer_data();
+    void looksDiffer();
+    void buttonTextsAreSet_data();
+    void buttonTextsAreSet();
+    void rightButtonTextsAreSet();
+    void messageIsSplitAtItsFirstLineFeed_data();
+    void messageIsSplitAtItsFirstLineFeed();
+    void warningIsShownOnce();
+    void livingBoxesAreCounted();
+    void buttonSignalsWhileStillOpenAndCloses_data();
+    void buttonSignalsWhileStillOpenAndCloses();
+    void closeButtonSignalsNothing();
+    void fontOfNothingIsHarmless();
+    void centresOverTheMainWindowsCard();
+};
+
+void TestVeloMessageBox::isBuiltAsTold_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloMessageBox::isBuiltAsTold()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    VeloMessageBox box(nullptr);
+    box.show();
+    QCOMPARE(static_cast<int>(box.windowFlags()), 10251);
+    QCOMPARE(box.windowModality(), Qt::WindowModal);
+    QCOMPARE(box.windowTitle(), QStringLiteral("维乐助手"));
+    QVERIFY(box.hasMouseTracking());
+    QCOMPARE(box.property("useStyleWindowManager"), QVariant(false));
+    QCOMPARE(Find(box, "widget_bg")->size(), QSize(300, 168));
+    QCOMPARE(Find(box, "btnClose")->size(), QSize(46, 32));
+    QCOMPARE(Find(box, "btnClose")->mapTo(Find(box, "widget_bg"), QPoint()), QPoint(253, 0));
+    QCOMPARE(Find(box, "widgetTitlebar")->height(), 32);
+    for (const char* name : {"btnLeft", "btnRight"}) {
+        QCOMPARE(Find(box, name)->minimumSize(), QSize(82, 24));
+        QCOMPARE(Find(box, name)->maximumSize(), QSize(80, 24));
+        QCOMPARE(Find(box, name)->size(), QSize(82, 24));
+        QCOMPARE(Find(box, name)->focusPolicy(), Qt::NoFocus);
+    }
+    QCOMPARE(Find(box, "btnClose")->focusPolicy(), Qt::NoFocus);
+    for (const char* name : {"textMsgWarn", "textMsg", "btnLeft"}) {
+        QCOMPARE(Find(box, name)->font().family(), QStringLiteral("Noto Sans CJK SC"));
+        QCOMPARE(Find(box, name)->font().letterSpacing(), 1.0);
+    }
+    QCOMPARE(Find(box, "btnRight")->font().letterSpacing(), 1.0);
+    QVERIFY(!Find(box, "warnIcon")->isVisible());
+    QCOMPARE(Find<QLabel>(box, "textMsg")->alignment(), Qt::AlignHCenter | Qt::AlignTop);
+    QCOMPARE(Find<QLabel>(box, "textMsg")->text(), QStringLiteral("提示信息"));
+    QCOMPARE(Find<QPushButton>(box, "btnLeft")->text(), QStringLiteral("取消"));
+    QCOMPARE(Find<QPushButton>(box, "btnRight")->text(), QStringLiteral("确定"));
+    QCOMPARE(Find<QPushButton>(box, "btnClose")->accessibleName(), QStringLiteral("关闭"));
+}
+
+void TestVeloMessageBox::looksDiffer_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloMessageBox::looksDiffer()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    VeloMessageBox box(nullptr);
+    QCOMPARE(box.testAttribute(Qt::WA_TranslucentBackground), shadow);
+    QCOMPARE(Find(box, "widget_bg")->graphicsEffect() != nullptr, shadow);
+    QCOMPARE(box.size(), shadow ? QSize(340, 208) : QSize(302, 170));
+    QCOMPARE(Find(box, "btnClose")->styleSheet().contains(QStringLiteral("close_normal_shadow")), shadow);
+    QCOMPARE(Find(box, "widgetTitlebar")->styleSheet(),
+             shadow ? QStringLiteral("border-radius:0px;border-top-left-radius:20px;") : QString());
+    QCOMPARE(Find(box, "widget_bg")->styleSheet(),
+             shadow ? QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);")
+                    : QStringLiteral("#widget_bg{\nbackground-color:#F7F7F7;\n}"));
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        QCOMPARE(box.palette().color(group, QPalette::Window) == QColor(0xE2, 0xE2, 0xE2), !shadow);
+    }
+}
+
+void TestVeloMessageBox::buttonTextsAreSet_data()
+{
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+    QTest::addColumn<bool>("leftShown");
+    QTest::addColumn<QString>("right");
+    QTest::newRow("one") << QStringLiteral("确定") << QString() << false << QStringLiteral("确定");
+    QTest::newRow("one, empty text") << QStringLiteral("确定") << QStringLiteral("") << false
+                                     << QStringLiteral("确定");
+    QTest::newRow("two") << QStringLiteral("取消") << QStringLiteral("好") << true << QStringLiteral("好");
+}
+
+void TestVeloMessageBox::buttonTextsAreSet()
+{
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    QFETCH(bool, leftShown);
+    QFETCH(QString, right);
+    VeloMessageBox box(nullptr);
+    box.SetBtnText(first, second);
+    QCOMPARE(Find(box, "btnLeft")->isVisibleTo(&box), leftShown);
+    QCOMPARE(Find<QPushButton>(box, "btnRight")->text(), right);
+    if (leftShown) {
+        QCOMPARE(Find<QPushButton>(box, "btnLeft")->text(), first);
+    }
+}
+
+void TestVeloMessageBox::rightButtonTextsAreSet()
+{
+    VeloMessageBox box(nullptr);
+    box.SetRightBtnText(QStringLiteral("R"), QStringLiteral("L"));
+    QCOMPARE(Find<QPushButton>(box, "btnRight")->text(), QStringLiteral("R"));
+    QCOMPARE(Find<QPushButton>(box, "btnLeft")->text(), QStringLiteral("L"));
+    QVERIFY(Find(box, "btnLeft")->isVisibleTo(&box));
+    box.SetRightBtnText(QStringLiteral("R2"), QString());
+    QCOMPARE(Find<QPushButton>(box, "btnRight")->text(), QStringLiteral("R2"));
+    QVERIFY(!Find(box, "btnLeft")->isVisibleTo(&box));
+}
+
+void TestVeloMessageBox::messageIsSplitAtItsFirstLineFeed_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("head");
+    QTest::addColumn<QString>("rest");
+    QTest::newRow("none") << QStringLiteral("a") << QStringLiteral("a") << QString();
+    QTest::newRow("one") << QStringLiteral("a\nb") << QStringLiteral("a") << QStringLiteral("b");
+    QTest::newRow("two") << QStringLiteral("a\nb\nc") << QStringLiteral("a") << QStringLiteral("b\nc");
+    QTest::newRow("at the end") << QStringLiteral("a\n") << QStringLiteral("a") << QString();
+    QTest::newRow("at the start") << QStringLiteral("\nb") << QString() << QStringLiteral("b");
+}
+
+void TestVeloMessageBox::messageIsSplitAtItsFirstLineFeed()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, head);
+    QFETCH(QString, rest);
+    VeloMessageBox box(nullptr);
+    box.SetMessageText(text);
+    QCOMPARE(Find<QLabel>(box, "textMsgWarn")->text(), head);
+    QCOMPARE(Find<QLabel>(box, "textMsg")->text(), rest);
+    QVERIFY(!Find<QLabel>(box, "textMsg")->wordWrap());
+}
+
+void TestVeloMessageBox::warningIsShownOnce()
+{
+    VeloMessageBox box(nullptr);
+    box.SetWarning();
+    QVERIFY(Find(box, "warnIcon")->isVisibleTo(&box));
+    Find(box, "warnIcon")->hide();
+    box.SetWarning();
+    QVERIFY(!Find(box, "warnIcon")->isVisibleTo(&box));
+}
+
+void TestVeloMessageBox::livingBoxesAreCounted()
+{
+    QCOMPARE(VeloMessageBox::GetWindCount(), 0);
+    {
+        VeloMessageBox first(nullptr);
+        VeloMessageBox second(nullptr);
+        QCOMPARE(VeloMessageBox::GetWindCount(), 2);
+        first.close();
+        QCOMPARE(VeloMessageBox::GetWindCount(), 2);
+    }
+    QCOMPARE(VeloMessageBox::GetWindCount(), 0);
+}
+
+void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses_data()
+{
+    QTest::addColumn<QByteArray>("button");
+    QTest::addColumn<int>("left");
+    QTest::addColumn<int>("right");
+    QTest::newRow("left") << QByteArray("btnLeft") << 1 << 0;
+    QTest::newRow("right") << QByteArray("btnRight") << 0 << 1;
+}
+
+void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses()
+{
+    QFETCH(QByteArray, button);
+    QFETCH(int, left);
+    QFETCH(int, right);
+    VeloMessageBox box(nullptr);
+    QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
+    QSignalSpy rightSpy(&box, &VeloMessageBox::SignalRightBtnClick);
+    bool openAtSignal = false;
+    const auto look = [&box, &openAtSignal] {
+        openAtSignal = box.isVisible();
+    };
+    connect(&box, &VeloMessageBox::SignalLeftBtnClick, this, look);
+    connect(&box, &VeloMessageBox::SignalRightBtnClick, this, look);
+    const ModalActor actor(
+        [button](QWidget* dialog) { QTest::mouseClick(Find(*dialog, button.constData()), Qt::LeftButton); });
+    box.exec();
+    QVERIFY(actor.HasActed());
+    QCOMPARE(leftSpy.count(), left);
+    QCOMPARE(rightSpy.count(), right);
+    QVERIFY(openAtSignal);
+    QVERIFY(!box.isVisible());
+}
+
+void TestVeloMessageBox::closeButtonSignalsNothing()
+{
+    VeloMessageBox box(nullptr);
+    QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
+    QSignalSpy rightSpy(&box, &VeloMessageBox::SignalRightBtnClick);
+    const ModalActor actor(
+        [](QWidget* dialog) { QTest::mouseClick(Find(*dialog, "btnClose"), Qt::LeftButton); });
+    box.exec();
+    QCOMPARE(leftSpy.count() + rightSpy.count(), 0);
+    QVERIFY(!box.isVisible());
+}
+
+void TestVeloMessageBox::fontOfNothingIsHarmless()
+{
+    VeloMessageBox box(nullptr);
+    box.SetDefaultTextFont(nullptr, 3);
+    QLabel label;
+    box.SetDefaultTextFont(&label, 3);
+    QCOMPARE(label.font().letterSpacing(), 3.0);
+    QCOMPARE(label.font().letterSpacingType(), QFont::AbsoluteSpacing);
+}
+
+void TestVeloMessageBox::centresOverTheMainWindowsCard()
+{
+    const Look look(true);
+    // The page stands at 168, 44 in a card of 896 by 504.
+    QWidget page;
+    page.setGeometry(0, 0, 468, 302);
+    page.setGeometry(250, 150, 468, 302);
+    VeloMessageBox box(&page);
+    box.show();
+    const QPoint corner = page.mapToGlobal(QPoint(-168, -44));
+    const QRect area(corner, corner + QPoint(168 + 467, 44 + 301));
+    const QRect card(box.mapToGlobal(Find(box, "widget_bg")->pos()), Find(box, "widget_bg")->size());
+    QVERIFY2((card.center() - area.center()).manhattanLength() <= 2,
+             qPrintable(QStringLiteral("%1,%2").arg(card.center().x()).arg(card.center().y())));
+}
+
+QTEST_MAIN(TestVeloMessageBox)
+#include "TestVeloMessageBox.moc"
