@@ -1,0 +1,133 @@
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QTest>
+#include <memory>
+
+#include "shell/AboutWin.h"
+#include "shell/VeloWin.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+
+class TestAboutWin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { window = std::make_unique<VeloWin>(nullptr); }
+    void cleanup() { window.reset(); }
+
+    void isBuiltAsTold();
+    void linkStandsInTheMiddle();
+    void startsWithTheAboutView();
+    void navigates();
+    void agreementOpensAtItsTop();
+    void headingAndDividerStandBeforeTheAgreement();
+    void missingParentIsHarmless();
+
+private:
+    AboutWin& Page() { return *window->findChild<AboutWin*>(); }
+    int View() { return Find<QStackedWidget>(Page(), "aboutStack")->currentIndex(); }
+    void Click(const char* name) { QTest::mouseClick(Find(Page(), name), Qt::LeftButton); }
+
+    std::unique_ptr<VeloWin> window;
+};
+
+void TestAboutWin::isBuiltAsTold()
+{
+    const QMap<QByteArray, QRect> geometry{
+        {"aboutStack", QRect(0, 0, 728, 460)}, {"abtBackBtn", QRect(56, 16, 40, 40)},
+        {"abtTitle", QRect(104, 16, 66, 40)},  {"abtLogo", QRect(326, 152, 64, 64)},
+        {"abtName", QRect(316, 236, 100, 30)}, {"abtVersion", QRect(336, 270, 57, 20)},
+        {"proBackBtn", QRect(56, 16, 40, 40)}, {"proTiltle", QRect(104, 16, 132, 40)},
+        {"protocal", QRect(56, 72, 616, 368)}};
+    for (auto at = geometry.cbegin(); at != geometry.cend(); ++at) {
+        QCOMPARE(Find(Page(), at.key().constData())->geometry(), at.value());
+    }
+    QCOMPARE(Page().windowTitle(), QStringLiteral("Form"));
+    QCOMPARE(Find<QLabel>(Page(), "abtVersion")->text(), QStringLiteral("版本1.0"));
+    QCOMPARE(Find<QLabel>(Page(), "abtName")->text(), QStringLiteral("维乐助手"));
+    QCOMPARE(Find<QLabel>(Page(), "abtTitle")->text(), QStringLiteral("关于"));
+    QCOMPARE(Find<QPushButton>(Page(), "proBtn")->text(), QStringLiteral("服务协议"));
+    QCOMPARE(Find(Page(), "proBtn")->font().pixelSize(), 14);
+    const struct
+    {
+        const char* name;
+        int pixelSize;
+        int weight;
+    } fonts[] = {{"abtTitle", 32, 75}, {"proTiltle", 32, 75}, {"abtName", 24, 75}, {"abtVersion", 14, 50}};
+    for (const auto& font : fonts) {
+        const QFont used = Find(Page(), font.name)->font();
+        QCOMPARE(used.family(), QStringLiteral("Noto Sans CJK SC"));
+        QCOMPARE(used.pixelSize(), font.pixelSize);
+        QCOMPARE(used.weight(), font.weight);
+        // A font keeps its spacing in 64ths of a pixel.
+        QVERIFY(qAbs(used.letterSpacing() - 0.7) < 1.0 / 64);
+    }
+    for (const char* name : {"abtBackBtn", "proBackBtn", "proBtn"}) {
+        QCOMPARE(Find(Page(), name)->focusPolicy(), Qt::NoFocus);
+    }
+    QCOMPARE(Find(Page(), "abtBackBtn")->accessibleName(), QStringLiteral("返回"));
+    const auto* view = Page().findChild<SerProEdit*>();
+    QCOMPARE(view->geometry(), QRect(20, 17, 588, 351));
+}
+
+void TestAboutWin::linkStandsInTheMiddle()
+{
+    QCOMPARE(Find(Page(), "proBtn")->geometry(), QRect((727 - 59) / 2, 294, 60, 20));
+}
+
+void TestAboutWin::startsWithTheAboutView()
+{
+    QCOMPARE(View(), 0);
+    // As built, before the main window has reset it, the agreement is in front.
+    const AboutWin alone(nullptr);
+    QCOMPARE(Find<QStackedWidget>(alone, "aboutStack")->currentIndex(), 1);
+}
+
+void TestAboutWin::navigates()
+{
+    window->show();
+    window->ShowAboutWin();
+    QCOMPARE(Find<QStackedWidget>(*window, "appStack")->currentIndex(), 1);
+    Click("proBtn");
+    QCOMPARE(View(), 1);
+    Click("proBackBtn");
+    QCOMPARE(View(), 0);
+    Click("abtBackBtn");
+    QCOMPARE(Find<QStackedWidget>(*window, "appStack")->currentIndex(), 0);
+}
+
+void TestAboutWin::agreementOpensAtItsTop()
+{
+    window->show();
+    window->ShowAboutWin();
+    Click("proBtn");
+    auto* bar = Page().findChild<SerProEdit*>()->verticalScrollBar();
+    bar->setValue(bar->maximum());
+    QVERIFY(bar->value() > 0);
+    Click("proBackBtn");
+    Click("proBtn");
+    QCOMPARE(bar->value(), 0);
+}
+
+void TestAboutWin::headingAndDividerStandBeforeTheAgreement()
+{
+    const auto* view = Page().findChild<SerProEdit*>();
+    const QString text = view->toPlainText();
+    QVERIFY2(text.startsWith(QStringLiteral("维乐助手\n版本1.0\n")), qPrintable(text.left(40)));
+    QVERIFY(view->toHtml().contains(QStringLiteral(":/velo/splitter")));
+}
+
+void TestAboutWin::missingParentIsHarmless()
+{
+    AboutWin alone(nullptr);
+    QTest::mouseClick(Find(alone, "abtBackBtn"), Qt::LeftButton);
+    alone.BackToAboutWin();
+    QCOMPARE(Find<QStackedWidget>(alone, "aboutStack")->currentIndex(), 0);
+}
+
+QTEST_MAIN(TestAboutWin)
+#include "TestAboutWin.moc"

@@ -1,0 +1,210 @@
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTest>
+#include <memory>
+
+#include "config/Configure.h"
+#include "shell/ProtocolWin.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+
+namespace {
+const QString GREY_BEGIN = QStringLiteral(
+    " QPushButton {\ncolor: #DFDFDF;\nborder: 0px solid  #DFDFDF;\nfont: 14px Noto Sans CJK SC;\n"
+    "border-radius: 16px;background-color: #C5C5C5;\n}\n\nQPushButton:hover {background-color: #C5C5C5;}"
+    "QPushButton:pressed {background-color: #C5C5C5;}");
+const QString BLUE_BEGIN = QStringLiteral(
+    " QPushButton {\ncolor: #FFFFFF;\nborder: 0px solid  #2B6FF2;\nfont: 14px Noto Sans CJK SC;\n"
+    "border-radius: 16px;background-color: #2B6FF2;\n}\n\nQPushButton:hover {background-color: #3E80FF;}"
+    "QPushButton:pressed {background-color: #1953C4;}");
+} // namespace
+
+class TestProtocolWin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { window = std::make_unique<ProtocolWin>(nullptr); }
+    void cleanup() { window.reset(); }
+
+    void isBuiltAsTold();
+    void looksDiffer_data();
+    void looksDiffer();
+    void startsUnticked();
+    void tickWorksFromTheBoxAndFromTheWords_data();
+    void tickWorksFromTheBoxAndFromTheWords();
+    void minimisingKeepsTheTick();
+    void beginStoresAndCloses();
+    void beginGoesOnWhereNothingCanBeStored();
+    void exitTellsFirstThenCloses();
+    void exitWithoutAHookJustCloses();
+    void closeByTheWindowManagerTellsNobody();
+
+private:
+    void VerifyTicked(bool ticked);
+    QPushButton* Button(const char* name) { return Find<QPushButton>(*window, name); }
+
+    std::unique_ptr<ProtocolWin> window;
+};
+
+void TestProtocolWin::VerifyTicked(bool ticked)
+{
+    QCOMPARE(Button("BeginBtn")->isEnabled(), ticked);
+    QCOMPARE(Button("BeginBtn")->styleSheet(), ticked ? BLUE_BEGIN : GREY_BEGIN);
+    QCOMPARE(
+        Button("AgreeBtn")->styleSheet(),
+        ticked ? QStringLiteral("border-image: url(:/velo/agreeicon);")
+               : QStringLiteral(
+                     "border: 1px solid rgba(0, 0, 0, 0.38);border-radius: 3px; color:rgba(0, 0, 0, 0.38)"));
+    QCOMPARE(Button("AgreeLabel")->styleSheet(),
+             ticked ? QStringLiteral("color: #2B6FF2;") : QStringLiteral("color: rgba(0, 0, 0, 0.38);"));
+}
+
+void TestProtocolWin::isBuiltAsTold()
+{
+    QCOMPARE(static_cast<int>(window->windowFlags()) & 0xFFFF, 10241);
+    QCOMPARE(window->windowModality(), Qt::WindowModal);
+    QCOMPARE(window->windowTitle(), QStringLiteral("维乐助手"));
+    QVERIFY(window->hasMouseTracking());
+    QCOMPARE(window->property("useStyleWindowManager"), QVariant(false));
+    const QMap<QByteArray, QRect> geometry{
+        {"TopFrame", QRect(168, 0, 728, 44)},    {"MinBtn", QRect(616, 0, 56, 44)},
+        {"CloseBtn", QRect(672, 0, 56, 44)},     {"ICon", QRect(16, 16, 32, 32)},
+        {"TitleLabel", QRect(348, 44, 200, 32)}, {"ContentFrame", QRect(92, 92, 712, 280)},
+        {"AgreeBtn", QRect(92, 393, 12, 12)},    {"AgreeLabel", QRect(112, 390, 91, 18)},
+        {"HorLine", QRect(92, 416, 712, 3)},     {"BeginBtn", QRect(392, 440, 112, 32)}};
+    for (auto at = geometry.cbegin(); at != geometry.cend(); ++at) {
+        QCOMPARE(Find(*window, at.key().constData())->geometry(), at.value());
+    }
+    QCOMPARE(Button("BeginBtn")->text(), QStringLiteral("开始"));
+    QCOMPARE(Button("AgreeLabel")->text(), QStringLiteral("我同意以上条款"));
+    QCOMPARE(Find<QLabel>(*window, "TitleLabel")->text(), QStringLiteral("欢迎使用维乐助手"));
+    QCOMPARE(Find(*window, "TitleLabel")->font().pixelSize(), 24);
+    QCOMPARE(Find(*window, "TitleLabel")->font().weight(), 63);
+    QCOMPARE(Button("AgreeLabel")->font().pixelSize(), 12);
+    for (const char* name : {"AgreeBtn", "BeginBtn", "MinBtn", "CloseBtn", "AgreeLabel"}) {
+        QCOMPARE(Find(*window, name)->focusPolicy(), Qt::NoFocus);
+    }
+    const auto* view = window->findChild<SerProEdit*>();
+    QCOMPARE(view->geometry(), QRect(12, 10, 694, 269));
+    QCOMPARE(view->parentWidget(), Find(*window, "ContentFrame"));
+    // The words of the tick lie over everything else.
+    window->show();
+    QCOMPARE(Find(*window, "widget_bg")->childAt(150, 399), static_cast<QWidget*>(Button("AgreeLabel")));
+}
+
+void TestProtocolWin::looksDiffer_data()
+{
+    AddBothLooks();
+}
+
+void TestProtocolWin::looksDiffer()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    const ProtocolWin other(nullptr);
+    QCOMPARE(other.testAttribute(Qt::WA_TranslucentBackground), shadow);
+    QCOMPARE(other.size().width() == 898, !shadow);
+    QCOMPARE(Find(other, "widget_bg")->styleSheet(),
+             shadow ? QStringLiteral("border-radius:20px;background-color:#F9F9F9;")
+                    : QStringLiteral("border-radius:0px;background-color:#F9F9F9;"));
+    QCOMPARE(Find(other, "CloseBtn")->styleSheet().contains(QStringLiteral("exitHoverShadow")), shadow);
+    QCOMPARE(other.palette().color(QPalette::Disabled, QPalette::Window) == QColor(0xE2, 0xE2, 0xE2),
+             !shadow);
+}
+
+void TestProtocolWin::startsUnticked()
+{
+    VerifyTicked(false);
+    QVERIFY(!window->IsReadStatement());
+}
+
+void TestProtocolWin::tickWorksFromTheBoxAndFromTheWords_data()
+{
+    QTest::addColumn<QByteArray>("button");
+    QTest::newRow("box") << QByteArray("AgreeBtn");
+    QTest::newRow("words") << QByteArray("AgreeLabel");
+}
+
+void TestProtocolWin::tickWorksFromTheBoxAndFromTheWords()
+{
+    QFETCH(QByteArray, button);
+    QTest::mouseClick(Button(button.constData()), Qt::LeftButton);
+    VerifyTicked(true);
+    QTest::mouseClick(Button(button.constData()), Qt::LeftButton);
+    VerifyTicked(false);
+}
+
+void TestProtocolWin::minimisingKeepsTheTick()
+{
+    window->show();
+    QTest::mouseClick(Button("AgreeBtn"), Qt::LeftButton);
+    QTest::mouseClick(Button("MinBtn"), Qt::LeftButton);
+    QVERIFY(window->isMinimized());
+    window->showNormal();
+    VerifyTicked(true);
+}
+
+void TestProtocolWin::beginStoresAndCloses()
+{
+    window->show();
+    QTest::mouseClick(Button("BeginBtn"), Qt::LeftButton);
+    QVERIFY2(window->isVisible(), "a grey button begins nothing");
+    QTest::mouseClick(Button("AgreeBtn"), Qt::LeftButton);
+    QTest::mouseClick(Button("BeginBtn"), Qt::LeftButton);
+    QVERIFY(!window->isVisible());
+    QVERIFY(window->IsReadStatement());
+    QVERIFY(Singleton<Configure>::GetInstance()->IsStatementRead());
+}
+
+void TestProtocolWin::beginGoesOnWhereNothingCanBeStored()
+{
+    QFile settings(qEnvironmentVariable("HOME") + QStringLiteral("/Velodesk/velodesk.conf"));
+    QVERIFY(settings.open(QIODevice::WriteOnly));
+    settings.write("\n");
+    settings.close();
+    window->show();
+    window->ClickBeginBtn();
+    QVERIFY(window->IsReadStatement());
+    QVERIFY(!window->isVisible());
+    QVERIFY(!Singleton<Configure>::GetInstance()->IsStatementRead());
+}
+
+void TestProtocolWin::exitTellsFirstThenCloses()
+{
+    bool visibleAtHook = false;
+    int told = 0;
+    window->exitHook = [this, &visibleAtHook, &told] {
+        visibleAtHook = window->isVisible();
+        ++told;
+    };
+    window->show();
+    QTest::mouseClick(Button("CloseBtn"), Qt::LeftButton);
+    QCOMPARE(told, 1);
+    QVERIFY(visibleAtHook);
+    QVERIFY(!window->isVisible());
+    QVERIFY(!window->IsReadStatement());
+}
+
+void TestProtocolWin::exitWithoutAHookJustCloses()
+{
+    window->show();
+    window->Exit();
+    QVERIFY(!window->isVisible());
+}
+
+void TestProtocolWin::closeByTheWindowManagerTellsNobody()
+{
+    int told = 0;
+    window->exitHook = [&told] {
+        ++told;
+    };
+    window->show();
+    window->close();
+    QCOMPARE(told, 0);
+    QVERIFY(!window->isVisible());
+}
+
+QTEST_MAIN(TestProtocolWin)
+#include "TestProtocolWin.moc"

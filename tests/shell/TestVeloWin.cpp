@@ -1,0 +1,452 @@
+#include <QAccessible>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QGraphicsEffect>
+#include <QLabel>
+#include <QListWidget>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+#include "shell/ExitWin.h"
+#include "shell/VeloWin.h"
+#include "supervision/AppManager.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+
+class TestVeloWin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void isBuiltAsTold();
+    void stackingPutsTheCloseButtonOverItsCover();
+    void looksDiffer_data();
+    void looksDiffer();
+    void coversStayOnAllPagesWithoutShadow();
+    void listHasOneRow();
+    void noRowChangesNothing();
+    void rowResetsBothPages();
+    void minimiseButtonMinimises();
+    void menuIsBuiltAsTold_data();
+    void menuIsBuiltAsTold();
+    void menuStandsUnderItsButton_data();
+    void menuStandsUnderItsButton();
+    void menuFollowsTheWindow();
+    void menuHidesAtFocusOut();
+    void menuEntriesLeadToTheirPages_data();
+    void menuEntriesLeadToTheirPages();
+    void aboutPageRestoresTheRow();
+    void clickOnTheRowLeavesTheSettings();
+    void exitButtonShowsOneQuestion();
+    void closeShowsTheQuestionAndStays();
+    void questionStandsInTheMiddle();
+    void confirmStopsThenQuitsThenTells();
+    void dragKeepsTheCardOnTheScreen();
+    void bandEndsAt895And43_data();
+    void bandEndsAt895And43();
+    void iconButtonsHaveNames();
+
+private:
+    QStackedWidget& Stack() { return *Find<QStackedWidget>(*window, "appStack"); }
+    QStackedWidget& Views() { return *Find<QStackedWidget>(*window, "ScreenWidget"); }
+    QListWidget& List() { return *Find<QListWidget>(*window, "appList"); }
+    void Click(const char* name) { QTest::mouseClick(Find(*window, name), Qt::LeftButton); }
+    static QDialog& Menu();
+
+    std::unique_ptr<CapturedLog> log;
+    std::unique_ptr<VeloWin> window;
+};
+
+void TestVeloWin::init()
+{
+    log = std::make_unique<CapturedLog>();
+    window = std::make_unique<VeloWin>(nullptr);
+    window->show();
+    log->Clear();
+}
+
+void TestVeloWin::cleanup()
+{
+    window.reset();
+    log.reset();
+}
+
+QDialog& TestVeloWin::Menu()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* widget : windows) {
+        if (widget->objectName() == QLatin1String("PopUpMenu")) {
+            return *qobject_cast<QDialog*>(widget);
+        }
+    }
+    qFatal("there is no menu");
+}
+
+void TestVeloWin::isBuiltAsTold()
+{
+    QCOMPARE(static_cast<int>(window->windowFlags()) & 0xFFFF, 10241);
+    QCOMPARE(window->windowModality(), Qt::WindowModal);
+    QCOMPARE(window->windowTitle(), QStringLiteral("维乐助手"));
+    QVERIFY(window->hasMouseTracking());
+    QCOMPARE(window->property("useStyleWindowManager"), QVariant(false));
+    const QMap<QByteArray, QRect> geometry{
+        {"menuFrame", QRect(0, 0, 168, 504)},   {"appList", QRect(0, 112, 168, 216)},
+        {"logo", QRect(16, 16, 32, 32)},        {"appFrame", QRect(168, 44, 728, 460)},
+        {"appStack", QRect(0, 0, 728, 460)},    {"topFrame", QRect(168, 0, 728, 44)},
+        {"menu", QRect(560, 0, 56, 44)},        {"minBtn", QRect(616, 0, 56, 44)},
+        {"exitBtn", QRect(672, 0, 56, 44)},     {"justCover", QRect(698, 0, 30, 30)},
+        {"justCover2", QRect(856, 464, 40, 40)}};
+    for (auto at = geometry.cbegin(); at != geometry.cend(); ++at) {
+        const QWidget* widget = Find(*window, at.key().constData());
+        QCOMPARE(widget->geometry(), at.value());
+        QCOMPARE(widget->minimumSize(), at.value().size());
+        QCOMPARE(widget->maximumSize(), at.value().size());
+    }
+    QCOMPARE(Find(*window, "widget_bg")->size(), QSize(896, 504));
+    QCOMPARE(window->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+    for (const char* name : {"menu", "minBtn", "exitBtn", "justCover", "justCover2", "appList"}) {
+        QCOMPARE(Find(*window, name)->focusPolicy(), Qt::NoFocus);
+    }
+    for (const char* name : {"menu", "minBtn", "exitBtn"}) {
+        QVERIFY(Find<QPushButton>(*window, name)->isFlat());
+        QCOMPARE(Find<QPushButton>(*window, name)->iconSize(), QSize(46, 32));
+    }
+    QCOMPARE(Stack().count(), 2);
+    QCOMPARE(Stack().currentIndex(), 0);
+}
+
+void TestVeloWin::stackingPutsTheCloseButtonOverItsCover()
+{
+    QStringList order;
+    for (const QObject* child : Find(*window, "topFrame")->children()) {
+        order.append(child->objectName());
+    }
+    QCOMPARE(order, QStringList({QStringLiteral("minBtn"), QStringLiteral("menu"),
+                                 QStringLiteral("justCover"), QStringLiteral("exitBtn")}));
+}
+
+void TestVeloWin::looksDiffer_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloWin::looksDiffer()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    const VeloWin other(nullptr);
+    QCOMPARE(other.testAttribute(Qt::WA_TranslucentBackground), shadow);
+    QCOMPARE(Find(other, "widget_bg")->graphicsEffect() != nullptr, shadow);
+    QVERIFY(
+        Find(other, "widget_bg")
+            ->styleSheet()
+            .contains(shadow ? QStringLiteral("border-radius:20px") : QStringLiteral("border-radius:0px")));
+    QCOMPARE(Find(other, "menuFrame")->styleSheet().contains(QStringLiteral("border-top-left-radius:20px")),
+             shadow);
+    QVERIFY(Find(other, "menuFrame")->styleSheet().contains(QStringLiteral("rgba(231,239,252,1)")));
+    QCOMPARE(Find(other, "exitBtn")->styleSheet().contains(QStringLiteral("exitNormalShadow")), shadow);
+    QCOMPARE(Find(other, "justCover")->isVisibleTo(&other), !shadow);
+    QCOMPARE(Find(other, "justCover2")->isVisibleTo(&other), !shadow);
+    QCOMPARE(other.palette().color(QPalette::Inactive, QPalette::Window) == QColor(0xE2, 0xE2, 0xE2),
+             !shadow);
+}
+
+void TestVeloWin::coversStayOnAllPagesWithoutShadow()
+{
+    const Look look(false);
+    VeloWin other(nullptr);
+    other.show();
+    other.ShowAboutWin();
+    QVERIFY(Find(other, "justCover")->isVisible() && Find(other, "justCover2")->isVisible());
+    other.ShowSetWin();
+    QVERIFY(Find(other, "justCover")->isVisible() && Find(other, "justCover2")->isVisible());
+}
+
+void TestVeloWin::listHasOneRow()
+{
+    QCOMPARE(List().count(), 1);
+    QCOMPARE(List().currentRow(), 0);
+    QCOMPARE(List().item(0)->sizeHint(), QSize(168, 36));
+    const auto labels = List().itemWidget(List().item(0))->findChildren<QLabel*>();
+    QCOMPARE(labels.size(), 2);
+    QCOMPARE(labels.at(1)->text(), QStringLiteral("多屏协同"));
+    QCOMPARE(labels.at(1)->font().pixelSize(), 14);
+    QCOMPARE(labels.at(1)->font().letterSpacing(), 1.0);
+    QCOMPARE(List().itemWidget(List().item(0))->layout()->contentsMargins(), QMargins(16, 0, 64, 0));
+    window->AddAppListItem(QStringLiteral(":/velo/tandra"), QStringLiteral("二"));
+    QCOMPARE(List().count(), 2);
+}
+
+void TestVeloWin::noRowChangesNothing()
+{
+    Stack().setCurrentIndex(1);
+    List().setCurrentRow(-1);
+    QCOMPARE(Stack().currentIndex(), 1);
+    window->CloseAboutWin();
+    QCOMPARE(Stack().currentIndex(), 0);
+    QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"),
+                          QStringLiteral("Velodesk back to app index: 0.")));
+}
+
+void TestVeloWin::rowResetsBothPages()
+{
+    window->ShowAboutWin();
+    QTest::mouseClick(Find(*window, "proBtn"), Qt::LeftButton);
+    Views().setCurrentIndex(3);
+    List().setCurrentRow(0);
+    QCOMPARE(Find<QStackedWidget>(*window, "aboutStack")->currentIndex(), 0);
+    QCOMPARE(Views().currentIndex(), 0);
+}
+
+void TestVeloWin::minimiseButtonMinimises()
+{
+    Click("minBtn");
+    QVERIFY(window->isMinimized());
+}
+
+void TestVeloWin::menuIsBuiltAsTold_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloWin::menuIsBuiltAsTold()
+{
+    QFETCH(bool, shadow);
+    window.reset();
+    const Look look(shadow);
+    window = std::make_unique<VeloWin>(nullptr);
+    const QDialog& menu = Menu();
+    QCOMPARE(static_cast<int>(menu.windowFlags()), 264201);
+    QCOMPARE(menu.windowTitle(), QStringLiteral("Dialog"));
+    QCOMPARE(menu.size(), shadow ? QSize(136, 148) : QSize(98, 110));
+    QCOMPARE(menu.minimumSize(), menu.maximumSize());
+    QCOMPARE(menu.testAttribute(Qt::WA_TranslucentBackground), shadow);
+    QCOMPARE(Find(menu, "widget_bg")->size(), QSize(96, 108));
+    QCOMPARE(Find(menu, "widget_bg")->graphicsEffect() != nullptr, shadow);
+    const struct
+    {
+        const char* name;
+        const char* text;
+    } entries[] = {{"help", "   使用帮助"}, {"set", "   设置"}, {"about", "   关于"}};
+    for (const auto& entry : entries) {
+        QCOMPARE(Find<QPushButton>(menu, entry.name)->text(), QString::fromUtf8(entry.text));
+        QCOMPARE(Find(menu, entry.name)->maximumSize(), QSize(96, 36));
+        QCOMPARE(Find(menu, entry.name)->focusPolicy(), Qt::NoFocus);
+    }
+    QCOMPARE(Find(menu, "help")->styleSheet().contains(QStringLiteral("border-top-left-radius:8px")), shadow);
+    QCOMPARE(Find(menu, "about")->styleSheet().contains(QStringLiteral("border-bottom-left-radius:8px")),
+             shadow);
+    QVERIFY(!Find(menu, "set")->styleSheet().contains(QStringLiteral("radius")));
+}
+
+void TestVeloWin::menuStandsUnderItsButton_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloWin::menuStandsUnderItsButton()
+{
+    QFETCH(bool, shadow);
+    window.reset();
+    const Look look(shadow);
+    window = std::make_unique<VeloWin>(nullptr);
+    window->show();
+    Click("menu");
+    const QDialog& menu = Menu();
+    QVERIFY(menu.isVisible());
+    const QPoint button = Find(*window, "menu")->mapToGlobal(QPoint(0, 0));
+    const QWidget* card = Find(menu, "widget_bg");
+    const QPoint corner = menu.pos() + card->pos();
+    // Right edge under right edge, top edge right under the button; the frame of the plain look stands out.
+    QCOMPARE(corner.x() + 96, button.x() + 56 + (shadow ? 0 : -1));
+    QCOMPARE(corner.y(), button.y() + 44 + (shadow ? 0 : 1));
+    Menu().hide();
+}
+
+void TestVeloWin::menuFollowsTheWindow()
+{
+    Click("menu");
+    const QPoint before = Menu().pos();
+    Menu().hide();
+    window->move(window->pos() + QPoint(13, -17));
+    Click("menu");
+    QCOMPARE(Menu().pos(), before + QPoint(13, -17));
+    Menu().hide();
+}
+
+void TestVeloWin::menuHidesAtFocusOut()
+{
+    window->ShowMenu();
+    QVERIFY(Menu().isVisible());
+    QFocusEvent out(QEvent::FocusOut);
+    QCoreApplication::sendEvent(&Menu(), &out);
+    QVERIFY(!Menu().isVisible());
+}
+
+void TestVeloWin::menuEntriesLeadToTheirPages_data()
+{
+    QTest::addColumn<QByteArray>("entry");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<int>("view");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("help") << QByteArray("help") << 0 << 1 << 0 << QString();
+    QTest::newRow("set") << QByteArray("set") << 0 << 4 << -1 << QStringLiteral("Velodesk show set page.");
+    QTest::newRow("about") << QByteArray("about") << 1 << 0 << -1
+                           << QStringLiteral("Velodesk show about page.");
+}
+
+void TestVeloWin::menuEntriesLeadToTheirPages()
+{
+    QFETCH(QByteArray, entry);
+    QFETCH(int, page);
+    QFETCH(int, view);
+    QFETCH(int, row);
+    QFETCH(QString, line);
+    if (entry == "help") {
+        // From the about page the help entry also brings the stack back.
+        Stack().setCurrentIndex(1);
+    }
+    Click("menu");
+    QTest::mouseClick(Find(Menu(), entry.constData()), Qt::LeftButton);
+    QVERIFY(!Menu().isVisible());
+    QCOMPARE(Stack().currentIndex(), page);
+    QCOMPARE(Views().currentIndex(), view);
+    QCOMPARE(List().currentRow(), row);
+    QVERIFY(line.isEmpty() || log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), line));
+}
+
+void TestVeloWin::aboutPageRestoresTheRow()
+{
+    window->ShowAboutWin();
+    QCOMPARE(List().currentRow(), -1);
+    QCOMPARE(Stack().currentIndex(), 1);
+    window->CloseAboutWin();
+    QCOMPARE(List().currentRow(), 0);
+    QCOMPARE(Stack().currentIndex(), 0);
+}
+
+void TestVeloWin::clickOnTheRowLeavesTheSettings()
+{
+    window->ShowSetWin();
+    QCOMPARE(Views().currentIndex(), 4);
+    QTest::mouseClick(List().viewport(), Qt::LeftButton, Qt::NoModifier,
+                      List().visualItemRect(List().item(0)).center());
+    QCOMPARE(Views().currentIndex(), 0);
+    QCOMPARE(List().currentRow(), 0);
+}
+
+void TestVeloWin::exitButtonShowsOneQuestion()
+{
+    Click("exitBtn");
+    QPointer<ExitWin> first = window->findChild<ExitWin*>();
+    QVERIFY(first != nullptr && first->isVisible());
+    window->ShowExitWin();
+    QVERIFY(first == nullptr);
+    QCOMPARE(window->findChildren<ExitWin*>().size(), 1);
+    QCOMPARE(log->Count(QStringLiteral("Velodesk show exit window.")), 2);
+}
+
+void TestVeloWin::closeShowsTheQuestionAndStays()
+{
+    QVERIFY(!window->close());
+    QVERIFY(window->isVisible());
+    QVERIFY(window->findChild<ExitWin*>()->isVisible());
+    QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"),
+                          QStringLiteral("Velodesk closeEvent show exit window.")));
+}
+
+void TestVeloWin::questionStandsInTheMiddle()
+{
+    window->ShowExitWin();
+    const QRect around = window->geometry();
+    const auto* question = window->findChild<ExitWin*>();
+    const QPoint corner((around.left() + around.right()) / 2 - (question->width() - 1) / 2,
+                        (around.top() + around.bottom()) / 2 - (question->height() - 1) / 2);
+    QCOMPARE(question->pos(), corner);
+}
+
+void TestVeloWin::confirmStopsThenQuitsThenTells()
+{
+    QStringList order;
+    window->exitHook = [this, &order] {
+        order.append(log->Messages().filter(QStringLiteral("stop app[0]")));
+        order.append(QStringLiteral("told"));
+    };
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [&order] { order.append(QStringLiteral("quit")); });
+    QTimer::singleShot(0, this, [this] {
+        Click("exitBtn");
+        QTest::mouseClick(Find(*window->findChild<ExitWin*>(), "exitBtn"), Qt::LeftButton);
+    });
+    QApplication::exec();
+    // The hook runs at once, before the event loop has ended.
+    QCOMPARE(order,
+             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("told"), QStringLiteral("quit")}));
+    QCOMPARE(log->Messages().last(), QStringLiteral("Velodesk exit."));
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
+void TestVeloWin::dragKeepsTheCardOnTheScreen()
+{
+    const Look look(true);
+    QWidget* card = Find(*window, "widget_bg");
+    SendMouse(*window, QEvent::MouseButtonPress, card->pos() + QPoint(300, 10));
+    SendMouse(*window, QEvent::MouseMove, card->pos() - QPoint(3000, 3000));
+    QCoreApplication::processEvents();
+    QCOMPARE(card->size(), QSize(896, 504));
+}
+
+void TestVeloWin::bandEndsAt895And43_data()
+{
+    QTest::addColumn<QPoint>("offset");
+    QTest::addColumn<bool>("drags");
+    QTest::newRow("last") << QPoint(895, 43) << true;
+    QTest::newRow("beside") << QPoint(896, 10) << false;
+    QTest::newRow("below") << QPoint(300, 44) << false;
+}
+
+void TestVeloWin::bandEndsAt895And43()
+{
+    QFETCH(QPoint, offset);
+    QFETCH(bool, drags);
+    window.reset();
+    const Look look(false);
+    window = std::make_unique<VeloWin>(nullptr);
+    window->show();
+    const QPoint before = window->pos();
+    const QPoint press = Find(*window, "widget_bg")->pos() + offset;
+    SendMouse(*window, QEvent::MouseButtonPress, press);
+    SendMouse(*window, QEvent::MouseMove, press + QPoint(40, 40));
+    QCOMPARE(window->pos() != before, drags);
+}
+
+void TestVeloWin::iconButtonsHaveNames()
+{
+    const QMap<QByteArray, QString> names{{"exitBtn", QStringLiteral("关闭")},
+                                          {"minBtn", QStringLiteral("最小化")},
+                                          {"menu", QStringLiteral("菜单")},
+                                          {"abtBackBtn", QStringLiteral("返回")},
+                                          {"proBackBtn", QStringLiteral("返回")},
+                                          {"ReturnBtn", QStringLiteral("返回")},
+                                          {"NewHandReturnBtn", QStringLiteral("返回")},
+                                          {"ProblemReturnBtn", QStringLiteral("返回")},
+                                          {"setBack", QStringLiteral("返回")},
+                                          {"NameEditBtn", QStringLiteral("修改设备名称")}};
+    for (auto at = names.cbegin(); at != names.cend(); ++at) {
+        QAccessibleInterface* accessible =
+            QAccessible::queryAccessibleInterface(Find(*window, at.key().constData()));
+        QVERIFY(accessible != nullptr);
+        QCOMPARE(accessible->text(QAccessible::Name), at.value());
+        QCOMPARE(accessible->role(), QAccessible::PushButton);
+    }
+}
+
+QTEST_MAIN(TestVeloWin)
+#include "TestVeloWin.moc"
