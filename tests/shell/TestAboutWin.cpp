@@ -105,12 +105,14 @@ void TestAboutWin::agreementOpensAtItsTop()
     window->show();
     window->ShowAboutWin();
     Click("proBtn");
-    auto* bar = Page().findChild<SerProEdit*>()->verticalScrollBar();
+    auto* view = Page().findChild<SerProEdit*>();
+    auto* bar = view->verticalScrollBar();
     bar->setValue(bar->maximum());
-    QVERIFY(bar->value() > 0);
+    QVERIFY(bar->value() > 100);
     Click("proBackBtn");
     Click("proBtn");
-    QCOMPARE(bar->value(), 0);
+    // The cursor stands at the first letter: the view may leave out the document's margin above it, no more.
+    QVERIFY2(bar->value() <= view->document()->documentMargin(), qPrintable(QString::number(bar->value())));
 }
 
 void TestAboutWin::headingAndDividerStandBeforeTheAgreement()
