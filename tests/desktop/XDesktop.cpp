@@ -224,7 +224,11 @@ void XDesktop::Drag(const QPoint& from, const QPoint& to) const
 
 void XDesktop::Key(const QString& keysym) const
 {
-    const KeySym symbol = XStringToKeysym(keysym.toLatin1().constData());
+    PressKey(XStringToKeysym(keysym.toLatin1().constData()));
+}
+
+void XDesktop::PressKey(unsigned long symbol) const
+{
     const KeyCode code = XKeysymToKeycode(x->display, symbol);
     const bool shifted = XkbKeycodeToKeysym(x->display, code, 0, 0) != symbol;
     const KeyCode shift = XKeysymToKeycode(x->display, XK_Shift_L);
@@ -243,7 +247,8 @@ void XDesktop::Key(const QString& keysym) const
 void XDesktop::Type(const QString& text) const
 {
     for (const QChar letter : text) {
-        Key(QString(letter));
+        // A keysym of Latin 1 has the character's number.
+        PressKey(letter.unicode());
     }
 }
 

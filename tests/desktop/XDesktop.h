@@ -46,8 +46,9 @@ public:
     void Click(const QPoint& pos, int button = 1) const;
     /// Presses at `from`, goes to `to` in steps, releases there.
     void Drag(const QPoint& from, const QPoint& to) const;
-    /// Types Latin letters and digits, or a named key such as "Return" or "BackSpace".
+    /// Presses a key by its keysym's name, such as "Return" or "BackSpace".
     void Key(const QString& keysym) const;
+    /// Types printable characters of ASCII.
     void Type(const QString& text) const;
 
     /// What the screen shows now.
@@ -55,6 +56,8 @@ public:
     QRgb PixelAt(const QPoint& pos) const;
 
 private:
+    void PressKey(unsigned long symbol) const;
+
     struct Connection;
     std::unique_ptr<Connection> x;
 };
