@@ -200,6 +200,10 @@ int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& un
     process.setProcessEnvironment(changed);
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     QStringList command = SandboxArguments();
+    if (unset.contains(QStringLiteral("HOME"))) {
+        // Without a home the program tries the root of the file system, which is the machine's own.
+        command << QStringLiteral("--remount-ro") << QStringLiteral("/");
+    }
     command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
             << arguments.first() << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk")
             << arguments.mid(1);

@@ -182,6 +182,19 @@ bool XDesktop::IsMapped(unsigned long id) const
     return x->Viewable(id);
 }
 
+unsigned long XDesktop::WindowUnderPointer() const
+{
+    ::Window root = 0;
+    ::Window child = 0;
+    int rootX = 0;
+    int rootY = 0;
+    int x1 = 0;
+    int y1 = 0;
+    unsigned int held = 0;
+    XQueryPointer(x->display, x->root, &root, &child, &rootX, &rootY, &x1, &y1, &held);
+    return child;
+}
+
 void XDesktop::MoveTo(const QPoint& pos) const
 {
     XTestFakeMotionEvent(x->display, -1, pos.x(), pos.y(), 0);

@@ -40,6 +40,9 @@ public:
     void Minimise(unsigned long id) const;
     bool IsMapped(unsigned long id) const;
 
+    /// The id of the top-level window, frame included, that the pointer is over; 0 over the desktop.
+    unsigned long WindowUnderPointer() const;
+
     void MoveTo(const QPoint& pos) const;
     void Press(int button = 1) const;
     void Release(int button = 1) const;
