@@ -24,6 +24,24 @@ private slots:
     void secondStartRaisesTheWindow();
     void staleSocketIsTakenOver();
     void unwritableSettingsDoNotKeepTheUserOut();
+    void noOpenGlIsLoaded_data();
+    void noOpenGlIsLoaded();
+    void openGlOfTheUsersChoiceIsKept();
+
+private:
+    QByteArray ProcFile(qint64 pid, const char* name) const
+    {
+        QFile file(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(name)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// The environment that the engine was given.
+    QByteArray EngineEnvironment()
+    {
+        world->ClickPage(CAST_BUTTON);
+        DesktopWorld::WaitFor([this] { return world->ShowsCasting(); });
+        const qint64 pid = world->EngineEvents().value(0).what.section(QLatin1Char(' '), 1, 1).toLongLong();
+        return ProcFile(pid, "environ");
+    }
 };
 
 void TestStart::refusedCommandLines_data()
@@ -201,6 +219,45 @@ void TestStart::unwritableSettingsDoNotKeepTheUserOut()
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     world->ClickCard(BEGIN_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+}
+
+void TestStart::noOpenGlIsLoaded_data()
+{
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("main window first") << true;
+    QTest::newRow("agreement first") << false;
+}
+
+void TestStart::noOpenGlIsLoaded()
+{
+    QFETCH(bool, agreed);
+    DesktopWorld::Options options;
+    options.agreed = agreed;
+    Begin(options);
+    if (!agreed) {
+        world->ClickCard(AGREE_TICK);
+        VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+        world->ClickCard(BEGIN_BUTTON);
+        VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+    }
+    const QByteArray maps = ProcFile(world->AssistantPid(), "maps");
+    QVERIFY(maps.contains("libqxcb"));
+    // The dispatch library comes with Qt itself; a driver must not.
+    QVERIFY(!maps.contains("libGLX_"));
+    QVERIFY(!maps.contains("glx-integration"));
+    const QByteArray environment = EngineEnvironment();
+    QVERIFY(environment.contains("HOME="));
+    QVERIFY(!environment.contains("QT_XCB_GL_INTEGRATION"));
+}
+
+void TestStart::openGlOfTheUsersChoiceIsKept()
+{
+    Begin({}, false);
+    world->SetVariable(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("xcb_glx"));
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->ShowsIdle());
+    QVERIFY(ProcFile(world->AssistantPid(), "maps").contains("glx-integration"));
+    QVERIFY(EngineEnvironment().contains("QT_XCB_GL_INTEGRATION=xcb_glx"));
 }
 
 QTEST_GUILESS_MAIN(TestStart)
