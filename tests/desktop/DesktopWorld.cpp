@@ -192,13 +192,24 @@ int DesktopWorld::StartSecond()
 
 int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& unset)
 {
+    const auto process = LaunchProgram(arguments, unset);
+    if (!process->waitForFinished(STARTED_MS)) {
+        End(*process);
+        return -1;
+    }
+    return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
+}
+
+std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& arguments,
+                                                      const QStringList& unset) const
+{
     QProcessEnvironment changed = environment;
     for (const QString& name : unset) {
         changed.remove(name);
     }
-    QProcess process;
-    process.setProcessEnvironment(changed);
-    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(changed);
+    process->setProcessChannelMode(QProcess::ForwardedChannels);
     QStringList command = SandboxArguments();
     if (unset.contains(QStringLiteral("HOME"))) {
         // Without a home the program tries the root of the file system, which is the machine's own.
@@ -207,12 +218,8 @@ int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& un
     command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
             << arguments.first() << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk")
             << arguments.mid(1);
-    process.start(QStringLiteral("bwrap"), command);
-    if (!process.waitForFinished(STARTED_MS)) {
-        End(process);
-        return -1;
-    }
-    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    process->start(QStringLiteral("bwrap"), command);
+    return process;
 }
 
 qint64 DesktopWorld::AssistantPid() const
@@ -248,6 +255,23 @@ int DesktopWorld::AssistantStatus() const
 QString DesktopWorld::Home() const
 {
     return scratch.filePath(QStringLiteral("home"));
+}
+
+void DesktopWorld::EndServer()
+{
+    // Our own connection first: Xlib ends a program whose server is gone.
+    desktop.reset();
+    End(server);
+}
+
+void DesktopWorld::EndWindowManager()
+{
+    End(windowManager);
+}
+
+void DesktopWorld::EndSystemBus()
+{
+    End(systemBus);
 }
 
 QString DesktopWorld::InstalledDir() const

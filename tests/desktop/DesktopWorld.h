@@ -52,6 +52,10 @@ public:
     /// with argv[0]. Names in `unset` are taken out of the environment.
     int RunProgram(const QStringList& arguments, const QStringList& unset = {});
 
+    /// The same without waiting. Killing the process kills the program.
+    std::unique_ptr<QProcess> LaunchProgram(const QStringList& arguments,
+                                            const QStringList& unset = {}) const;
+
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
     bool WaitForDaemonEnd(int milliseconds = 15000);
@@ -61,6 +65,11 @@ public:
     int AssistantStatus() const;
 
     QString Home() const;
+    /// Ends the X server, the window manager or the system bus under the running program.
+    void EndServer();
+    void EndWindowManager();
+    void EndSystemBus();
+
     /// Where the program finds its installed files.
     QString InstalledDir() const;
     /// What the environment of everything started here holds.
