@@ -150,7 +150,11 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
     std::array<char, MESSAGE_SIZE> message{};
     va_list args;
     va_start(args, format);
+    // Held against its arguments at every call site instead.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     const int length = vsnprintf_s(message.data(), message.size(), message.size() - 1, format, args);
+#pragma GCC diagnostic pop
     va_end(args);
     if (length < 0) {
         // Dropped, not cut: a line is whole or not there.
