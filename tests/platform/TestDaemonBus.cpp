@@ -17,6 +17,7 @@
 
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
+#include "support/Environment.h"
 #include "support/Files.h"
 
 using Brevora::g_velodeskdPid;
@@ -535,10 +536,8 @@ void TestDaemonBus::otherFailureKeepsItsText()
 
 void TestDaemonBus::missingBusFails()
 {
-    const QByteArray before = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
+    const Variable address("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
     const Outcome outcome = Call();
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", before);
     QCOMPARE(outcome.code, -ENOENT);
     QCOMPARE(outcome.result, std::string());
     QCOMPARE(outcome.error, std::string());

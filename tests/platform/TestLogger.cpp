@@ -4,8 +4,6 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
-#include <cstdarg>
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -16,6 +14,7 @@
 
 #include "platform/Logger.h"
 #include "support/CapturedLog.h"
+#include "support/Environment.h"
 #include "support/Files.h"
 #include "support/PlainUser.h"
 
@@ -31,26 +30,17 @@ const char* const STAMP = R"(\[\d\d-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\])";
 class TimeZone
 {
 public:
-    explicit TimeZone(const char* zone) : before(qgetenv("TZ")), wasSet(qEnvironmentVariableIsSet("TZ"))
-    {
-        qputenv("TZ", zone);
-        tzset();
-    }
+    explicit TimeZone(const char* zone) : variable(std::make_unique<Variable>("TZ", zone)) { tzset(); }
     ~TimeZone()
     {
-        if (wasSet) {
-            qputenv("TZ", before);
-        } else {
-            qunsetenv("TZ");
-        }
+        variable.reset();
         tzset();
     }
     TimeZone(const TimeZone&) = delete;
     TimeZone& operator=(const TimeZone&) = delete;
 
 private:
-    QByteArray before;
-    bool wasSet;
+    std::unique_ptr<Variable> variable;
 };
 
 QStringList LinesOf(const QByteArray& content)

@@ -7,7 +7,7 @@
 
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
-#include "support/Files.h"
+#include "support/Environment.h"
 
 using Brevora::Utils;
 
@@ -462,10 +462,9 @@ void TestUtils::failureOfTheBufferGivesNothing()
 
 void TestUtils::commandSeesTheEnvironment()
 {
-    qputenv("OF_THIS_TEST", "value");
+    const Variable variable("OF_THIS_TEST", "value");
     QCOMPARE(Utils::ExecutePopenAndReturn("echo $OF_THIS_TEST"), std::string("value"));
     QCOMPARE(Velodesk::RunCommand("echo $OF_THIS_TEST"), std::string("value"));
-    qunsetenv("OF_THIS_TEST");
 }
 
 void TestUtils::nothingIsLogged()
@@ -491,11 +490,8 @@ void TestUtils::identifierComesFromTheKernel()
 
 void TestUtils::identifierIsEmptyOnFailure()
 {
-    const QByteArray before = qgetenv("PATH");
-    qputenv("PATH", "/nowhere");
-    const std::string id = Utils::GenerateUUID();
-    qputenv("PATH", before);
-    QCOMPARE(id, std::string());
+    const Variable path("PATH", "/nowhere");
+    QCOMPARE(Utils::GenerateUUID(), std::string());
 }
 
 QTEST_GUILESS_MAIN(TestUtils)
