@@ -12,6 +12,7 @@ class PlainUser
 public:
     PlainUser()
     {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
         if (syscall(SYS_capget, &header, before) != 0) {
             qFatal("the privileges of this thread cannot be read");
         }
@@ -26,14 +27,22 @@ public:
     PlainUser(const PlainUser&) = delete;
     PlainUser& operator=(const PlainUser&) = delete;
 
-private:
-    void Set(const __user_cap_data_struct* data)
+    /// The same for good, for a thread that ends soon: what access() grants root is more than what root has
+    /// at the moment.
+    static void Stay()
     {
+        __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3]{};
+        Set(none);
+    }
+
+private:
+    static void Set(const __user_cap_data_struct* data)
+    {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
         if (syscall(SYS_capset, &header, data) != 0) {
             qFatal("the privileges of this thread cannot be set");
         }
     }
 
-    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct before[_LINUX_CAPABILITY_U32S_3]{};
 };
