@@ -18,6 +18,7 @@
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
+#include "support/EveryLine.h"
 #include "support/Files.h"
 
 using Brevora::g_velodeskdPid;
@@ -287,6 +288,7 @@ private slots:
     void callIsAddressedToTheDaemon();
     void answerOfTheDaemonIsBelieved_data();
     void answerOfTheDaemonIsBelieved();
+    void everyCallIsTold();
     void answerOfAnotherProcessIsDropped_data();
     void answerOfAnotherProcessIsDropped();
     void nobodyIsBelievedBeforeTheDaemonIsKnown();
@@ -406,6 +408,33 @@ void TestDaemonBus::answerOfTheDaemonIsBelieved()
     QCOMPARE(outcome.result, text.toStdString());
     QCOMPARE(outcome.error, std::string());
     QCOMPARE(log->Messages(), QStringList());
+}
+
+void TestDaemonBus::everyCallIsTold()
+{
+    const EveryLine lines;
+    {
+        const Server server(Text("done"));
+        const Outcome outcome = Call("command");
+        QCOMPARE(
+            lines.Take(),
+            QStringList(
+                {QStringLiteral("DEBUG UTILS sd_bus_message_read command = command, r = %1, result = done")
+                     .arg(outcome.code),
+                 QStringLiteral("DEBUG UTILS execute popoen result, ret:%1 result:done errorMessage:")
+                     .arg(outcome.code)}));
+    }
+    const Server server(Failure(TIMED_OUT_IN_CHINESE));
+    const Outcome outcome = Call("command");
+    const QString text = QString::fromUtf8(TIMED_OUT_IN_CHINESE);
+    QCOMPARE(lines.Take(),
+             QStringList(
+                 {QStringLiteral("ERROR UTILS Failed to call method, reason: ") + text,
+                  QStringLiteral("DEBUG UTILS execute popoen result, ret:%1 result: errorMessage:")
+                          .arg(outcome.code) +
+                      text,
+                  QStringLiteral("WARNING UTILS popoen error, please retry tandra, result:, errormessage:") +
+                      text}));
 }
 
 void TestDaemonBus::answerOfAnotherProcessIsDropped_data()

@@ -12,6 +12,7 @@
 #include "platform/DirOperator.h"
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
+#include "support/EveryLine.h"
 #include "support/Files.h"
 #include "support/PlainUser.h"
 
@@ -75,6 +76,7 @@ private slots:
     void firstLevelThatCannotBeMadeStops();
 
     void directoryIsRemovedWithAllThatItHolds();
+    void everyRemovalIsToldBeforeItIsTried();
     void missingDirectoryIsNotRemoved_data();
     void missingDirectoryIsNotRemoved();
     void linksAreRemovedAndNotFollowed();
@@ -357,6 +359,16 @@ void TestDirOperator::directoryIsRemovedWithAllThatItHolds()
     QCOMPARE(QDir(directory->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList(QStringLiteral("beside")));
     CompareLines(QString(), {});
+}
+
+void TestDirOperator::everyRemovalIsToldBeforeItIsTried()
+{
+    QVERIFY(QDir().mkpath(At("a/b")));
+    WriteAll(At("a/b/file"), "text");
+    const EveryLine lines;
+    QCOMPARE(dirs.RemoveDir(Local(At("a"))), 0);
+    const QString line = QStringLiteral("DEBUG UTILS removing dir, file path is %1");
+    QCOMPARE(lines.Take(), QStringList({line.arg(At("a/b")), line.arg(At("a/b/file"))}));
 }
 
 void TestDirOperator::missingDirectoryIsNotRemoved_data()
