@@ -94,11 +94,11 @@ int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& s
     } else if (comment > start) {
         value = line.substr(start, comment - start);
     }
-    if (section.empty() || key.empty()) {
-        return -1;
-    }
     if (comment != std::string::npos) {
         configFile.inlineComments[section + "/" + key] = line.substr(comment);
+    }
+    if (section.empty() || key.empty()) {
+        return -1;
     }
     configFile.sections[section][key] = value;
     return 0;

@@ -103,9 +103,10 @@ void Logger::CopyLog2Log(std::string from, std::string to) const
 {
     std::ifstream source(from);
     std::ofstream target(to);
-    if (target.is_open()) {
-        chmod(to.c_str(), FILE_MODE);
+    if (!target.is_open()) {
+        return;
     }
+    chmod(to.c_str(), FILE_MODE);
     // Byte by byte, straight between the streams' buffers: a formatted get and put would test the stream's
     // state for each of 32 MiB.
     std::filebuf& bytes = *source.rdbuf();
