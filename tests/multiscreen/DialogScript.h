@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDialog>
+#include <QPointer>
+#include <QTest>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -9,7 +11,7 @@
 #include "support/ModalActor.h"
 
 /// Plays its steps on the modal dialogs that come one after another, one step a dialog. A dialog that comes
-/// after the last step is closed and counted, so that no test hangs on it.
+/// after the last step, or whose step has failed, is closed, so that no test hangs on it.
 class DialogScript
 {
 public:
@@ -32,10 +34,12 @@ private:
             const auto number = static_cast<std::size_t>(seen);
             ++seen;
             Await();
+            const QPointer<QDialog> open(static_cast<QDialog*>(dialog));
             if (number < steps.size()) {
                 steps[number](dialog);
-            } else {
-                static_cast<QDialog*>(dialog)->reject();
+            }
+            if (open != nullptr && (number >= steps.size() || QTest::currentTestFailed())) {
+                open->reject();
             }
         }));
     }
