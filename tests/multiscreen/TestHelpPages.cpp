@@ -226,13 +226,19 @@ void TestHelpPages::textIsLoadedAnewAtTheTop()
     QScrollBar* bar = View(entry.frame)->verticalScrollBar();
     QTRY_VERIFY(bar->maximum() > 0);
     QCOMPARE(bar->value(), 0);
-    bar->setValue(bar->maximum());
-    Click(entry.back);
-    QCOMPARE(bar->value(), bar->maximum());
-    Click(entry.icon);
-    QCOMPARE(bar->value(), 0);
-    QTest::qWait(0);
-    QCOMPARE(bar->value(), 0);
+    // Whatever the height of a line.
+    for (int pixelSize = 8; pixelSize < 24; ++pixelSize) {
+        QFont font = page->font();
+        font.setPixelSize(pixelSize);
+        page->setFont(font);
+        bar->setValue(bar->maximum());
+        Click(entry.back);
+        QCOMPARE(bar->value(), bar->maximum());
+        Click(entry.icon);
+        QCOMPARE(bar->value(), 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar->value(), 0);
+    }
 }
 
 void TestHelpPages::loadedTwiceItIsThereOnce()
@@ -316,8 +322,14 @@ void TestHelpPages::otherEventsLeaveTheTextAlone()
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);
     // The filter hands everything on: a press is still a press.
     QVERIFY(static_cast<QPushButton*>(icon)->isDown());
-    // Nor does the mouse over anything else.
+    QEvent hoverLeave(QEvent::HoverLeave);
+    QEvent leave(QEvent::Leave);
     QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
+    QCoreApplication::sendEvent(icon, &enter);
+    QCoreApplication::sendEvent(icon, &hoverLeave);
+    QCOMPARE(TextStyle(entry), HOVER_STYLE);
+    QCoreApplication::sendEvent(icon, &leave);
+    // Nor does the mouse over anything else.
     QCoreApplication::sendEvent(Find(*page, entry.picture.constData()), &enter);
     QCoreApplication::sendEvent(page.get(), &enter);
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);
