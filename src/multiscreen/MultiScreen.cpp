@@ -110,7 +110,11 @@ MultiScreen::MultiScreen(QWidget* parent)
     setProperty("useStyleWindowManager", false);
 }
 
-MultiScreen::~MultiScreen() = default;
+MultiScreen::~MultiScreen()
+{
+    // An open field loses the focus as the widgets go, when there is no page any more to hear of it.
+    disconnect(ui->ComputerNameEdit, nullptr, this, nullptr);
+}
 
 void MultiScreen::SetPreScreenStatus(bool casting)
 {

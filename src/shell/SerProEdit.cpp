@@ -78,6 +78,8 @@ void SerProEdit::InitUi(QString path)
     cursor.movePosition(QTextCursor::Start);
     cursor.endEditBlock();
     setTextCursor(cursor);
+    // The cursor is in sight some pixels before the top is reached.
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
     file.close();
 }
 

@@ -1,0 +1,507 @@
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <memory>
+#include <thread>
+
+#include "DialogScript.h"
+#include "SettingsFile.h"
+#include "multiscreen/MultiScreen.h"
+#include "shell/VeloMessageBox.h"
+#include "supervision/TandraApp.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+#include "support/Sandbox.h"
+
+namespace {
+const QString VELODESK = QStringLiteral("VELODESK");
+const QString INFO = QStringLiteral("INFO");
+const QString ERROR = QStringLiteral("ERROR");
+const QString START_CLICK = QStringLiteral("Click start app button.");
+const QString STOP_CLICK = QStringLiteral("Click stop app button.");
+const QString CORRUPTED = QStringLiteral("Tandra file corrupted.");
+
+constexpr int RUNS = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+constexpr int DOES_NOT_RUN = QFile::ReadOwner | QFile::WriteOwner;
+const QByteArray FOREVER = "exec sleep 60";
+
+AppManager& Manager()
+{
+    return *Singleton<AppManager>::GetInstance();
+}
+
+QString EnginePath()
+{
+    return QString::fromStdString(GetConstant(Velodesk::ENGINE_PATH));
+}
+
+QString EngineFolder()
+{
+    return EnginePath().section(QLatin1Char('/'), 0, -2);
+}
+
+void InstallEngine(const QByteArray& script, int permissions = RUNS, const QByteArray& shell = "/bin/sh")
+{
+    QDir().mkpath(EngineFolder());
+    QFile file(EnginePath());
+    if (!file.open(QIODevice::WriteOnly)) {
+        qFatal("%s cannot be written", qPrintable(EnginePath()));
+    }
+    file.write("#!" + shell + "\n" + script + "\n");
+    file.setPermissions(static_cast<QFile::Permissions>(permissions));
+}
+
+/// What one of the manager's four signals says.
+struct Event
+{
+    enum Signal
+    {
+        STARTED,
+        FINISHED,
+        ERROR_OCCURRED,
+        REPORT,
+    };
+    Signal signal;
+    AppManager::AppType type;
+    int detail;
+
+    void Emit() const
+    {
+        switch (signal) {
+        case STARTED:
+            emit Manager().AppStarted(type);
+            break;
+        case FINISHED:
+            emit Manager().AppFinished(type, detail);
+            break;
+        case ERROR_OCCURRED:
+            emit Manager().AppError(type, static_cast<QProcess::ProcessError>(detail));
+            break;
+        case REPORT:
+            emit Manager().AppEvent(type, static_cast<AppManager::AppEventType>(detail));
+            break;
+        }
+    }
+};
+
+enum Display
+{
+    AS_BEFORE,
+    IDLE,
+    CASTING,
+};
+} // namespace
+
+Q_DECLARE_METATYPE(Event)
+
+class TestCastControl : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void beginsIdleWhateverTheEngineDoes();
+    void statesLookAsTold_data();
+    void statesLookAsTold();
+    void sameStateTwiceIsTheSameAsOnce_data();
+    void sameStateTwiceIsTheSameAsOnce();
+    void signalsDecideTheDisplay_data();
+    void signalsDecideTheDisplay();
+    void signalsOfAnotherThreadArriveQueued();
+    void clickStartsTheEngine();
+    void clickWhileCastingStopsTheEngine();
+    void clickRepeatsItsRequest();
+    void anyOtherTextStarts_data();
+    void anyOtherTextStarts();
+    void castEndedByTheEngineIsStartedAgain();
+    void crashReturnsToIdleInSilence();
+    void engineThatCannotRunOnlyLogs_data();
+    void engineThatCannotRunOnlyLogs();
+    void unusableEngineIsReported_data();
+    void unusableEngineIsReported();
+    void otherMessageBoxKeepsTheWarningAway();
+    void signalsArriveWhileTheWarningIsOpen();
+
+private:
+    QPushButton& Button() { return *Find<QPushButton>(*page, "PreScreenBtn"); }
+    bool ShowsCasting() { return Button().text() == QStringLiteral("结束投屏"); }
+    void Click() { QTest::mouseClick(&Button(), Qt::LeftButton); }
+    /// The button, the label and the picture in one text.
+    QString Display() const;
+    void CompareDisplay(bool casting);
+
+    std::unique_ptr<CapturedLog> log;
+    std::unique_ptr<MultiScreen> page;
+};
+
+void TestCastControl::init()
+{
+    SettingsFile::Write(QByteArray());
+    log = std::make_unique<CapturedLog>();
+    page = std::make_unique<MultiScreen>(nullptr);
+    page->show();
+    log->Clear();
+}
+
+void TestCastControl::cleanup()
+{
+    page.reset();
+    Singleton<AppManager>::Destroy();
+    Singleton<TandraApp>::Destroy();
+    log.reset();
+    QFile::setPermissions(EngineFolder(), static_cast<QFile::Permissions>(RUNS));
+    QDir(QStringLiteral("/opt/apps")).removeRecursively();
+}
+
+QString TestCastControl::Display() const
+{
+    const auto* button = Find<QPushButton>(*page, "PreScreenBtn");
+    return QStringList({button->text(), button->styleSheet(), Find<QLabel>(*page, "ScreenLabel")->text(),
+                        Find(*page, "StatusFrame")->styleSheet()})
+        .join(QLatin1Char('|'));
+}
+
+void TestCastControl::CompareDisplay(bool casting)
+{
+    QCOMPARE(Button().text(), casting ? QStringLiteral("结束投屏") : QStringLiteral("开始投屏"));
+    QCOMPARE(Button().styleSheet(),
+             casting ? QStringLiteral(" QPushButton {\ncolor: #2B6FF2;\nborder: 2px solid  #2B6FF2;\n"
+                                      "font: 14px Noto Sans CJK SC;\nborder-radius: 16px;"
+                                      "background-color: #FFFFFF;\n}\n\nQPushButton:hover {color: #3E80FF; "
+                                      "background-color: #FFFFFF;}QPushButton:pressed {color: #1953C4; "
+                                      "background-color: #FFFFFF;}")
+                     : QStringLiteral("QPushButton {\ncolor: #FFFFFF;\nborder: 0px solid  #2B6FF2;\n"
+                                      "font: 14px Noto Sans CJK SC;\nborder-radius: 16px;"
+                                      "background-color: #2B6FF2;\n}\n\nQPushButton:hover "
+                                      "{background-color: #3E80FF;}QPushButton:pressed "
+                                      "{background-color: #1953C4;}"));
+    QCOMPARE(Find<QLabel>(*page, "ScreenLabel")->text(),
+             casting ? QStringLiteral("投屏中") : QStringLiteral("未投屏"));
+    QCOMPARE(Find(*page, "StatusFrame")->styleSheet(),
+             casting ? QStringLiteral("border-image: url(:/velo/prescreensucess)")
+                     : QStringLiteral("border-image: url(:/velo/prescreen)"));
+    QVERIFY(Button().isEnabled());
+}
+
+void TestCastControl::beginsIdleWhateverTheEngineDoes()
+{
+    CompareDisplay(false);
+    InstallEngine(FOREVER);
+    QSignalSpy started(&Manager(), &AppManager::AppStarted);
+    Manager().StartApp(AppManager::TANDRA_APP);
+    QVERIFY(started.wait());
+    Singleton<TandraApp>::GetInstance()->EventRunning();
+    CompareDisplay(true);
+    page = std::make_unique<MultiScreen>(nullptr);
+    CompareDisplay(false);
+}
+
+void TestCastControl::statesLookAsTold_data()
+{
+    QTest::addColumn<bool>("casting");
+    QTest::newRow("casting") << true;
+    QTest::newRow("idle") << false;
+}
+
+void TestCastControl::statesLookAsTold()
+{
+    QFETCH(bool, casting);
+    page->SetPreScreenStatus(!casting);
+    page->SetPreScreenStatus(casting);
+    CompareDisplay(casting);
+    // What the style sheet comes to: the fill, and the border where there is one.
+    const QImage picture = Button().grab().toImage();
+    const QColor blue(0x2B, 0x6F, 0xF2);
+    QCOMPARE(QColor(picture.pixel(16, 16)), casting ? QColor(Qt::white) : blue);
+    QCOMPARE(QColor(picture.pixel(56, 1)), blue);
+}
+
+void TestCastControl::sameStateTwiceIsTheSameAsOnce_data()
+{
+    statesLookAsTold_data();
+}
+
+void TestCastControl::sameStateTwiceIsTheSameAsOnce()
+{
+    QFETCH(bool, casting);
+    page->SetPreScreenStatus(casting);
+    page->SetPreScreenStatus(casting);
+    CompareDisplay(casting);
+}
+
+void TestCastControl::signalsDecideTheDisplay_data()
+{
+    QTest::addColumn<Event>("event");
+    QTest::addColumn<int>("display");
+    QTest::addColumn<QString>("level");
+    QTest::addColumn<QString>("line");
+    const auto engine = AppManager::TANDRA_APP;
+    const auto other = AppManager::APP_TYPE_END;
+    const QString started = QStringLiteral("App started.");
+    const QString failed = QStringLiteral("Tandra startup failed.");
+    const QString finished = QStringLiteral("Process finished, id %1.");
+    const auto row = [](const char* name, Event::Signal signal, AppManager::AppType type, int detail,
+                        int display, const QString& level = QString(), const QString& line = QString()) {
+        QTest::newRow(name) << Event{signal, type, detail} << display << level << line;
+    };
+    row("started", Event::STARTED, engine, 0, AS_BEFORE, INFO, started);
+    row("other started", Event::STARTED, other, 0, AS_BEFORE);
+    row("reports init", Event::REPORT, engine, AppManager::APP_EVENT_INITED, AS_BEFORE);
+    row("reports run", Event::REPORT, engine, AppManager::APP_EVENT_RUNNING, CASTING);
+    row("reports stop", Event::REPORT, engine, AppManager::APP_EVENT_STOPPED, IDLE);
+    row("other reports init", Event::REPORT, other, AppManager::APP_EVENT_INITED, AS_BEFORE);
+    row("other reports run", Event::REPORT, other, AppManager::APP_EVENT_RUNNING, AS_BEFORE);
+    row("other reports stop", Event::REPORT, other, AppManager::APP_EVENT_STOPPED, AS_BEFORE);
+    row("finished", Event::FINISHED, engine, 0, IDLE, INFO, finished.arg(0));
+    row("finished with a code", Event::FINISHED, engine, -3, IDLE, INFO, finished.arg(-3));
+    row("other finished", Event::FINISHED, other, 7, AS_BEFORE, INFO, finished.arg(7));
+    row("failed to start", Event::ERROR_OCCURRED, engine, QProcess::FailedToStart, IDLE, ERROR, failed);
+    row("other failed to start", Event::ERROR_OCCURRED, other, QProcess::FailedToStart, AS_BEFORE, ERROR,
+        failed);
+    for (const auto error : {QProcess::Crashed, QProcess::Timedout, QProcess::ReadError, QProcess::WriteError,
+                             QProcess::UnknownError}) {
+        row(qPrintable(QStringLiteral("error %1").arg(error)), Event::ERROR_OCCURRED, engine, error, IDLE);
+        row(qPrintable(QStringLiteral("other error %1").arg(error)), Event::ERROR_OCCURRED, other, error,
+            AS_BEFORE);
+    }
+}
+
+void TestCastControl::signalsDecideTheDisplay()
+{
+    QFETCH(Event, event);
+    QFETCH(int, display);
+    QFETCH(QString, level);
+    QFETCH(QString, line);
+    for (const bool casting : {false, true}) {
+        page->SetPreScreenStatus(casting);
+        log->Clear();
+        event.Emit();
+        CompareDisplay(display == AS_BEFORE ? casting : display == CASTING);
+        QCOMPARE(log->Messages(), line.isEmpty() ? QStringList() : QStringList(line));
+        QVERIFY(line.isEmpty() || log->Contains(level, VELODESK, line));
+    }
+}
+
+void TestCastControl::signalsOfAnotherThreadArriveQueued()
+{
+    Manager();
+    const auto emitElsewhere = [](const Event& event) {
+        std::thread([event] { event.Emit(); }).join();
+    };
+    emitElsewhere({Event::REPORT, AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING});
+    CompareDisplay(false);
+    QTRY_VERIFY(ShowsCasting());
+    emitElsewhere({Event::ERROR_OCCURRED, AppManager::TANDRA_APP, QProcess::FailedToStart});
+    CompareDisplay(true);
+    QTRY_VERIFY(!ShowsCasting());
+    emitElsewhere({Event::STARTED, AppManager::TANDRA_APP, 0});
+    emitElsewhere({Event::FINISHED, AppManager::TANDRA_APP, 5});
+    QCOMPARE(log->Messages(), QStringList(QStringLiteral("Tandra startup failed.")));
+    QTRY_COMPARE(log->Messages().mid(1),
+                 QStringList({QStringLiteral("App started."), QStringLiteral("Process finished, id 5.")}));
+}
+
+void TestCastControl::clickStartsTheEngine()
+{
+    InstallEngine(FOREVER);
+    QSignalSpy started(&Manager(), &AppManager::AppStarted);
+    Click();
+    QCOMPARE(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
+    QVERIFY(log->Contains(INFO, VELODESK, START_CLICK));
+    CompareDisplay(false);
+    QVERIFY(started.wait());
+    QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("App started.")));
+    // It runs, but no phone has connected yet.
+    CompareDisplay(false);
+    QCOMPARE(log->Count(CORRUPTED), 0);
+}
+
+void TestCastControl::clickWhileCastingStopsTheEngine()
+{
+    InstallEngine("trap 'exit 9' TERM; while :; do sleep 0.05; done");
+    QSignalSpy started(&Manager(), &AppManager::AppStarted);
+    QSignalSpy finished(&Manager(), &AppManager::AppFinished);
+    Click();
+    QVERIFY(started.wait());
+    Singleton<TandraApp>::GetInstance()->EventRunning();
+    CompareDisplay(true);
+    log->Clear();
+    Click();
+    QCOMPARE(log->Messages().mid(0, 2), QStringList({STOP_CLICK, QStringLiteral("stop app[0]")}));
+    QVERIFY(log->Contains(INFO, VELODESK, STOP_CLICK));
+    // Not waited for: the display goes on until the end is reported.
+    QCOMPARE(finished.count(), 0);
+    CompareDisplay(true);
+    QVERIFY(finished.wait());
+    CompareDisplay(false);
+    QCOMPARE(log->Messages().filter(QStringLiteral("Process finished")).size(), 1);
+    QCOMPARE(log->Messages().filter(QStringLiteral("kill process")).size(), 0);
+}
+
+void TestCastControl::clickRepeatsItsRequest()
+{
+    InstallEngine(FOREVER);
+    Click();
+    Click();
+    QCOMPARE(log->Count(START_CLICK), 2);
+    QCOMPARE(log->Count(QStringLiteral("start app[0]")), 2);
+    CompareDisplay(false);
+    page->SetPreScreenStatus(true);
+    Click();
+    Click();
+    QCOMPARE(log->Count(STOP_CLICK), 2);
+    QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 2);
+    CompareDisplay(true);
+}
+
+void TestCastControl::anyOtherTextStarts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("nothing") << QString();
+    QTest::newRow("blank behind") << QStringLiteral("结束投屏 ");
+    QTest::newRow("something else") << QStringLiteral("stop");
+}
+
+void TestCastControl::anyOtherTextStarts()
+{
+    QFETCH(QString, text);
+    InstallEngine(FOREVER);
+    Button().setText(text);
+    Click();
+    QCOMPARE(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
+    QCOMPARE(Button().text(), text);
+}
+
+void TestCastControl::castEndedByTheEngineIsStartedAgain()
+{
+    InstallEngine(FOREVER);
+    QSignalSpy started(&Manager(), &AppManager::AppStarted);
+    Click();
+    QVERIFY(started.wait());
+    Singleton<TandraApp>::GetInstance()->EventRunning();
+    Singleton<TandraApp>::GetInstance()->EventStopped();
+    CompareDisplay(false);
+    log->Clear();
+    Click();
+    // The first process lives on, and another request is made all the same.
+    QCOMPARE(log->Messages(), QStringList({START_CLICK, QStringLiteral("start app[0]"),
+                                           QStringLiteral("processVector size is 1"),
+                                           QStringLiteral("delete 0 invalid process")}));
+}
+
+void TestCastControl::crashReturnsToIdleInSilence()
+{
+    InstallEngine("kill -SEGV $$");
+    QSignalSpy error(&Manager(), &AppManager::AppError);
+    QSignalSpy finished(&Manager(), &AppManager::AppFinished);
+    Click();
+    page->SetPreScreenStatus(true);
+    QTRY_COMPARE(error.count() + finished.count(), 2);
+    CompareDisplay(false);
+    QCOMPARE(log->Count(QStringLiteral("Tandra startup failed.")), 0);
+}
+
+void TestCastControl::engineThatCannotRunOnlyLogs_data()
+{
+    QTest::addColumn<bool>("directory");
+    QTest::newRow("its interpreter is missing") << false;
+    QTest::newRow("it is a directory") << true;
+}
+
+void TestCastControl::engineThatCannotRunOnlyLogs()
+{
+    QFETCH(bool, directory);
+    if (directory) {
+        QDir().mkpath(EnginePath());
+    } else {
+        InstallEngine(QByteArray(), RUNS, "/nonexistent/sh");
+    }
+    DialogScript nobody({});
+    QSignalSpy error(&Manager(), &AppManager::AppError);
+    Click();
+    QTRY_COMPARE(error.count(), 1);
+    QVERIFY(log->Contains(ERROR, VELODESK, QStringLiteral("Tandra startup failed.")));
+    QCOMPARE(log->Count(CORRUPTED), 0);
+    CompareDisplay(false);
+    QCOMPARE(VeloMessageBox::GetWindCount(), 0);
+    QVERIFY(nobody.IsPlayedOut());
+}
+
+void TestCastControl::unusableEngineIsReported_data()
+{
+    QTest::addColumn<int>("filePermissions");
+    QTest::addColumn<int>("folderPermissions");
+    QTest::newRow("absent") << -1 << RUNS;
+    QTest::newRow("not executable") << DOES_NOT_RUN << RUNS;
+    QTest::newRow("folder cannot be searched") << RUNS << DOES_NOT_RUN;
+}
+
+void TestCastControl::unusableEngineIsReported()
+{
+    QFETCH(int, filePermissions);
+    QFETCH(int, folderPermissions);
+    if (filePermissions >= 0) {
+        InstallEngine(FOREVER, filePermissions);
+        QVERIFY(QFile::setPermissions(EngineFolder(), static_cast<QFile::Permissions>(folderPermissions)));
+    }
+    const QString before = Display();
+    DialogScript script({[this](QWidget* dialog) {
+        auto* box = qobject_cast<VeloMessageBox*>(dialog);
+        QVERIFY(box != nullptr);
+        QCOMPARE(box->parentWidget(), page.get());
+        QCOMPARE(box->windowModality(), Qt::WindowModal);
+        QVERIFY(Find(*box, "warnIcon")->isVisible());
+        QCOMPARE(Find<QLabel>(*box, "textMsgWarn")->text(),
+                 QStringLiteral("可执行文件损坏，无法使用多屏协同"));
+        QCOMPARE(Find<QLabel>(*box, "textMsg")->text(), QStringLiteral("请卸载重装"));
+        QVERIFY(!Find(*box, "btnLeft")->isVisible());
+        QCOMPARE(Find<QPushButton>(*box, "btnRight")->text(), QStringLiteral("确定"));
+        QTest::mouseClick(Find(*box, "btnRight"), Qt::LeftButton);
+    }});
+    Click();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(log->Messages(), QStringList({START_CLICK, CORRUPTED}));
+    QVERIFY(log->Contains(ERROR, VELODESK, CORRUPTED));
+    QCOMPARE(Display(), before);
+    QCOMPARE(Button().text(), QStringLiteral("开始投屏"));
+    QCOMPARE(VeloMessageBox::GetWindCount(), 0);
+}
+
+void TestCastControl::otherMessageBoxKeepsTheWarningAway()
+{
+    {
+        DialogScript nobody({});
+        const VeloMessageBox other(nullptr);
+        Click();
+        QCOMPARE(log->Messages(), QStringList(START_CLICK));
+        CompareDisplay(false);
+        QVERIFY(nobody.IsPlayedOut());
+    }
+    // Gone, it is in nobody's way.
+    DialogScript script({[](QWidget* dialog) {
+        dialog->close();
+    }});
+    Click();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(log->Messages(), QStringList({START_CLICK, START_CLICK, CORRUPTED}));
+}
+
+void TestCastControl::signalsArriveWhileTheWarningIsOpen()
+{
+    DialogScript script({[this](QWidget* dialog) {
+        Event{Event::REPORT, AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING}.Emit();
+        CompareDisplay(true);
+        dialog->close();
+    }});
+    Click();
+    QVERIFY(script.IsPlayedOut());
+    CompareDisplay(true);
+}
+
+SANDBOXED_QTEST_MAIN(TestCastControl)
+#include "TestCastControl.moc"

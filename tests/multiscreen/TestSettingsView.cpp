@@ -1,0 +1,592 @@
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "DialogScript.h"
+#include "SettingsFile.h"
+#include "multiscreen/MultiScreen.h"
+#include "shell/VeloMessageBox.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+#include "support/Sandbox.h"
+
+namespace {
+const QString VELODESK = QStringLiteral("VELODESK");
+const QString INFO = QStringLiteral("INFO");
+const QString ERROR = QStringLiteral("ERROR");
+const QString NOTHING_CHOSEN = QStringLiteral("ChangePath: no directory choose");
+const QString NOT_THERE = QStringLiteral("选择文件夹不存在，请重新选择");
+const QString NO_RIGHTS = QStringLiteral("选择文件夹权限不对，请重新选择");
+const QString SHORTCUT = QStringLiteral("选择文件夹包含快捷方式，请重新选择");
+
+constexpr mode_t ALL_RIGHTS = 0700;
+
+QString Accepted(const QString& path)
+{
+    return QStringLiteral("save file path:%1, success").arg(path);
+}
+
+void Store(const QByteArray& path)
+{
+    SettingsFile::Write("[Tandra]\nfileStorePath=" + path + "\n");
+}
+
+void SetMode(const QString& path, mode_t mode)
+{
+    if (chmod(path.toLocal8Bit().constData(), mode) != 0) {
+        qFatal("the mode of %s cannot be set", qPrintable(path));
+    }
+}
+
+/// Takes `folder` in the dialog, as a person does who types the path.
+void Choose(QWidget* dialog, const QString& folder)
+{
+    dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(folder);
+    static_cast<QDialog*>(dialog)->accept();
+}
+
+void Cancel(QWidget* dialog)
+{
+    static_cast<QDialog*>(dialog)->reject();
+}
+
+void CompareBox(QWidget* dialog, const QWidget* page, const QString& text)
+{
+    const auto* box = qobject_cast<VeloMessageBox*>(dialog);
+    QVERIFY(box != nullptr);
+    QCOMPARE(box->parentWidget(), page);
+    QCOMPARE(Find<QLabel>(*box, "textMsgWarn")->text(), text);
+    QCOMPARE(Find<QLabel>(*box, "textMsg")->text(), QString());
+    QVERIFY(!Find(*box, "warnIcon")->isVisible());
+    QVERIFY(!Find(*box, "btnLeft")->isVisible());
+    QCOMPARE(Find<QPushButton>(*box, "btnRight")->text(), QStringLiteral("确定"));
+}
+
+void Confirm(QWidget* dialog)
+{
+    QTest::mouseClick(Find(*dialog, "btnRight"), Qt::LeftButton);
+}
+} // namespace
+
+class TestSettingsView : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void countIsShown_data();
+    void countIsShown();
+    void viewIsTheFifth();
+    void everyLookReadsTheFileAgain();
+    void storedPathIsShown_data();
+    void storedPathIsShown();
+    void bytesThatAreNoTextStayInTheFile();
+    void missingPathBecomesTheDesktop_data();
+    void missingPathBecomesTheDesktop();
+    void clearLooksDisabled();
+    void dialogIsAsTold();
+    void folderIsTaken_data();
+    void folderIsTaken();
+    void cancelChangesNothing_data();
+    void cancelChangesNothing();
+    void vanishedFolderIsRejected();
+    void folderWithoutRightsIsRejected_data();
+    void folderWithoutRightsIsRejected();
+    void folderBehindALinkIsRejected_data();
+    void folderBehindALinkIsRejected();
+    void rightsComeBeforeLinks();
+    void rejectionsGoOnUntilACancel();
+    void rejectionIsClosedLikeAnyBox();
+    void castSignalsArriveBehindTheDialogs();
+    void unwritableSettingsShowAPathThatIsNotStored();
+    void pathHasLink_data();
+    void pathHasLink();
+
+private:
+    QString SavePath() { return Find<QLabel>(*page, "savePath")->text(); }
+    void ClickChange() { QTest::mouseClick(Find(*page, "change"), Qt::LeftButton); }
+    QString Made(const QString& relative) const;
+    void Link(const QString& target, const QString& relative) const;
+
+    std::unique_ptr<CapturedLog> log;
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<MultiScreen> page;
+};
+
+void TestSettingsView::initTestCase()
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    qunsetenv("XDG_CONFIG_HOME");
+}
+
+void TestSettingsView::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    Store(folder->path().toLocal8Bit());
+    log = std::make_unique<CapturedLog>();
+    page = std::make_unique<MultiScreen>(nullptr);
+    page->show();
+    page->ShowSetView();
+    log->Clear();
+}
+
+void TestSettingsView::cleanup()
+{
+    QFile::setPermissions(SettingsFile::Path(), QFile::ReadOwner | QFile::WriteOwner);
+    QFile::remove(QDir::home().filePath(QStringLiteral(".config/user-dirs.dirs")));
+    page.reset();
+    log.reset();
+    folder.reset();
+}
+
+QString TestSettingsView::Made(const QString& relative) const
+{
+    QDir(folder->path()).mkpath(relative);
+    return folder->filePath(relative);
+}
+
+void TestSettingsView::Link(const QString& target, const QString& relative) const
+{
+    QCOMPARE(symlink(target.toLocal8Bit().constData(), folder->filePath(relative).toLocal8Bit().constData()),
+             0);
+}
+
+void TestSettingsView::countIsShown_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("none") << QByteArray() << QStringLiteral("0");
+    QTest::newRow("zero") << QByteArray("0") << QStringLiteral("0");
+    QTest::newRow("one") << QByteArray("1") << QStringLiteral("1");
+    QTest::newRow("many") << QByteArray("1234") << QStringLiteral("1234");
+    QTest::newRow("largest") << QByteArray("2147483647") << QStringLiteral("2147483647");
+    QTest::newRow("negative") << QByteArray("-3") << QStringLiteral("0");
+    QTest::newRow("no number") << QByteArray("x") << QStringLiteral("0");
+}
+
+void TestSettingsView::countIsShown()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(QString, shown);
+    SettingsFile::Write(stored.isEmpty() ? QByteArray("[VelodeskServer]\nstatement=true\n")
+                                         : "[VelodeskServer]\ntrustNum=" + stored + "\n");
+    page->ShowSetView();
+    QCOMPARE(Find<QLabel>(*page, "numDevice")->text(), QStringLiteral("当前信任设备台数：") + shown);
+    QCOMPARE(Find(*page, "clear")->isEnabled(), shown != QStringLiteral("0"));
+}
+
+void TestSettingsView::viewIsTheFifth()
+{
+    const auto* stack = Find<QStackedWidget>(*page, "ScreenWidget");
+    page->BackToMainScreen();
+    QCOMPARE(stack->currentIndex(), 0);
+    page->ShowSetView();
+    QCOMPARE(stack->currentIndex(), 4);
+    QTest::mouseClick(Find(*page, "setBack"), Qt::LeftButton);
+    QCOMPARE(stack->currentIndex(), 0);
+}
+
+void TestSettingsView::everyLookReadsTheFileAgain()
+{
+    SettingsFile::Write("[Tandra]\nfileStorePath=/first\n[VelodeskServer]\ntrustNum=2\n");
+    page->ShowSetView();
+    QCOMPARE(SavePath(), QStringLiteral("/first"));
+    SettingsFile::Write("[Tandra]\nfileStorePath=/second\n[VelodeskServer]\ntrustNum=0\n");
+    QCOMPARE(SavePath(), QStringLiteral("/first"));
+    page->ShowSetView();
+    QCOMPARE(SavePath(), QStringLiteral("/second"));
+    QVERIFY(!Find(*page, "clear")->isEnabled());
+    SettingsFile::Write("[Tandra]\nfileStorePath=/second\n[VelodeskServer]\ntrustNum=1\n");
+    page->ShowSetView();
+    QVERIFY(Find(*page, "clear")->isEnabled());
+}
+
+void TestSettingsView::storedPathIsShown_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("plain") << QStringLiteral("/home/somebody/Desktop");
+    QTest::newRow("Chinese") << QStringLiteral("/home/用户/桌面");
+    QTest::newRow("blanks") << QStringLiteral("/home/my files/from the phone");
+    QTest::newRow("equals sign") << QStringLiteral("/home/a=b");
+}
+
+void TestSettingsView::storedPathIsShown()
+{
+    QFETCH(QString, path);
+    Store(path.toUtf8());
+    page->ShowSetView();
+    QCOMPARE(SavePath(), path);
+    QCOMPARE(SettingsFile::SavePath(), path.toUtf8());
+    QCOMPARE(log->Messages().filter(QStringLiteral("ready to save")), QStringList());
+}
+
+void TestSettingsView::bytesThatAreNoTextStayInTheFile()
+{
+    const QByteArray path = "/home/\xd7\xc0\xc3\xe6";
+    Store(path);
+    page->ShowSetView();
+    QCOMPARE(SavePath(), QString::fromLocal8Bit(path));
+    DialogScript script({Cancel});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(SettingsFile::SavePath(), path);
+}
+
+void TestSettingsView::missingPathBecomesTheDesktop_data()
+{
+    QTest::addColumn<QByteArray>("configured");
+    QTest::addColumn<QString>("desktop");
+    QTest::newRow("unnamed") << QByteArray() << QStringLiteral("/Desktop");
+    QTest::newRow("named") << QByteArray("XDG_DESKTOP_DIR=\"$HOME/桌面\"\n") << QStringLiteral("/桌面");
+}
+
+void TestSettingsView::missingPathBecomesTheDesktop()
+{
+    QFETCH(QByteArray, configured);
+    QFETCH(QString, desktop);
+    const QString path = QDir::homePath() + desktop;
+    if (!configured.isEmpty()) {
+        QVERIFY(QDir::home().mkpath(QStringLiteral(".config")));
+        QFile names(QDir::home().filePath(QStringLiteral(".config/user-dirs.dirs")));
+        QVERIFY(names.open(QIODevice::WriteOnly));
+        names.write(configured);
+    }
+    for (const char* content : {"[VelodeskServer]\ntrustNum=1\n", "[Tandra]\nfileStorePath=\n"}) {
+        SettingsFile::Write(content);
+        page->ShowSetView();
+        QCOMPARE(SavePath(), path);
+        QCOMPARE(SettingsFile::SavePath(), path.toUtf8());
+    }
+}
+
+void TestSettingsView::clearLooksDisabled()
+{
+    QPalette white;
+    white.setColor(QPalette::Window, Qt::white);
+    page->setPalette(white);
+    page->setAutoFillBackground(true);
+    auto* clear = Find<QPushButton>(*page, "clear");
+    const auto pixel = [this, clear](const QPoint& pos) {
+        return QColor(
+            page->grab(QRect(clear->mapTo(page.get(), QPoint()), clear->size())).toImage().pixel(pos));
+    };
+    const QPoint inside(12, 6);
+    const QPoint border(41, 0);
+    clear->setEnabled(true);
+    QCOMPARE(pixel(inside), QColor(0xFF, 0xFF, 0xFF));
+    QCOMPARE(pixel(border), QColor(0xDB, 0xDB, 0xDB));
+    clear->setEnabled(false);
+    // Four and twenty per cent of black.
+    QVERIFY2(qAbs(pixel(inside).red() - 245) <= 1, qPrintable(pixel(inside).name()));
+    QVERIFY2(pixel(border).red() < 210, qPrintable(pixel(border).name()));
+}
+
+void TestSettingsView::dialogIsAsTold()
+{
+    const QString shown = Made(QStringLiteral("收件 箱"));
+    Store(shown.toUtf8());
+    page->ShowSetView();
+    DialogScript script({[&shown](QWidget* widget) {
+        const auto* dialog = qobject_cast<QFileDialog*>(widget);
+        QVERIFY(dialog != nullptr);
+        QCOMPARE(dialog->parentWidget(), nullptr);
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("选择文件夹"));
+        QCOMPARE(dialog->directory().path(), shown);
+        QCOMPARE(dialog->options() & QFileDialog::ShowDirsOnly, QFileDialog::ShowDirsOnly);
+        widget->close();
+    }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+}
+
+void TestSettingsView::folderIsTaken_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << QStringLiteral("phone");
+    QTest::newRow("Chinese") << QStringLiteral("手机/文件");
+    QTest::newRow("blanks") << QStringLiteral("my phone/my files");
+    QTest::newRow("per cent sign") << QStringLiteral("100%s");
+}
+
+void TestSettingsView::folderIsTaken()
+{
+    QFETCH(QString, name);
+    const QString chosen = Made(name);
+    DialogScript script({[&chosen](QWidget* dialog) {
+        Choose(dialog, chosen);
+    }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(SavePath(), chosen);
+    QCOMPARE(SettingsFile::SavePath(), chosen.toLocal8Bit());
+    QVERIFY(log->Contains(INFO, VELODESK, Accepted(chosen)));
+    QCOMPARE(log->Messages().filter(QStringLiteral("ChangePath")), QStringList());
+    QCOMPARE(log->Messages().first(), Accepted(chosen));
+}
+
+void TestSettingsView::cancelChangesNothing_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::newRow("Cancel") << 0;
+    QTest::newRow("Escape") << 1;
+    QTest::newRow("closed") << 2;
+}
+
+void TestSettingsView::cancelChangesNothing()
+{
+    QFETCH(int, way);
+    const QByteArray before = SettingsFile::Content();
+    DialogScript script({[way](QWidget* dialog) {
+        if (way == 0) {
+            Cancel(dialog);
+        } else if (way == 1) {
+            QTest::keyClick(dialog, Qt::Key_Escape);
+        } else {
+            dialog->close();
+        }
+    }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(log->Messages(), QStringList(NOTHING_CHOSEN));
+    QVERIFY(log->Contains(ERROR, VELODESK, NOTHING_CHOSEN));
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::Content(), before);
+}
+
+void TestSettingsView::vanishedFolderIsRejected()
+{
+    const QString chosen = Made(QStringLiteral("会 消失"));
+    const QString other = Made(QStringLiteral("other"));
+    DialogScript script({[&chosen](QWidget* dialog) {
+                             connect(static_cast<QDialog*>(dialog), &QDialog::finished, dialog,
+                                     [&chosen] { QVERIFY(QDir().rmdir(chosen)); });
+                             Choose(dialog, chosen);
+                         },
+                         [this, &chosen](QWidget* box) {
+                             CompareBox(box, page.get(), NOT_THERE);
+                             QVERIFY(QDir().mkdir(chosen));
+                             Confirm(box);
+                         },
+                         [&chosen, &other](QWidget* dialog) {
+                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), chosen);
+                             Choose(dialog, other);
+                         }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    const QString line = QStringLiteral("ChangePath: directory %1 not exist").arg(chosen);
+    QVERIFY(log->Contains(ERROR, VELODESK, line));
+    QCOMPARE(log->Messages().mid(0, 2), QStringList({line, Accepted(other)}));
+    QCOMPARE(SavePath(), other);
+}
+
+void TestSettingsView::folderWithoutRightsIsRejected_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("not writable") << 0500;
+    QTest::newRow("not readable") << 0300;
+    QTest::newRow("not searchable") << 0600;
+    QTest::newRow("nothing") << 0;
+}
+
+void TestSettingsView::folderWithoutRightsIsRejected()
+{
+    QFETCH(int, mode);
+    const QString chosen = Made(QStringLiteral("手机"));
+    SetMode(chosen, static_cast<mode_t>(mode));
+    DialogScript script({[&chosen](QWidget* dialog) { Choose(dialog, chosen); },
+                         [this](QWidget* box) {
+                             CompareBox(box, page.get(), NO_RIGHTS);
+                             // Nothing is taken while the box is up.
+                             QCOMPARE(SavePath(), folder->path());
+                             Confirm(box);
+                         },
+                         [&chosen](QWidget* dialog) {
+                             QCOMPARE(VeloMessageBox::GetWindCount(), 0);
+                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), chosen);
+                             Cancel(dialog);
+                         }});
+    ClickChange();
+    SetMode(chosen, ALL_RIGHTS);
+    QVERIFY(script.IsPlayedOut());
+    const QString line = QStringLiteral("ChangePath: directory %1 has fault right mode").arg(chosen);
+    QVERIFY(log->Contains(ERROR, VELODESK, line));
+    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+}
+
+void TestSettingsView::folderBehindALinkIsRejected_data()
+{
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QString>("link");
+    QTest::newRow("the folder itself") << QStringLiteral("快捷") << QStringLiteral("快捷");
+    QTest::newRow("above it") << QStringLiteral("快捷/a") << QStringLiteral("快捷");
+    QTest::newRow("far above it") << QStringLiteral("快捷/a/b/c") << QStringLiteral("快捷");
+    QTest::newRow("the lower of two") << QStringLiteral("快捷/second/b") << QStringLiteral("快捷/second");
+}
+
+void TestSettingsView::folderBehindALinkIsRejected()
+{
+    QFETCH(QString, chosen);
+    QFETCH(QString, link);
+    Made(QStringLiteral("real/a/b/c"));
+    Link(folder->filePath(QStringLiteral("real")), QStringLiteral("快捷"));
+    Link(folder->filePath(QStringLiteral("real/a")), QStringLiteral("real/second"));
+    const QString path = folder->filePath(chosen);
+    QVERIFY(QDir(path).exists());
+    DialogScript script({[&path](QWidget* dialog) { Choose(dialog, path); },
+                         [this](QWidget* box) {
+                             CompareBox(box, page.get(), SHORTCUT);
+                             Confirm(box);
+                         },
+                         [&path](QWidget* dialog) {
+                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), path);
+                             Cancel(dialog);
+                         }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    const QString line = QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link));
+    QVERIFY(log->Contains(ERROR, VELODESK, line));
+    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+}
+
+void TestSettingsView::rightsComeBeforeLinks()
+{
+    SetMode(Made(QStringLiteral("real")), 0500);
+    Link(folder->filePath(QStringLiteral("real")), QStringLiteral("link"));
+    DialogScript script(
+        {[this](QWidget* dialog) { Choose(dialog, folder->filePath(QStringLiteral("link"))); },
+         [this](QWidget* box) {
+             CompareBox(box, page.get(), NO_RIGHTS);
+             Confirm(box);
+         },
+         Cancel});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(log->Messages().filter(QStringLiteral(" link")), QStringList());
+}
+
+void TestSettingsView::rejectionsGoOnUntilACancel()
+{
+    const QString closed = Made(QStringLiteral("closed"));
+    SetMode(closed, 0500);
+    Link(folder->path(), QStringLiteral("link"));
+    const QString link = folder->filePath(QStringLiteral("link"));
+    DialogScript script({[&closed](QWidget* dialog) { Choose(dialog, closed); }, Confirm,
+                         [&link](QWidget* dialog) { Choose(dialog, link); }, Confirm,
+                         [&closed](QWidget* dialog) { Choose(dialog, closed); }, Confirm, Cancel});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(log->Messages().size(), 4);
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+}
+
+void TestSettingsView::rejectionIsClosedLikeAnyBox()
+{
+    const QString closed = Made(QStringLiteral("closed"));
+    SetMode(closed, 0500);
+    DialogScript script({[&closed](QWidget* dialog) { Choose(dialog, closed); },
+                         [](QWidget* box) { QTest::mouseClick(Find(*box, "btnClose"), Qt::LeftButton); },
+                         Cancel});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+}
+
+void TestSettingsView::castSignalsArriveBehindTheDialogs()
+{
+    const QString closed = Made(QStringLiteral("closed"));
+    SetMode(closed, 0500);
+    AppManager* manager = Singleton<AppManager>::GetInstance();
+    const auto text = [this] {
+        return Find<QPushButton>(*page, "PreScreenBtn")->text();
+    };
+    DialogScript script({[&](QWidget* dialog) {
+                             emit manager->AppEvent(AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING);
+                             QCOMPARE(text(), QStringLiteral("结束投屏"));
+                             Choose(dialog, closed);
+                         },
+                         [&](QWidget* box) {
+                             emit manager->AppEvent(AppManager::TANDRA_APP, AppManager::APP_EVENT_STOPPED);
+                             QCOMPARE(text(), QStringLiteral("开始投屏"));
+                             Confirm(box);
+                         },
+                         Cancel});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+}
+
+void TestSettingsView::unwritableSettingsShowAPathThatIsNotStored()
+{
+    const QString chosen = Made(QStringLiteral("phone"));
+    QVERIFY(QFile::setPermissions(SettingsFile::Path(), QFile::ReadOwner));
+    DialogScript script({[&chosen](QWidget* dialog) {
+        Choose(dialog, chosen);
+    }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QCOMPARE(SavePath(), chosen);
+    QVERIFY(log->Contains(INFO, VELODESK, Accepted(chosen)));
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+    page->ShowSetView();
+    QCOMPARE(SavePath(), folder->path());
+}
+
+void TestSettingsView::pathHasLink_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("link");
+    const QString none;
+    QTest::newRow("root") << QStringLiteral("/") << none;
+    QTest::newRow("empty") << QString() << none;
+    QTest::newRow("no link") << QStringLiteral("%1/real/a") << none;
+    QTest::newRow("missing") << QStringLiteral("%1/missing/a") << none;
+    QTest::newRow("link") << QStringLiteral("%1/link") << QStringLiteral("%1/link");
+    QTest::newRow("slash behind the link") << QStringLiteral("%1/link/") << QStringLiteral("%1/link");
+    QTest::newRow("below a link") << QStringLiteral("%1/link/a/b") << QStringLiteral("%1/link");
+    QTest::newRow("missing below a link") << QStringLiteral("%1/link/missing") << QStringLiteral("%1/link");
+    QTest::newRow("dangling") << QStringLiteral("%1/dangling") << QStringLiteral("%1/dangling");
+    QTest::newRow("to a file") << QStringLiteral("%1/file link") << QStringLiteral("%1/file link");
+    QTest::newRow("long target") << QStringLiteral("%1/long") << QStringLiteral("%1/long");
+    QTest::newRow("Chinese") << QStringLiteral("%1/快捷/a") << QStringLiteral("%1/快捷");
+}
+
+void TestSettingsView::pathHasLink()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, link);
+    const QString real = Made(QStringLiteral("real/a/b")).section(QLatin1Char('/'), 0, -3);
+    Link(real, QStringLiteral("link"));
+    Link(real, QStringLiteral("快捷"));
+    Link(QStringLiteral("/nonexistent"), QStringLiteral("dangling"));
+    Link(SettingsFile::Path(), QStringLiteral("file link"));
+    Link(QString(300, QLatin1Char('x')), QStringLiteral("long"));
+    const auto here = [this](const QString& text) {
+        return text.contains(QLatin1String("%1")) ? text.arg(folder->path()) : text;
+    };
+    QCOMPARE(page->PathHasLink(here(path)), !link.isEmpty());
+    if (link.isEmpty()) {
+        QCOMPARE(log->Messages(), QStringList());
+    } else {
+        const QString line = QStringLiteral("ChangePath: directory %1 link").arg(here(link));
+        QCOMPARE(log->Messages(), QStringList(line));
+        QVERIFY(log->Contains(ERROR, VELODESK, line));
+    }
+}
+
+SANDBOXED_QTEST_MAIN(TestSettingsView)
+#include "TestSettingsView.moc"
