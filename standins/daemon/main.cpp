@@ -176,6 +176,7 @@ pid_t StartAssistant(const std::vector<std::string>& command, pid_t daemonPid)
         arguments.push_back(std::to_string(daemonPid));
     }
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (auto& argument : arguments) {
         argv.push_back(argument.data());
     }

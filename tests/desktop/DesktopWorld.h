@@ -20,7 +20,8 @@ class DesktopWorld
 public:
     struct Options
     {
-        QString windowManager = QStringLiteral("openbox");
+        /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
+        QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
         QSize screen = QSize(1280, 800);
         /// An existing display to use instead of a virtual one with a window manager.
