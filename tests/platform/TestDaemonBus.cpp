@@ -50,7 +50,8 @@ struct Between
     uint64_t timeout = 0;
     uint64_t asked = 0;
 };
-Between between;
+/// One for each thread that calls.
+thread_local Between between;
 
 /// A system bus that only this process knows of, for as long as the object lives.
 class PrivateBus
