@@ -4,6 +4,9 @@ PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev l
 PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
     fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin python3-minimal)
 
+PACKAGES_FUZZ=(clang libclang-rt-14-dev)
+PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
+
 say() { printf '== %s\n' "$*"; }
 
 as_root() {

@@ -94,11 +94,11 @@ int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& s
     } else if (comment > start) {
         value = line.substr(start, comment - start);
     }
-    if (section.empty() || key.empty()) {
-        return -1;
-    }
     if (comment != std::string::npos) {
         configFile.inlineComments[section + "/" + key] = line.substr(comment);
+    }
+    if (section.empty() || key.empty()) {
+        return -1;
     }
     configFile.sections[section][key] = value;
     return 0;
@@ -148,7 +148,7 @@ int IniParser::Save(const std::string& filePath)
         WriteComments(stream, configFile, section);
         stream << '[' << section << ']' << configFile.inlineComments[section] << '\n' << std::flush;
         for (const auto& [key, value] : keys) {
-            const std::string path = section + "/" + key;
+            const std::string path = std::string(section).append("/").append(key);
             // A comment can stand here only if it belongs to a section of that name; the key is then left
             // out.
             if (!configFile.commentLines[path + "0"].empty()) {

@@ -17,6 +17,36 @@ namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
 constexpr int ARGUMENT_COUNT = 2;
 constexpr char PROGRAM_NAME[] = "Velodesk";
+constexpr char GL_INTEGRATION[] = "QT_XCB_GL_INTEGRATION";
+
+/// Keeps Qt's X11 plug-in from loading an OpenGL stack that no window here draws with: it takes more than
+/// half of the start and 20 MiB. The plug-in looks once, at the first native window. A value of the user's
+/// stands.
+class GlSwitchedOff
+{
+public:
+    GlSwitchedOff() : ours(!qEnvironmentVariableIsSet(GL_INTEGRATION))
+    {
+        if (ours) {
+            qputenv(GL_INTEGRATION, "none");
+        }
+    }
+    ~GlSwitchedOff() { End(); }
+    GlSwitchedOff(const GlSwitchedOff&) = delete;
+    GlSwitchedOff& operator=(const GlSwitchedOff&) = delete;
+
+    /// After the first window was shown and before any child is started: children inherit the environment.
+    void End()
+    {
+        if (ours) {
+            qunsetenv(GL_INTEGRATION);
+            ours = false;
+        }
+    }
+
+private:
+    bool ours;
+};
 
 /// Only the daemon starts this program: by the bare name, with its own process id. On true that id is stored.
 bool CheckArgs(int argc, char** argv)
@@ -56,12 +86,13 @@ void MoveToCentre(QWidget& window)
 }
 
 /// Shows the agreement where it was never accepted; true if the user may go on.
-bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin)
+bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, GlSwitchedOff& glSwitchedOff)
 {
     const Configure& configure = *Singleton<Configure>::GetInstance();
     if (!configure.IsStatementRead()) {
         application.SetMainWindow(protocolWin);
         protocolWin.show();
+        glSwitchedOff.End();
         MoveToCentre(protocolWin);
         QApplication::exec();
     }
@@ -69,7 +100,7 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin)
     return configure.IsStatementRead() || protocolWin.IsReadStatement();
 }
 
-void RunMainWindow(SingleApplication& application)
+void RunMainWindow(SingleApplication& application, GlSwitchedOff& glSwitchedOff)
 {
     LOG_INFO("Mainwindow start.");
     // The status server listens before any page exists.
@@ -79,6 +110,7 @@ void RunMainWindow(SingleApplication& application)
     application.SetMainWindow(veloWin);
     veloWin.SetAppObj(application);
     veloWin.show();
+    glSwitchedOff.End();
     MoveToCentre(veloWin);
     QApplication::exec();
 }
@@ -92,6 +124,7 @@ int main(int argc, char** argv)
     }
     LOG_INFO("%sUse Shadow", Shadow::useShadow ? "" : "Don't ");
 
+    GlSwitchedOff glSwitchedOff;
     SingleApplication application(argc, argv);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/velo/logo")));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
@@ -109,9 +142,9 @@ int main(int argc, char** argv)
 
     ProtocolWin protocolWin(nullptr);
     protocolWin.exitHook = StopVelodeskd;
-    if (!RunAgreement(application, protocolWin)) {
+    if (!RunAgreement(application, protocolWin, glSwitchedOff)) {
         return 0;
     }
-    RunMainWindow(application);
+    RunMainWindow(application, glSwitchedOff);
     return 0;
 }

@@ -186,7 +186,7 @@ std::string DirOperator::UserPath(const std::string& field) const
 
 std::string DirOperator::MadeUserPath(const std::string& field)
 {
-    const std::string path = UserPath(field);
+    std::string path = UserPath(field);
     if (IsDirExist(path) || CreateDirectories(path) == ErrorCode::CommonStatus::ACTION_SUCCESS) {
         return path;
     }
@@ -196,7 +196,7 @@ std::string DirOperator::MadeUserPath(const std::string& field)
 
 std::string DirOperator::ExistingUserPath(const std::string& field) const
 {
-    const std::string path = UserPath(field);
+    std::string path = UserPath(field);
     if (IsDirExist(path)) {
         return path;
     }

@@ -103,9 +103,10 @@ void Logger::CopyLog2Log(std::string from, std::string to) const
 {
     std::ifstream source(from);
     std::ofstream target(to);
-    if (target.is_open()) {
-        chmod(to.c_str(), FILE_MODE);
+    if (!target.is_open()) {
+        return;
     }
+    chmod(to.c_str(), FILE_MODE);
     // Byte by byte, straight between the streams' buffers: a formatted get and put would test the stream's
     // state for each of 32 MiB.
     std::filebuf& bytes = *source.rdbuf();
@@ -150,7 +151,11 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
     std::array<char, MESSAGE_SIZE> message{};
     va_list args;
     va_start(args, format);
+    // Held against its arguments at every call site instead.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     const int length = vsnprintf_s(message.data(), message.size(), message.size() - 1, format, args);
+#pragma GCC diagnostic pop
     va_end(args);
     if (length < 0) {
         // Dropped, not cut: a line is whole or not there.

@@ -23,7 +23,7 @@ public:
         } catch (const std::bad_alloc&) {
             return nullptr;
         }
-        std::atexit(&Singleton<T>::Destroy);
+        static_cast<void>(std::atexit(&Singleton<T>::Destroy));
         return sm_ins;
     }
 

@@ -276,6 +276,12 @@ bool VeloWin::eventFilter(QObject* watched, QEvent* event)
     if (watched == &popUpMenu && event->type() == QEvent::FocusOut) {
         popUpMenu.hide();
     }
+    if (watched == &popUpMenu && event->type() == QEvent::Hide &&
+        !ui->menu->rect().contains(ui->menu->mapFromGlobal(QCursor::pos()))) {
+        // While a pop-up is open Qt drops the leave event that would end the hover look of its button.
+        ui->menu->setAttribute(Qt::WA_UnderMouse, false);
+        ui->menu->update();
+    }
     return QObject::eventFilter(watched, event);
 }
 

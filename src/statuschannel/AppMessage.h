@@ -12,11 +12,12 @@ enum AppStatus : char
 };
 
 /// The words of the status channel, shared by both of its ends.
+// With their lengths: clang does not take strlen for a constant.
 namespace StatusText {
-constexpr QLatin1String KEY("status");
-constexpr QLatin1String INIT("init");
-constexpr QLatin1String RUN("run");
-constexpr QLatin1String STOP("stop");
+constexpr QLatin1String KEY("status", 6);
+constexpr QLatin1String INIT("init", 4);
+constexpr QLatin1String RUN("run", 3);
+constexpr QLatin1String STOP("stop", 4);
 } // namespace StatusText
 
 /// One message of the status channel: a compact JSON object (RFC 8259) in UTF-8 with the one member "status",

@@ -141,12 +141,19 @@ const sd_bus_vtable VTABLE[] = {
     SD_BUS_METHOD("velodeskd", "s", "s", OnCommand, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 };
+const sd_bus_vtable WRONG_TYPE_VTABLE[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("velodeskd", "s", "i", OnCommand, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END,
+};
 
 bool Serve(Daemon& daemon)
 {
     int result = sd_bus_open_system(&daemon.bus);
     if (result >= 0) {
-        result = sd_bus_add_object_vtable(daemon.bus, nullptr, OBJECT_PATH, BUS_NAME, VTABLE, &daemon);
+        result = sd_bus_add_object_vtable(
+            daemon.bus, nullptr, OBJECT_PATH, BUS_NAME,
+            daemon.misbehaviour == Misbehaviour::WRONG_TYPE ? WRONG_TYPE_VTABLE : VTABLE, &daemon);
     }
     if (result >= 0) {
         result = sd_bus_request_name(daemon.bus, BUS_NAME, 0);

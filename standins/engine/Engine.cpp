@@ -5,12 +5,14 @@
 #include <QTimer>
 #include <csignal>
 #include <ctime>
+#include <unistd.h>
 
 #include "config/Constant.h"
 
 namespace {
 constexpr char DEFAULT_SCRIPT[] = "report init\nwait 500\nreport run\n";
 constexpr int CONNECT_TIMEOUT_MS = 3000;
+constexpr unsigned int LINGER_S = 60;
 /// The last report has left by then; ConnClient does not flush.
 constexpr int LAST_REPORT_MS = 50;
 
@@ -93,11 +95,21 @@ bool Engine::Do(const QString& verb, const QString& rest)
     if (verb == QLatin1String("report")) {
         Report(rest);
     } else if (verb == QLatin1String("send")) {
-        SendRaw(rest);
+        SendRaw(rest.toUtf8());
+    } else if (verb == QLatin1String("flood")) {
+        SendRaw(rest.section(QLatin1Char(' '), 1)
+                    .toUtf8()
+                    .repeated(rest.section(QLatin1Char(' '), 0, 0).toInt()));
+    } else if (verb == QLatin1String("bulk")) {
+        SendRaw(QByteArray(rest.toInt(), 'x'));
+    } else if (verb == QLatin1String("connections")) {
+        MakeConnections(rest.toInt());
+    } else if (verb == QLatin1String("linger")) {
+        Linger();
     } else if (verb == QLatin1String("repeat")) {
         const QString text = rest.section(QLatin1Char(' '), 0, -2);
         auto* timer = new QTimer(this);
-        connect(timer, &QTimer::timeout, this, [this, text] { SendRaw(text); });
+        connect(timer, &QTimer::timeout, this, [this, text] { SendRaw(text.toUtf8()); });
         timer->start(rest.section(QLatin1Char(' '), -1).toInt());
     } else if (verb == QLatin1String("drop")) {
         client->DisConnect();
@@ -131,12 +143,40 @@ void Engine::Report(const QString& status)
     }
 }
 
-void Engine::SendRaw(const QString& text)
+void Engine::SendRaw(const QByteArray& bytes)
 {
-    if (rawSocket.state() != QLocalSocket::ConnectedState) {
-        rawSocket.connectToServer(QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME)));
-        rawSocket.waitForConnected(CONNECT_TIMEOUT_MS);
+    Connect(rawSocket);
+    rawSocket.write(bytes);
+    while (rawSocket.bytesToWrite() > 0 && rawSocket.waitForBytesWritten(CONNECT_TIMEOUT_MS)) {
     }
-    rawSocket.write(text.toUtf8());
-    rawSocket.flush();
+}
+
+void Engine::Connect(QLocalSocket& socket) const
+{
+    if (socket.state() != QLocalSocket::ConnectedState) {
+        socket.connectToServer(QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME)));
+        socket.waitForConnected(CONNECT_TIMEOUT_MS);
+    }
+}
+
+void Engine::MakeConnections(int count) const
+{
+    for (int i = 0; i < count; ++i) {
+        QLocalSocket socket;
+        Connect(socket);
+    }
+    Note(QStringLiteral("connections made"));
+}
+
+void Engine::Linger() const
+{
+    const pid_t child = fork();
+    if (child != 0) {
+        Note(QStringLiteral("left behind %1").arg(child));
+        return;
+    }
+    // Nothing of Qt may run here: the child shares the parent's connections.
+    std::signal(SIGTERM, SIG_IGN);
+    sleep(LINGER_S);
+    _exit(0);
 }

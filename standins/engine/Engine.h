@@ -17,6 +17,10 @@
 ///   send TEXT              writes TEXT once, as it stands, on a connection of its own
 ///   wait MS                goes on after that many milliseconds
 ///   await NAME             goes on once a file NAME stands in the home
+///   flood COUNT TEXT       writes TEXT that many times without a pause, on a connection of its own
+///   bulk BYTES             writes that many bytes that are no message, without a pause
+///   connections COUNT      makes that many connections one after the other, each closed at once
+///   linger                 leaves a child behind that ignores the termination request for a minute
 ///   drop                   closes the ConnClient's connection; its next repeat makes a new one
 ///   ignore-terminate       from then on a termination request changes nothing
 ///   exit CODE | crash      ends this process
@@ -48,7 +52,10 @@ private:
     /// Does one step; false if the script goes on later.
     bool Do(const QString& verb, const QString& rest);
     void Report(const QString& status);
-    void SendRaw(const QString& text);
+    void SendRaw(const QByteArray& bytes);
+    void Connect(QLocalSocket& socket) const;
+    void MakeConnections(int count) const;
+    void Linger() const;
 
     QString home;
     QStringList script;

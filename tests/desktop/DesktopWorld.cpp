@@ -18,6 +18,12 @@ constexpr int STARTED_MS = 10000;
 constexpr int ENDED_MS = 5000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
+constexpr QSize MENU_CARD(96, 108);
+constexpr QPoint MENU_BUTTON(168 + 588, 22);
+constexpr int MENU_ENTRY_HEIGHT = 36;
+/// The row with the device name, on the page.
+constexpr QRect NAME_ROW(152, 361, 416, 22);
+constexpr int PENCIL_SIZE = 16;
 constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
@@ -186,23 +192,34 @@ int DesktopWorld::StartSecond()
 
 int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& unset)
 {
+    const auto process = LaunchProgram(arguments, unset);
+    if (!process->waitForFinished(STARTED_MS)) {
+        End(*process);
+        return -1;
+    }
+    return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
+}
+
+std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& arguments,
+                                                      const QStringList& unset) const
+{
     QProcessEnvironment changed = environment;
     for (const QString& name : unset) {
         changed.remove(name);
     }
-    QProcess process;
-    process.setProcessEnvironment(changed);
-    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(changed);
+    process->setProcessChannelMode(QProcess::ForwardedChannels);
     QStringList command = SandboxArguments();
+    if (unset.contains(QStringLiteral("HOME"))) {
+        // Without a home the program tries the root of the file system, which is the machine's own.
+        command << QStringLiteral("--remount-ro") << QStringLiteral("/");
+    }
     command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
             << arguments.first() << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk")
             << arguments.mid(1);
-    process.start(QStringLiteral("bwrap"), command);
-    if (!process.waitForFinished(STARTED_MS)) {
-        End(process);
-        return -1;
-    }
-    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    process->start(QStringLiteral("bwrap"), command);
+    return process;
 }
 
 qint64 DesktopWorld::AssistantPid() const
@@ -238,6 +255,23 @@ int DesktopWorld::AssistantStatus() const
 QString DesktopWorld::Home() const
 {
     return scratch.filePath(QStringLiteral("home"));
+}
+
+void DesktopWorld::EndServer()
+{
+    // Our own connection first: Xlib ends a program whose server is gone.
+    desktop.reset();
+    End(server);
+}
+
+void DesktopWorld::EndWindowManager()
+{
+    End(windowManager);
+}
+
+void DesktopWorld::EndSystemBus()
+{
+    End(systemBus);
 }
 
 QString DesktopWorld::InstalledDir() const
@@ -327,6 +361,22 @@ XDesktop::Window DesktopWorld::SmallWindow() const
     return FindWindow(SMALL_CARD);
 }
 
+XDesktop::Window DesktopWorld::MenuWindow() const
+{
+    return FindWindow(MENU_CARD);
+}
+
+XDesktop::Window DesktopWorld::FolderDialog() const
+{
+    const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
+    for (const XDesktop::Window& window : windows) {
+        if (window.title == QStringLiteral("选择文件夹")) {
+            return window;
+        }
+    }
+    return {0, QRect(), QString()};
+}
+
 QPoint DesktopWorld::OnCard(const QPoint& pos) const
 {
     return BigWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
@@ -345,6 +395,61 @@ QPoint DesktopWorld::OnSmallCard(const QPoint& pos) const
 void DesktopWorld::ClickPage(const QPoint& pos) const
 {
     desktop->Click(OnPage(pos));
+}
+
+void DesktopWorld::ClickCard(const QPoint& pos) const
+{
+    desktop->Click(OnCard(pos));
+}
+
+void DesktopWorld::ClickSmallCard(const QPoint& pos) const
+{
+    desktop->Click(OnSmallCard(pos));
+}
+
+bool DesktopWorld::ChooseFromMenu(int entry) const
+{
+    ClickCard(MENU_BUTTON);
+    if (!WaitFor([this] { return MenuWindow().id != 0; })) {
+        return false;
+    }
+    const QPoint middle(MENU_CARD.width() / 2, MENU_ENTRY_HEIGHT * entry + MENU_ENTRY_HEIGHT / 2);
+    desktop->Click(MenuWindow().rect.topLeft() + QPoint(Margin(), Margin()) + middle);
+    return WaitFor([this] { return MenuWindow().id == 0; });
+}
+
+QPoint DesktopWorld::PencilPos() const
+{
+    const QImage row = desktop->Screen().copy(QRect(OnPage(NAME_ROW.topLeft()), NAME_ROW.size()));
+    for (int x = row.width() - 1; x >= 0; --x) {
+        for (int y = 0; y < row.height(); ++y) {
+            if (row.pixel(x, y) != qRgb(0xFF, 0xFF, 0xFF)) {
+                return OnPage(NAME_ROW.topLeft() + QPoint(x - PENCIL_SIZE / 2 + 2, NAME_ROW.height() / 2));
+            }
+        }
+    }
+    return OnPage(NAME_ROW.center());
+}
+
+void DesktopWorld::AppendSettings(const QString& lines) const
+{
+    QFile file(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
+    if (file.open(QIODevice::Append)) {
+        file.write(lines.toUtf8());
+    }
+}
+
+bool DesktopWorld::PageHasColour(const QRect& area, QRgb colour) const
+{
+    const QImage image = desktop->Screen().copy(QRect(OnPage(area.topLeft()), area.size()));
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixel(x, y) == colour) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 bool DesktopWorld::ShowsCasting() const

@@ -52,6 +52,10 @@ public:
     /// with argv[0]. Names in `unset` are taken out of the environment.
     int RunProgram(const QStringList& arguments, const QStringList& unset = {});
 
+    /// The same without waiting. Killing the process kills the program.
+    std::unique_ptr<QProcess> LaunchProgram(const QStringList& arguments,
+                                            const QStringList& unset = {}) const;
+
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
     bool WaitForDaemonEnd(int milliseconds = 15000);
@@ -61,6 +65,11 @@ public:
     int AssistantStatus() const;
 
     QString Home() const;
+    /// Ends the X server, the window manager or the system bus under the running program.
+    void EndServer();
+    void EndWindowManager();
+    void EndSystemBus();
+
     /// Where the program finds its installed files.
     QString InstalledDir() const;
     /// What the environment of everything started here holds.
@@ -84,12 +93,27 @@ public:
     XDesktop::Window BigWindow() const;
     /// The exit confirmation or a message box.
     XDesktop::Window SmallWindow() const;
+    XDesktop::Window MenuWindow() const;
+    /// Qt's own dialog for choosing a folder.
+    XDesktop::Window FolderDialog() const;
     /// Where a point of the big window's card stands on the screen.
     QPoint OnCard(const QPoint& pos) const;
     /// Where a point of the multi-screen page stands on the screen.
     QPoint OnPage(const QPoint& pos) const;
     QPoint OnSmallCard(const QPoint& pos) const;
+    void ClickCard(const QPoint& pos) const;
     void ClickPage(const QPoint& pos) const;
+    void ClickSmallCard(const QPoint& pos) const;
+    /// Opens the menu in the title strip and clicks an entry, 0 help, 1 settings, 2 about; false if no menu
+    /// came up.
+    bool ChooseFromMenu(int entry) const;
+    /// Where the pencil behind the device name stands on the screen: font metrics decide, so it is looked
+    /// for.
+    QPoint PencilPos() const;
+    /// Adds lines to the settings file.
+    void AppendSettings(const QString& lines) const;
+    /// Whether the area of the page holds any pixel of that colour.
+    bool PageHasColour(const QRect& area, QRgb colour) const;
     /// Whether the screen shows the casting state, by the start button's colour.
     bool ShowsCasting() const;
     bool ShowsIdle() const;

@@ -182,6 +182,19 @@ bool XDesktop::IsMapped(unsigned long id) const
     return x->Viewable(id);
 }
 
+unsigned long XDesktop::WindowUnderPointer() const
+{
+    ::Window root = 0;
+    ::Window child = 0;
+    int rootX = 0;
+    int rootY = 0;
+    int x1 = 0;
+    int y1 = 0;
+    unsigned int held = 0;
+    XQueryPointer(x->display, x->root, &root, &child, &rootX, &rootY, &x1, &y1, &held);
+    return child;
+}
+
 void XDesktop::MoveTo(const QPoint& pos) const
 {
     XTestFakeMotionEvent(x->display, -1, pos.x(), pos.y(), 0);
@@ -224,7 +237,11 @@ void XDesktop::Drag(const QPoint& from, const QPoint& to) const
 
 void XDesktop::Key(const QString& keysym) const
 {
-    const KeySym symbol = XStringToKeysym(keysym.toLatin1().constData());
+    PressKey(XStringToKeysym(keysym.toLatin1().constData()));
+}
+
+void XDesktop::PressKey(unsigned long symbol) const
+{
     const KeyCode code = XKeysymToKeycode(x->display, symbol);
     const bool shifted = XkbKeycodeToKeysym(x->display, code, 0, 0) != symbol;
     const KeyCode shift = XKeysymToKeycode(x->display, XK_Shift_L);
@@ -243,7 +260,8 @@ void XDesktop::Key(const QString& keysym) const
 void XDesktop::Type(const QString& text) const
 {
     for (const QChar letter : text) {
-        Key(QString(letter));
+        // A keysym of Latin 1 has the character's number.
+        PressKey(letter.unicode());
     }
 }
 

@@ -40,14 +40,18 @@ public:
     void Minimise(unsigned long id) const;
     bool IsMapped(unsigned long id) const;
 
+    /// The id of the top-level window, frame included, that the pointer is over; 0 over the desktop.
+    unsigned long WindowUnderPointer() const;
+
     void MoveTo(const QPoint& pos) const;
     void Press(int button = 1) const;
     void Release(int button = 1) const;
     void Click(const QPoint& pos, int button = 1) const;
     /// Presses at `from`, goes to `to` in steps, releases there.
     void Drag(const QPoint& from, const QPoint& to) const;
-    /// Types Latin letters and digits, or a named key such as "Return" or "BackSpace".
+    /// Presses a key by its keysym's name, such as "Return" or "BackSpace".
     void Key(const QString& keysym) const;
+    /// Types printable characters of ASCII.
     void Type(const QString& text) const;
 
     /// What the screen shows now.
@@ -55,6 +59,8 @@ public:
     QRgb PixelAt(const QPoint& pos) const;
 
 private:
+    void PressKey(unsigned long symbol) const;
+
     struct Connection;
     std::unique_ptr<Connection> x;
 };

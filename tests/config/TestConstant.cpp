@@ -1,0 +1,245 @@
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+
+#include "config/Constant.h"
+#include "support/Files.h"
+
+namespace {
+const QString DATA = QStringLiteral("/Velodesk/");
+const QString LOG = QStringLiteral("/Velodesk/log");
+
+/// The table of texts for what the two directory getters give.
+QStringList Table(const QString& dataDir, const QString& logDir)
+{
+    return {QStringLiteral("0 ") + dataDir,
+            QStringLiteral("1 ") + logDir + QStringLiteral("/velodesk.log"),
+            QStringLiteral("2 ") + dataDir + QStringLiteral("/velodesk.conf"),
+            QStringLiteral("3 /opt/apps/com.zelmora.velodesk/files/tandra/bin/Tandra"),
+            QStringLiteral("4 ") + dataDir + QStringLiteral("TandraIpc"),
+            QStringLiteral("5 Tandra"),
+            QStringLiteral("6 VelodeskServer"),
+            QStringLiteral("7 devicename"),
+            QStringLiteral("8 statement"),
+            QStringLiteral("9 trustNum"),
+            QStringLiteral("10 fileStorePath")};
+}
+} // namespace
+
+class TestConstant : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void textsAreNumberedInTheirOrder();
+    void numbersAreTold();
+    void otherNamesAreEmptyOrZero_data();
+    void otherNamesAreEmptyOrZero();
+    void valueIsACopy();
+
+    void directoriesAreThereBeforeMain_data();
+    void directoriesAreThereBeforeMain();
+    void existingDirectoriesAreKept();
+    void settingsHaveTwoSlashesAndTheSocketNone();
+    void tableIsFilledWithoutAHome_data();
+    void tableIsFilledWithoutAHome();
+    void homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories();
+    void rootOfTheFileSystemStandsInForAHome();
+
+private:
+    /// What the probe prints in a world that may not be written but for this test's own directory.
+    QStringList Probe(const QByteArray& home, const QStringList& directories = {});
+    QStringList Run(const QStringList& world, const QByteArray& home, const QStringList& directories);
+
+    std::unique_ptr<QTemporaryDir> directory;
+    QString home;
+};
+
+void TestConstant::init()
+{
+    directory = std::make_unique<QTemporaryDir>();
+    home = directory->filePath(QStringLiteral("a"));
+    QVERIFY(QDir().mkdir(home));
+    SetMode(home, 0755);
+}
+
+void TestConstant::cleanup()
+{
+    directory.reset();
+}
+
+QStringList TestConstant::Run(const QStringList& world, const QByteArray& variable,
+                              const QStringList& directories)
+{
+    QStringList arguments = world;
+    arguments << QStringLiteral("--cap-drop") << QStringLiteral("ALL") << QStringLiteral("--die-with-parent");
+    if (variable.isNull()) {
+        arguments << QStringLiteral("--unsetenv") << QStringLiteral("HOME");
+    } else {
+        arguments << QStringLiteral("--setenv") << QStringLiteral("HOME") << QString::fromLocal8Bit(variable);
+    }
+    arguments << QStringLiteral("--") << QStringLiteral(CONSTANTPROBE) << directories;
+    QProcess probe;
+    probe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    probe.start(QStringLiteral("bwrap"), arguments);
+    if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
+        return {QStringLiteral("the probe failed")};
+    }
+    QStringList lines = QString::fromLocal8Bit(probe.readAllStandardOutput()).split(QLatin1Char('\n'));
+    lines.removeLast();
+    return lines;
+}
+
+QStringList TestConstant::Probe(const QByteArray& variable, const QStringList& directories)
+{
+    return Run({QStringLiteral("--ro-bind"), QStringLiteral("/"), QStringLiteral("/"),
+                QStringLiteral("--bind"), directory->path(), directory->path()},
+               variable, directories);
+}
+
+void TestConstant::textsAreNumberedInTheirOrder()
+{
+    const Velodesk::StrConstName names[] = {
+        Velodesk::DATA_DIR,       Velodesk::LOG_FILE,           Velodesk::CONF_FILE,
+        Velodesk::ENGINE_PATH,    Velodesk::ENGINE_IPC_NAME,    Velodesk::ENGINE_SECTION,
+        Velodesk::SERVER_SECTION, Velodesk::KEY_DEVICE_NAME,    Velodesk::KEY_STATEMENT,
+        Velodesk::KEY_TRUST_NUM,  Velodesk::KEY_FILE_STORE_PATH};
+    QStringList lines;
+    for (const Velodesk::StrConstName name : names) {
+        lines.append(QStringLiteral("%1 %2").arg(int(name)).arg(
+            QString::fromStdString(Constant<Velodesk::StrConstName, std::string>::GetConstant(name))));
+    }
+    const QString own = QString::fromLocal8Bit(qgetenv("HOME"));
+    QCOMPARE(lines, Table(own + DATA, own + LOG));
+}
+
+void TestConstant::numbersAreTold()
+{
+    QCOMPARE(int(Velodesk::APP_STOP_TIMEOUT_MS), 0);
+    QCOMPARE((Constant<Velodesk::IntConstName, int>::GetConstant(Velodesk::APP_STOP_TIMEOUT_MS)), 3000);
+    QCOMPARE(GetConstant(Velodesk::APP_STOP_TIMEOUT_MS), 3000);
+}
+
+void TestConstant::otherNamesAreEmptyOrZero_data()
+{
+    QTest::addColumn<int>("text");
+    QTest::addColumn<int>("number");
+    QTest::newRow("the next") << 11 << 1;
+    QTest::newRow("the last that the type holds") << 15 << 1;
+}
+
+void TestConstant::otherNamesAreEmptyOrZero()
+{
+    QFETCH(int, text);
+    QFETCH(int, number);
+    QCOMPARE(GetConstant(static_cast<Velodesk::StrConstName>(text)), std::string());
+    QCOMPARE(GetConstant(static_cast<Velodesk::IntConstName>(number)), 0);
+}
+
+void TestConstant::valueIsACopy()
+{
+    std::string text = GetConstant(Velodesk::ENGINE_SECTION);
+    text += "changed";
+    QCOMPARE(GetConstant(Velodesk::ENGINE_SECTION), std::string("Tandra"));
+}
+
+void TestConstant::directoriesAreThereBeforeMain_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::newRow("wide mask") << 0;
+    QTest::newRow("common mask") << 022;
+}
+
+void TestConstant::directoriesAreThereBeforeMain()
+{
+    QFETCH(int, mask);
+    const Umask umaskOfThisTest(static_cast<mode_t>(mask));
+    const QStringList there{QStringLiteral("there"), QStringLiteral("there")};
+    QCOMPARE(Probe(home.toLocal8Bit(), {home + DATA, home + LOG}), there + Table(home + DATA, home + LOG));
+    QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0700));
+    QCOMPARE(ModeOf(home + LOG), mode_t(0700));
+    QCOMPARE(ModeOf(home), mode_t(0755));
+    // No file is made, and nothing for the engine.
+    QCOMPARE(QDir(home + DATA).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("log")));
+    QVERIFY(QDir(home + LOG).isEmpty());
+}
+
+void TestConstant::existingDirectoriesAreKept()
+{
+    QVERIFY(QDir().mkpath(home + LOG));
+    SetMode(home + QStringLiteral("/Velodesk"), 0755);
+    SetMode(home + LOG, 0750);
+    WriteAll(home + QStringLiteral("/Velodesk/velodesk.conf"), "text");
+    QCOMPARE(Probe(home.toLocal8Bit()), Table(home + DATA, home + LOG));
+    QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0755));
+    QCOMPARE(ModeOf(home + LOG), mode_t(0750));
+    QCOMPARE(ReadAll(home + QStringLiteral("/Velodesk/velodesk.conf")), QByteArray("text"));
+}
+
+void TestConstant::settingsHaveTwoSlashesAndTheSocketNone()
+{
+    const QStringList table = Probe(home.toLocal8Bit());
+    QCOMPARE(table.at(2), QStringLiteral("2 ") + home + QStringLiteral("/Velodesk//velodesk.conf"));
+    QCOMPARE(table.at(4), QStringLiteral("4 ") + home + QStringLiteral("/Velodesk/TandraIpc"));
+}
+
+void TestConstant::tableIsFilledWithoutAHome_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::newRow("unset") << QByteArray();
+    QTest::newRow("empty") << QByteArray("");
+    QTest::newRow("missing") << QByteArray("/nowhere/at/all");
+    QTest::newRow("file") << QByteArray("/proc/self/exe");
+}
+
+void TestConstant::tableIsFilledWithoutAHome()
+{
+    QFETCH(QByteArray, value);
+    QCOMPARE(Probe(value), Table(QString(), QString()));
+}
+
+void TestConstant::homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories()
+{
+    SetMode(home, 0500);
+    QCOMPARE(Probe(home.toLocal8Bit()), Table(QString(), QString()));
+    SetMode(home, 0700);
+    QVERIFY(QDir(home).isEmpty());
+    // A log directory alone that cannot be made.
+    QVERIFY(QDir().mkdir(home + DATA));
+    SetMode(home + QStringLiteral("/Velodesk"), 0500);
+    QCOMPARE(Probe(home.toLocal8Bit()), Table(home + DATA, QString()));
+    SetMode(home + QStringLiteral("/Velodesk"), 0700);
+}
+
+void TestConstant::rootOfTheFileSystemStandsInForAHome()
+{
+    // For whoever may write there: here in a root of its own.
+    const QString programs = QFileInfo(QStringLiteral(CONSTANTPROBE)).path();
+    const QStringList world{QStringLiteral("--ro-bind"),
+                            QStringLiteral("/usr"),
+                            QStringLiteral("/usr"),
+                            QStringLiteral("--symlink"),
+                            QStringLiteral("usr/lib"),
+                            QStringLiteral("/lib"),
+                            QStringLiteral("--symlink"),
+                            QStringLiteral("usr/lib64"),
+                            QStringLiteral("/lib64"),
+                            QStringLiteral("--proc"),
+                            QStringLiteral("/proc"),
+                            QStringLiteral("--ro-bind"),
+                            programs,
+                            programs};
+    QCOMPARE(Run(world, QByteArray(), {DATA, LOG}),
+             QStringList({QStringLiteral("there"), QStringLiteral("there")}) + Table(DATA, LOG));
+    QVERIFY(!QFileInfo::exists(DATA));
+}
+
+QTEST_GUILESS_MAIN(TestConstant)
+#include "TestConstant.moc"

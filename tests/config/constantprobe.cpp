@@ -1,0 +1,26 @@
+#include <cstdio>
+#include <sys/stat.h>
+
+#include "config/Constant.h"
+
+namespace {
+void Tell(const char* name)
+{
+    struct stat status
+    {};
+    const bool isThere = stat(name, &status) == 0 && S_ISDIR(status.st_mode);
+    std::printf("%s\n", isThere ? "there" : "not there");
+}
+} // namespace
+
+/// Prints whether the directories given were there before this began, and then what the tables hold.
+int main(int argc, char* argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        Tell(argv[i]);
+    }
+    for (int i = 0; i <= Velodesk::KEY_FILE_STORE_PATH; ++i) {
+        std::printf("%d %s\n", i, GetConstant(static_cast<Velodesk::StrConstName>(i)).c_str());
+    }
+    return 0;
+}

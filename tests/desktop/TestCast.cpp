@@ -1,0 +1,240 @@
+#include <QDir>
+#include <QFile>
+
+#include "DesktopTest.h"
+
+class TestCast : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { world.reset(); }
+
+    void clickStartsAndStopsACast();
+    void engineIsGivenTheDaemonsNumber();
+    void displayWaitsForTheEnginesReport();
+    void reportOfTheEngineEndsTheCast();
+    void crashEndsTheCast();
+    void endedEngineEndsTheCast();
+    void engineThatIgnoresTheRequestGoesOn();
+    void unusableEngineIsWarnedOf_data();
+    void unusableEngineIsWarnedOf();
+    void directoryInTheEnginesPlaceFailsToStart();
+    void badMessageChangesNothing_data();
+    void badMessageChangesNothing();
+    void nextRepeatPutsRightWhatWasLost();
+    void droppedConnectionComesBack();
+    void reportWithoutAProcessDoesNotCount();
+
+private:
+    void StartCast(const QString& script)
+    {
+        world->WriteEngineScript(script);
+        world->ClickPage(CAST_BUTTON);
+        VERIFY_SOON(world->ShowsCasting());
+    }
+    QString EnginePath() const { return world->InstalledDir() + QStringLiteral("/tandra/bin/Tandra"); }
+};
+
+void TestCast::clickStartsAndStopsACast()
+{
+    Begin();
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    QCOMPARE(world->CountLog(QStringLiteral("Click start app button.")), 1);
+    QCOMPARE(world->CountLog(QStringLiteral("App started.")), 1);
+    QVERIFY(world->HasLog(QStringLiteral("/Velodesk/TandraIpc] started")));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsIdle());
+    VERIFY_SOON(EngineTime(QStringLiteral("ended")) > 0);
+    QCOMPARE(world->CountLog(QStringLiteral("Click stop app button.")), 1);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 0.")));
+    QVERIFY(!world->HasLog(QStringLiteral("kill process")));
+    // And once more.
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+}
+
+void TestCast::engineIsGivenTheDaemonsNumber()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\n"));
+    QString daemonPid;
+    for (const DesktopWorld::Event& event : world->DaemonEvents()) {
+        if (event.what.startsWith(QLatin1String("serving "))) {
+            daemonPid = event.what.section(QLatin1Char(' '), 1);
+        }
+    }
+    QVERIFY(!daemonPid.isEmpty());
+    QVERIFY(world->EngineEvents().first().what.endsWith(QStringLiteral(" for ") + daemonPid));
+}
+
+void TestCast::displayWaitsForTheEnginesReport()
+{
+    Begin();
+    world->WriteEngineScript(QStringLiteral("report init\nawait phone\nreport run\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("event inited")));
+    QVERIFY(world->ShowsIdle());
+    Signal(QStringLiteral("phone"));
+    VERIFY_SOON(world->ShowsCasting());
+}
+
+void TestCast::reportOfTheEngineEndsTheCast()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nawait phone-gone\nreport stop\n"));
+    Signal(QStringLiteral("phone-gone"));
+    VERIFY_SOON(world->ShowsIdle());
+    // The process lives on, and the next click starts another one beside it.
+    QCOMPARE(EngineTime(QStringLiteral("ended")), -1);
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("count is 2")));
+}
+
+void TestCast::crashEndsTheCast()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nawait bang\ncrash\n"));
+    Signal(QStringLiteral("bang"));
+    VERIFY_SOON(world->ShowsIdle());
+    VERIFY_SOON(world->HasLog(QStringLiteral("]error: 1")));
+    VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 9.")));
+    QVERIFY(!world->HasLog(QStringLiteral("Tandra startup failed.")));
+    QVERIFY(!world->HasLog(QStringLiteral("event stopped")));
+}
+
+void TestCast::endedEngineEndsTheCast()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nawait end\nexit 7\n"));
+    Signal(QStringLiteral("end"));
+    VERIFY_SOON(world->ShowsIdle());
+    VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 7.")));
+    QVERIFY(!world->HasLog(QStringLiteral("]error:")));
+}
+
+void TestCast::engineThatIgnoresTheRequestGoesOn()
+{
+    Begin();
+    StartCast(QStringLiteral("ignore-terminate\nreport run\n"));
+    world->ClickPage(CAST_BUTTON);
+    QVERIFY(EngineDid(QStringLiteral("terminate")));
+    QVERIFY(world->ShowsCasting());
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->CountLog(QStringLiteral("terminate process[")) == 2);
+    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    QVERIFY(world->ShowsCasting());
+}
+
+void TestCast::unusableEngineIsWarnedOf_data()
+{
+    QTest::addColumn<bool>("there");
+    QTest::newRow("missing") << false;
+    QTest::newRow("not executable") << true;
+}
+
+void TestCast::unusableEngineIsWarnedOf()
+{
+    QFETCH(bool, there);
+    Begin();
+    if (there) {
+        QVERIFY(QFile::setPermissions(EnginePath(), QFile::ReadOwner | QFile::WriteOwner));
+    } else {
+        QVERIFY(QFile::remove(EnginePath()));
+    }
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    QCOMPARE(world->CountLog(QStringLiteral("Tandra file corrupted.")), 1);
+    world->ClickSmallCard(ONLY_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id == 0);
+    QVERIFY(world->ShowsIdle());
+    QVERIFY(!world->HasLog(QStringLiteral("start app[0]")));
+}
+
+void TestCast::directoryInTheEnginesPlaceFailsToStart()
+{
+    Begin();
+    QVERIFY(QFile::remove(EnginePath()));
+    // It can be searched, so the look at the file lets it pass.
+    QVERIFY(QDir().mkdir(EnginePath()));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Tandra startup failed.")));
+    QVERIFY(world->ShowsIdle());
+    QCOMPARE(world->SmallWindow().id, 0UL);
+}
+
+void TestCast::badMessageChangesNothing_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("complaint");
+    const QString json = QStringLiteral("Json parse error ");
+    const QString form = QStringLiteral("UTILS: Message error");
+    QTest::newRow("glued") << R"({"status":"init"}{"status":"run"})" << json;
+    QTest::newRow("half") << R"({"status":"ru)" << json;
+    QTest::newRow("no JSON") << "run" << json;
+    QTest::newRow("array") << R"(["run"])" << form;
+    QTest::newRow("no status") << R"({"state":"run"})" << form;
+    QTest::newRow("number") << R"({"status":1})" << form;
+    QTest::newRow("empty object") << "{}" << form;
+    QTest::newRow("unknown word") << R"({"status":"RUN"})" << QString();
+}
+
+void TestCast::badMessageChangesNothing()
+{
+    QFETCH(QString, message);
+    QFETCH(QString, complaint);
+    Begin();
+    world->WriteEngineScript(QStringLiteral("send %1\nawait go\nreport run\n").arg(message));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("New application connected.")));
+    if (!complaint.isEmpty()) {
+        VERIFY_SOON(world->HasLog(complaint));
+    }
+    QVERIFY(!world->HasLog(QStringLiteral(" event ")));
+    QVERIFY(world->ShowsIdle());
+    Signal(QStringLiteral("go"));
+    VERIFY_SOON(world->ShowsCasting());
+    QCOMPARE(world->CountLog(QStringLiteral("[ERROR]")), complaint.isEmpty() ? 0 : 1);
+}
+
+void TestCast::nextRepeatPutsRightWhatWasLost()
+{
+    Begin();
+    // Two reports in one go arrive in one read and are lost; the repeat, a second later, is not.
+    StartCast(QStringLiteral("report init\nreport run\n"));
+    QVERIFY(world->ShowsCasting());
+}
+
+void TestCast::droppedConnectionComesBack()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nawait drop\ndrop\n"));
+    Signal(QStringLiteral("drop"));
+    VERIFY_SOON(world->HasLog(QStringLiteral("App close the connect.")));
+    VERIFY_SOON(world->CountLog(QStringLiteral("New application connected.")) == 2);
+    QVERIFY(world->ShowsCasting());
+    QCOMPARE(world->CountLog(QStringLiteral("count is 1")), 2);
+}
+
+void TestCast::reportWithoutAProcessDoesNotCount()
+{
+    Begin();
+    // An engine of somebody else: its first report is stored, not shown, and its repeats are no change.
+    QProcess stranger;
+    stranger.setProcessEnvironment(world->Environment());
+    world->WriteEngineScript(QStringLiteral("report run\n"));
+    stranger.start(EnginePath(), {QStringLiteral("1")});
+    VERIFY_SOON(world->HasLog(QStringLiteral("TandraApp.cpp")) &&
+                world->HasLog(QStringLiteral("count is 0")));
+    QVERIFY(world->ShowsIdle());
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("App started.")));
+    VERIFY_SOON(world->CountLog(QStringLiteral("New application connected.")) == 2);
+    QVERIFY(world->ShowsIdle());
+    stranger.terminate();
+    QVERIFY(stranger.waitForFinished());
+}
+
+QTEST_GUILESS_MAIN(TestCast)
+#include "TestCast.moc"

@@ -1,0 +1,208 @@
+#include <QProcess>
+
+#include "DesktopTest.h"
+
+class TestEnd : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup()
+    {
+        world.reset();
+        if (sessionManager != nullptr) {
+            sessionManager->kill();
+            sessionManager->waitForFinished();
+            sessionManager.reset();
+        }
+    }
+
+    void quitWithoutACastEndsTheDaemon();
+    void quitWhileCastingStopsTheEngineFirst();
+    void quitKillsAnEngineThatIgnoresTheRequest();
+    void quitAfterAStopLeavesNoEngine();
+    void cancelKeepsTheCast_data();
+    void cancelKeepsTheCast();
+    void closeCommandAsksFirst();
+    void blockedWindowAsksOnlyOnce();
+    void minimiseKeepsTheCast();
+    void endOfTheSessionStopsTheEngineAndNotTheDaemon_data();
+    void endOfTheSessionStopsTheEngineAndNotTheDaemon();
+    void daemonThatDoesNotAnswerDoesNotKeepTheProgram();
+
+private:
+    void BeginCast(const QString& script)
+    {
+        Begin();
+        world->WriteEngineScript(script);
+        world->ClickPage(CAST_BUTTON);
+        VERIFY_SOON(world->ShowsCasting());
+    }
+    QString ReadFromSessionManager()
+    {
+        DesktopWorld::WaitFor([this] { return sessionManager->canReadLine(); });
+        return QString::fromLocal8Bit(sessionManager->readLine()).trimmed();
+    }
+
+    std::unique_ptr<QProcess> sessionManager;
+};
+
+void TestEnd::quitWithoutACastEndsTheDaemon()
+{
+    Begin();
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 0);
+    QVERIFY(world->EngineEvents().isEmpty());
+    // Once when the user quits, once more when the manager dies.
+    QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 2);
+    QCOMPARE(world->CountLog(QStringLiteral("Velodesk exit.")), 1);
+}
+
+void TestEnd::quitWhileCastingStopsTheEngineFirst()
+{
+    BeginCast(QStringLiteral("report run\n"));
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 0);
+    const qint64 ended = EngineTime(QStringLiteral("ended"));
+    const qint64 told = DaemonTime(QStringLiteral("told to exit"));
+    const qint64 gone = DaemonTime(QStringLiteral("assistant ended exit 0"));
+    QVERIFY(ended > 0);
+    QVERIFY2(ended < told, "the daemon was told before the engine had ended");
+    QVERIFY(told < gone);
+}
+
+void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
+{
+    BeginCast(QStringLiteral("ignore-terminate\nreport run\n"));
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->CountLog(QStringLiteral("kill process[")), 1);
+    const qint64 waited =
+        DaemonTime(QStringLiteral("told to exit")) - EngineTime(QStringLiteral("terminate"));
+    QVERIFY2(waited >= 3000LL * 1000 * 1000, qPrintable(QString::number(waited)));
+}
+
+void TestEnd::quitAfterAStopLeavesNoEngine()
+{
+    BeginCast(QStringLiteral("report run\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 0.")));
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+}
+
+void TestEnd::cancelKeepsTheCast_data()
+{
+    QTest::addColumn<QPoint>("where");
+    QTest::newRow("cancel") << LEFT_BUTTON;
+    QTest::newRow("close") << SMALL_CLOSE_BUTTON;
+}
+
+void TestEnd::cancelKeepsTheCast()
+{
+    QFETCH(QPoint, where);
+    BeginCast(QStringLiteral("report run\n"));
+    world->ClickCard(CLOSE_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    world->ClickSmallCard(where);
+    VERIFY_SOON(world->SmallWindow().id == 0);
+    QVERIFY(world->ShowsCasting());
+    QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
+    // The next question is a fresh one and can still be answered with yes.
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->DaemonStatus(), 0);
+}
+
+void TestEnd::closeCommandAsksFirst()
+{
+    Begin();
+    world->Desktop().CloseWindow(world->BigWindow().id);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    QVERIFY(world->BigWindow().id != 0);
+    QCOMPARE(world->CountLog(QStringLiteral("Velodesk closeEvent show exit window.")), 1);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+}
+
+void TestEnd::blockedWindowAsksOnlyOnce()
+{
+    Begin();
+    world->Desktop().CloseWindow(world->BigWindow().id);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    // The question is modal: neither the close command nor a click reaches the window under it.
+    world->Desktop().CloseWindow(world->BigWindow().id);
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->CountLog(QStringLiteral("Velodesk closeEvent show exit window.")), 1);
+    QCOMPARE(world->CountLog(QStringLiteral("Velodesk show exit window.")), 0);
+}
+
+void TestEnd::minimiseKeepsTheCast()
+{
+    BeginCast(QStringLiteral("report run\n"));
+    const unsigned long id = world->BigWindow().id;
+    world->ClickCard(MINIMISE_BUTTON);
+    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->Desktop().IsMapped(id) && world->ShowsCasting());
+    QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
+}
+
+void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::newRow("with interaction") << QByteArray("end\n");
+    // No close event comes then, only the end of the connection.
+    QTest::newRow("without interaction") << QByteArray("end quietly\n");
+}
+
+void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
+{
+    QFETCH(QByteArray, command);
+    Begin({}, false);
+    sessionManager = std::make_unique<QProcess>();
+    sessionManager->setProcessEnvironment(world->Environment());
+    sessionManager->start(QStringLiteral(VELODESK_BINARY_DIR "/session-manager"), QStringList());
+    const QString id = ReadFromSessionManager();
+    QVERIFY(id.contains(QLatin1String("local/")));
+    world->SetVariable(QStringLiteral("SESSION_MANAGER"), id);
+    QVERIFY(world->StartAssistant());
+    QCOMPARE(ReadFromSessionManager(), QStringLiteral("registered"));
+    world->WriteEngineScript(QStringLiteral("report run\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    sessionManager->write(command);
+    QVERIFY(sessionManager->waitForBytesWritten());
+    QVERIFY(world->WaitForDaemonEnd());
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 1);
+    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
+    QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
+    QVERIFY(world->HasLog(QStringLiteral("Get session manager.")));
+    QVERIFY(!world->HasLog(QStringLiteral("Velodesk exit.")));
+    // Only the manager's destructor stopped it.
+    QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 1);
+}
+
+void TestEnd::daemonThatDoesNotAnswerDoesNotKeepTheProgram()
+{
+    Begin({}, false);
+    QVERIFY(world->StartAssistant({QStringLiteral("--misbehave"), QStringLiteral("silent")}));
+    world->ClickCard(CLOSE_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    world->ClickSmallCard(RIGHT_BUTTON);
+    VERIFY_SOON(world->AssistantStatus() == 0);
+    QVERIFY(world->HasLog(QStringLiteral("Failed to call method, reason: ")));
+}
+
+QTEST_GUILESS_MAIN(TestEnd)
+#include "TestEnd.moc"

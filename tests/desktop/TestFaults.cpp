@@ -1,0 +1,358 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <csignal>
+
+#include "DesktopTest.h"
+
+class TestFaults : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { world.reset(); }
+
+    void engineThatCrashesAtOnceLeavesTheIdleState();
+    void engineThatLeavesAChildBehindEnds();
+    void floodOfMessagesIsBorne_data();
+    void floodOfMessagesIsBorne();
+    void thousandConnectionsAreBorne();
+    void endWithoutABusIsAnEnd();
+    void daemonThatIsNotBelievedIsNoObstacle_data();
+    void daemonThatIsNotBelievedIsNoObstacle();
+    void unusableSettingsAreLeftAlone_data();
+    void unusableSettingsAreLeftAlone();
+    void settingsBehindALinkAreKeptThere();
+    void widenedOrNarrowedSettingsAreMended_data();
+    void widenedOrNarrowedSettingsAreMended();
+    void removedLogDirectoryDoesNotStopTheProgram();
+    void homeWithoutRightsEndsTheStart();
+    void socketOfAnotherUserEndsTheStart();
+    void lostDisplayEndsTheProgramAndTheEngine();
+    void lostWindowManagerIsBorne();
+    void signalEndsTheProgramAndLosesNothing_data();
+    void signalEndsTheProgramAndLosesNothing();
+    void startsAtTheSameInstantEndInOrder();
+
+private:
+    void WriteSettings(const QByteArray& content) const
+    {
+        QVERIFY(QDir().mkpath(world->Home() + QStringLiteral("/Velodesk")));
+        QFile file(SettingsPath());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+    QByteArray Settings() const
+    {
+        QFile file(SettingsPath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QString SettingsPath() const { return world->Home() + QStringLiteral("/Velodesk/velodesk.conf"); }
+    void QuitByHand()
+    {
+        world->ClickCard(CLOSE_BUTTON);
+        VERIFY_SOON(world->SmallWindow().id != 0);
+        world->ClickSmallCard(RIGHT_BUTTON);
+        VERIFY_SOON(world->AssistantStatus() == 0);
+    }
+    void StillWorks()
+    {
+        world->WriteEngineScript(QStringLiteral("report run\n"));
+        world->ClickPage(CAST_BUTTON);
+        VERIFY_SOON(world->ShowsCasting());
+    }
+    static bool IsGone(qint64 pid) { return kill(static_cast<pid_t>(pid), 0) != 0; }
+    qint64 EnginePid() const
+    {
+        return world->EngineEvents().value(0).what.section(QLatin1Char(' '), 1, 1).toLongLong();
+    }
+};
+
+void TestFaults::engineThatCrashesAtOnceLeavesTheIdleState()
+{
+    Begin();
+    world->WriteEngineScript(QStringLiteral("crash\n"));
+    for (int i = 1; i <= 3; ++i) {
+        world->ClickPage(CAST_BUTTON);
+        VERIFY_SOON(world->CountLog(QStringLiteral("Process finished, id 9.")) == i);
+        QVERIFY(world->ShowsIdle());
+    }
+    QCOMPARE(world->SmallWindow().id, 0UL);
+    StillWorks();
+}
+
+void TestFaults::engineThatLeavesAChildBehindEnds()
+{
+    Begin();
+    world->WriteEngineScript(QStringLiteral("report run\nlinger\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    QVERIFY(EngineDid(QStringLiteral("left behind")));
+    QuitByHand();
+    QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
+    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    for (const DesktopWorld::Event& event : world->EngineEvents()) {
+        if (event.what.startsWith(QLatin1String("left behind "))) {
+            kill(event.what.section(QLatin1Char(' '), 2).toInt(), SIGKILL);
+        }
+    }
+}
+
+void TestFaults::floodOfMessagesIsBorne_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::newRow("messages") << R"(flood 20000 {"status":"run"})";
+    QTest::newRow("a megabyte") << "bulk 1048576";
+    QTest::newRow("deep brackets") << "flood 100000 [";
+}
+
+void TestFaults::floodOfMessagesIsBorne()
+{
+    QFETCH(QString, script);
+    Begin();
+    world->WriteEngineScript(script + QStringLiteral("\nawait go\nreport run\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Json parse error ")));
+    Signal(QStringLiteral("go"));
+    VERIFY_SOON(world->ShowsCasting());
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsIdle());
+}
+
+void TestFaults::thousandConnectionsAreBorne()
+{
+    Begin();
+    world->WriteEngineScript(QStringLiteral("connections 1000\nreport run\n"));
+    world->ClickPage(CAST_BUTTON);
+    QVERIFY(
+        DesktopWorld::WaitFor([this] { return EngineTime(QStringLiteral("connections made")) > 0; }, 30000));
+    VERIFY_SOON(world->ShowsCasting());
+    VERIFY_SOON(world->CountLog(QStringLiteral("App close the connect.")) == 1000);
+    // What was closed holds no descriptor any more.
+    const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(world->AssistantPid()));
+    QVERIFY(descriptors.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size() < 100);
+}
+
+void TestFaults::endWithoutABusIsAnEnd()
+{
+    Begin();
+    StillWorks();
+    world->EndSystemBus();
+    QuitByHand();
+    QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
+    QVERIFY(world->HasLog(QStringLiteral("Failed to connect to system bus: ")));
+    QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
+}
+
+void TestFaults::daemonThatIsNotBelievedIsNoObstacle_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("another process") << "other-process"
+                                     << "Failed to msg reply id: ";
+    QTest::newRow("wrong type") << "wrong-type"
+                                << "sd_bus_message_read failed.";
+}
+
+void TestFaults::daemonThatIsNotBelievedIsNoObstacle()
+{
+    QFETCH(QString, how);
+    QFETCH(QString, line);
+    Begin({}, false);
+    QVERIFY(world->StartAssistant({QStringLiteral("--misbehave"), how}));
+    VERIFY_SOON(world->ShowsIdle());
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QVERIFY2(world->HasLog(line), qPrintable(world->Log().join(QLatin1Char('\n'))));
+    QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
+}
+
+void TestFaults::unusableSettingsAreLeftAlone_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    const QByteArray agreed = "[VelodeskServer]\nstatement=true\n";
+    QTest::newRow("blank line") << agreed + "\n[Tandra]\ndevicename=a\n";
+    QTest::newRow("line that begins with =") << agreed + "=x\n";
+    QTest::newRow("empty section") << agreed + "[]\na=b\n";
+    QByteArray large = agreed + "[x]\nk=";
+    large += QByteArray(1048577 - large.size(), 'v');
+    QTest::newRow("a byte too large") << large;
+}
+
+void TestFaults::unusableSettingsAreLeftAlone()
+{
+    QFETCH(QByteArray, content);
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options, false);
+    WriteSettings(content);
+    // The agreement comes back, is accepted for this run, and nothing is written.
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    world->ClickCard(BEGIN_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+    StillWorks();
+    QuitByHand();
+    QCOMPARE(Settings(), content);
+}
+
+void TestFaults::settingsBehindALinkAreKeptThere()
+{
+    Begin({}, false);
+    const QString target = world->Home() + QStringLiteral("/real.conf");
+    QVERIFY(QFile::rename(SettingsPath(), target));
+    QVERIFY(QFile::link(target, SettingsPath()));
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->SettingsText().contains(QStringLiteral("devicename=Tandra")));
+    QVERIFY(QFileInfo(SettingsPath()).isSymLink());
+    QVERIFY(Settings().contains("statement=true"));
+}
+
+void TestFaults::widenedOrNarrowedSettingsAreMended_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("readable by all") << 0x6644;
+    QTest::newRow("read only") << 0x4400;
+    QTest::newRow("closed") << 0;
+}
+
+void TestFaults::widenedOrNarrowedSettingsAreMended()
+{
+    QFETCH(int, mode);
+    Begin({}, false);
+    QVERIFY(QFile::setPermissions(SettingsPath(), static_cast<QFile::Permissions>(mode)));
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->SettingsText().contains(QStringLiteral("devicename=Tandra")));
+    QCOMPARE(QFileInfo(SettingsPath()).permissions() & ~(QFile::ReadUser | QFile::WriteUser),
+             QFile::ReadOwner | QFile::WriteOwner);
+}
+
+void TestFaults::removedLogDirectoryDoesNotStopTheProgram()
+{
+    Begin();
+    QVERIFY(QDir(world->Home() + QStringLiteral("/Velodesk/log")).removeRecursively());
+    StillWorks();
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsIdle());
+    QuitByHand();
+    QCOMPARE(world->Log(), QStringList());
+}
+
+void TestFaults::homeWithoutRightsEndsTheStart()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options, false);
+    const QFile::Permissions all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QVERIFY(QFile::setPermissions(world->Home(), QFile::ReadOwner | QFile::ExeOwner));
+    const int status = world->RunProgram({QStringLiteral("Velodesk"), QStringLiteral("1")});
+    QVERIFY(QFile::setPermissions(world->Home(), all));
+    QCOMPARE(status, 1);
+    QVERIFY(!QFileInfo::exists(world->Home() + QStringLiteral("/Velodesk")));
+}
+
+void TestFaults::socketOfAnotherUserEndsTheStart()
+{
+    Begin({}, false);
+    // Nobody listens on it, and the folder does not let us remove it, as a sticky one would not.
+    const QString folder = world->Environment().value(QStringLiteral("TMPDIR"));
+    QFile socket(folder + QStringLiteral("/VelodeskServer"));
+    QVERIFY(socket.open(QIODevice::WriteOnly));
+    QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    const int status = world->RunProgram({QStringLiteral("Velodesk"), QStringLiteral("1")});
+    QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QCOMPARE(status, 1);
+    QVERIFY(world->HasLog(QStringLiteral("Start localserver failed.")));
+    QVERIFY(world->HasLog(QStringLiteral("Init application connection failed.")));
+}
+
+void TestFaults::lostDisplayEndsTheProgramAndTheEngine()
+{
+    Begin();
+    StillWorks();
+    const qint64 engine = EnginePid();
+    world->EndServer();
+    QVERIFY(world->WaitForDaemonEnd());
+    // Qt leaves by exit(), so the singletons die in order and the engine is stopped.
+    QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
+    QVERIFY(IsGone(engine));
+    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+}
+
+void TestFaults::lostWindowManagerIsBorne()
+{
+    Begin();
+    world->EndWindowManager();
+    StillWorks();
+    QuitByHand();
+}
+
+void TestFaults::signalEndsTheProgramAndLosesNothing_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void TestFaults::signalEndsTheProgramAndLosesNothing()
+{
+    QFETCH(int, signal);
+    Begin();
+    VERIFY_SOON(world->SettingsText().contains(QStringLiteral("devicename=Tandra")));
+    const QString before = world->SettingsText();
+    QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), signal), 0);
+    QVERIFY(world->WaitForDaemonEnd());
+    QVERIFY(DaemonTime(QStringLiteral("assistant ended signal %1").arg(signal)) > 0);
+    QCOMPARE(world->SettingsText(), before);
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->ShowsIdle());
+    StillWorks();
+}
+
+void TestFaults::startsAtTheSameInstantEndInOrder()
+{
+    Begin({}, false);
+    constexpr int ROUNDS = 50;
+    const QStringList command{QStringLiteral("Velodesk"), QStringLiteral("1")};
+    int expected = 0;
+    int refused = 0;
+    for (int round = 0; round < ROUNDS; ++round) {
+        // Killed while it wrote, a program of the round before may have left the file empty.
+        WriteSettings("[VelodeskServer]\nstatement=true\n");
+        const auto one = world->LaunchProgram(command);
+        const auto other = world->LaunchProgram(command);
+        // Each comes up, since both may have found nobody there, or sees the other and ends with 0, or loses
+        // the race for the socket and ends with 1. Never both of them end.
+        const auto settled = [&] {
+            one->waitForFinished(0);
+            other->waitForFinished(0);
+            const int ended = (one->state() == QProcess::NotRunning ? 1 : 0) +
+                              (other->state() == QProcess::NotRunning ? 1 : 0);
+            return world->CountLog(QStringLiteral("Mainwindow start.")) - expected + ended == 2;
+        };
+        VERIFY_SOON(settled());
+        int running = 0;
+        for (QProcess* process : {one.get(), other.get()}) {
+            if (process->state() == QProcess::NotRunning) {
+                QCOMPARE(process->exitStatus(), QProcess::NormalExit);
+                refused += process->exitCode();
+            } else {
+                ++running;
+            }
+        }
+        QVERIFY2(running >= 1, qPrintable(QString::number(round)));
+        QCOMPARE(world->CountLog(QStringLiteral("Init application connection failed.")), refused);
+        for (QProcess* process : {one.get(), other.get()}) {
+            process->kill();
+            process->waitForFinished();
+        }
+        expected = world->CountLog(QStringLiteral("Mainwindow start."));
+    }
+}
+
+QTEST_GUILESS_MAIN(TestFaults)
+#include "TestFaults.moc"

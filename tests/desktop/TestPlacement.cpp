@@ -1,0 +1,190 @@
+#include "DesktopTest.h"
+#include "FakeCompositor.h"
+
+class TestPlacement : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup()
+    {
+        world.reset();
+        compositor.reset();
+    }
+
+    void cardStopsAtTheScreensEdge_data();
+    void cardStopsAtTheScreensEdge();
+    void dragFollowsThePointer();
+    void dragBeginsInTheTitleStripOnly();
+    void clickOnTheShadowFallsThrough();
+    void compositorDecidesTheLookOnThatSystem_data();
+    void compositorDecidesTheLookOnThatSystem();
+    void withoutShadowAWindowLeavesTheScreen();
+    void withoutShadowTheRoadIsTheSame();
+    void dialogsCanBeDragged();
+
+private:
+    static DesktopWorld::Options ThatSystem()
+    {
+        DesktopWorld::Options options;
+        options.lsbRelease = QStringLiteral("DISTRIB_ID=uos\n");
+        return options;
+    }
+    void BeginWithoutShadow(const DesktopWorld::Options& options)
+    {
+        Begin(options, false);
+        compositor = std::make_unique<FakeCompositor>(
+            world->Environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")), false);
+        QVERIFY(world->StartAssistant());
+        QVERIFY(world->HasLog(QStringLiteral("Don't Use Shadow")));
+    }
+
+    std::unique_ptr<FakeCompositor> compositor;
+};
+
+void TestPlacement::cardStopsAtTheScreensEdge_data()
+{
+    QTest::addColumn<QPoint>("by");
+    QTest::addColumn<QRect>("window");
+    // The card is 896 by 504; the margin of a side shrinks to nothing as the card nears that edge.
+    QTest::newRow("top left") << QPoint(-700, -500) << QRect(0, 0, 896 + 20, 504 + 20);
+    QTest::newRow("top right") << QPoint(700, -500) << QRect(1280 - 916, 0, 916, 524);
+    QTest::newRow("bottom left") << QPoint(-700, 500) << QRect(0, 800 - 524, 916, 524);
+    QTest::newRow("bottom right") << QPoint(700, 500) << QRect(1280 - 916, 800 - 524, 916, 524);
+    QTest::newRow("left, seven pixels away") << QPoint(-185, 0) << QRect(0, 128, 7 + 896 + 20, 544);
+}
+
+void TestPlacement::cardStopsAtTheScreensEdge()
+{
+    QFETCH(QPoint, by);
+    QFETCH(QRect, window);
+    Begin();
+    const QPoint from = world->OnCard(TITLE_STRIP);
+    QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
+    const XDesktop& desktop = world->Desktop();
+    desktop.MoveTo(from);
+    desktop.Press();
+    for (int step = 1; step <= 10; ++step) {
+        desktop.MoveTo(from + by * step / 10);
+    }
+    VERIFY_SOON([&] {
+        const auto windows = desktop.WindowsOf(world->AssistantPid());
+        return windows.size() == 1 && windows.first().rect == window;
+    }());
+    desktop.Release();
+}
+
+void TestPlacement::dragFollowsThePointer()
+{
+    Begin();
+    const QRect before = world->BigWindow().rect;
+    const QPoint from = world->OnCard(TITLE_STRIP);
+    world->Desktop().Drag(from, from + QPoint(60, -40));
+    VERIFY_SOON(world->BigWindow().rect == before.translated(60, -40));
+    // Released, the window stays where it is.
+    world->Desktop().MoveTo(from);
+    world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(-60, 40));
+    VERIFY_SOON(world->BigWindow().rect == before);
+}
+
+void TestPlacement::dragBeginsInTheTitleStripOnly()
+{
+    Begin();
+    const QRect before = world->BigWindow().rect;
+    world->Desktop().Drag(world->OnCard(QPoint(300, 44)), world->OnCard(QPoint(400, 100)));
+    world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(1, 0));
+    // The drag that counts comes after the one that must not, so its outcome tells of both.
+    VERIFY_SOON(world->BigWindow().rect == before.translated(1, 0));
+}
+
+void TestPlacement::clickOnTheShadowFallsThrough()
+{
+    Begin();
+    const XDesktop& desktop = world->Desktop();
+    const QPoint onCard = world->OnCard(QPoint(300, 300));
+    const QPoint onShadow = world->BigWindow().rect.topLeft() + QPoint(300, 8);
+    desktop.MoveTo(onCard);
+    VERIFY_SOON(desktop.WindowUnderPointer() != 0);
+    // The first move over the shadow makes the hole under the pointer.
+    desktop.MoveTo(onShadow);
+    VERIFY_SOON(desktop.WindowUnderPointer() == 0);
+    desktop.MoveTo(onCard);
+    VERIFY_SOON(desktop.WindowUnderPointer() != 0);
+}
+
+void TestPlacement::compositorDecidesTheLookOnThatSystem_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<bool>("shadow");
+    QTest::newRow("on") << "true" << true;
+    QTest::newRow("off") << "false" << false;
+    QTest::newRow("nobody answers") << QString() << true;
+}
+
+void TestPlacement::compositorDecidesTheLookOnThatSystem()
+{
+    QFETCH(QString, answer);
+    QFETCH(bool, shadow);
+    Begin(ThatSystem(), false);
+    if (!answer.isEmpty()) {
+        compositor = std::make_unique<FakeCompositor>(
+            world->Environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")),
+            answer == QLatin1String("true"));
+    }
+    QVERIFY(world->StartAssistant());
+    QVERIFY(world->HasLog(shadow ? QStringLiteral("VELODESK: Use Shadow")
+                                 : QStringLiteral("VELODESK: Don't Use Shadow")));
+    QCOMPARE(world->BigWindow().rect.size(), shadow ? QSize(936, 544) : QSize(898, 506));
+}
+
+void TestPlacement::withoutShadowAWindowLeavesTheScreen()
+{
+    BeginWithoutShadow(ThatSystem());
+    const QRect before = world->BigWindow().rect;
+    const QPoint from = world->OnCard(TITLE_STRIP);
+    world->Desktop().Drag(from, from + QPoint(-500, 0));
+    // The press is measured on the card and the move is the window's: it jumps by the frame of one pixel.
+    VERIFY_SOON(world->BigWindow().rect == before.translated(-500 + 1, 1));
+    QVERIFY(world->BigWindow().rect.left() < 0);
+}
+
+void TestPlacement::withoutShadowTheRoadIsTheSame()
+{
+    DesktopWorld::Options options = ThatSystem();
+    options.agreed = false;
+    BeginWithoutShadow(options);
+    // The frame around the card.
+    const QPoint corner = world->BigWindow().rect.topLeft();
+    VERIFY_SOON(world->Desktop().PixelAt(corner + QPoint(0, 200)) == qRgb(0xE2, 0xE2, 0xE2));
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    world->ClickCard(BEGIN_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+    // Square corners.
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(QPoint(895, 503))) == qRgb(0xFF, 0xFF, 0xFF));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    QVERIFY(world->ChooseFromMenu(1));
+    VERIFY_SOON(world->HasLog(QStringLiteral("Velodesk show set page.")));
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 0);
+}
+
+void TestPlacement::dialogsCanBeDragged()
+{
+    Begin();
+    world->ClickCard(CLOSE_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    const QRect before = world->SmallWindow().rect;
+    world->Desktop().Drag(world->OnSmallCard(QPoint(50, 31)), world->OnSmallCard(QPoint(80, 61)));
+    VERIFY_SOON(world->SmallWindow().rect == before.translated(30, 30));
+    // Below the band nothing moves; the drag after it tells.
+    world->Desktop().Drag(world->OnSmallCard(QPoint(50, 40)), world->OnSmallCard(QPoint(80, 61)));
+    world->Desktop().Drag(world->OnSmallCard(QPoint(50, 10)), world->OnSmallCard(QPoint(20, -20)));
+    VERIFY_SOON(world->SmallWindow().rect == before);
+}
+
+QTEST_GUILESS_MAIN(TestPlacement)
+#include "TestPlacement.moc"

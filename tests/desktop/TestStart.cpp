@@ -1,0 +1,264 @@
+#include <QDir>
+#include <QFileInfo>
+#include <csignal>
+
+#include "DesktopTest.h"
+
+class TestStart : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { world.reset(); }
+
+    void refusedCommandLines_data();
+    void refusedCommandLines();
+    void homeUnsetEndsTheStart();
+    void acceptedAgreementLeadsStraightToTheMainWindow();
+    void acceptingLeadsToTheMainWindowAndIsRemembered();
+    void tickTwiceLeavesTheButtonGrey();
+    void closeButtonOfTheAgreementEndsTheDaemonToo();
+    void closeCommandOfTheAgreementLeavesTheDaemonAlone();
+    void minimisedAgreementKeepsItsTick();
+    void secondStartRaisesTheWindow_data();
+    void secondStartRaisesTheWindow();
+    void staleSocketIsTakenOver();
+    void unwritableSettingsDoNotKeepTheUserOut();
+    void noOpenGlIsLoaded_data();
+    void noOpenGlIsLoaded();
+    void openGlOfTheUsersChoiceIsKept();
+
+private:
+    QByteArray ProcFile(qint64 pid, const char* name) const
+    {
+        QFile file(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(name)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// The environment that the engine was given.
+    QByteArray EngineEnvironment()
+    {
+        world->ClickPage(CAST_BUTTON);
+        DesktopWorld::WaitFor([this] { return world->ShowsCasting(); });
+        const qint64 pid = world->EngineEvents().value(0).what.section(QLatin1Char(' '), 1, 1).toLongLong();
+        return ProcFile(pid, "environ");
+    }
+};
+
+void TestStart::refusedCommandLines_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+    const QString name = QStringLiteral("Velodesk");
+    QTest::newRow("none") << QStringList{name} << "param number error!";
+    QTest::newRow("two") << QStringList{name, "1", "2"} << "param number error!";
+    QTest::newRow("path") << QStringList{"/usr/bin/Velodesk", "1234"} << "command analyze error!";
+    QTest::newRow("case") << QStringList{"velodesk", "1234"} << "command analyze error!";
+    QTest::newRow("letters") << QStringList{name, "abc"} << "param analyze error!";
+    QTest::newRow("too large") << QStringList{name, "4294967296"} << "param analyze error!";
+}
+
+void TestStart::refusedCommandLines()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    Begin({}, false);
+    // No display is needed to fail this way.
+    QCOMPARE(world->RunProgram(arguments, {QStringLiteral("DISPLAY")}), 1);
+    QVERIFY(world->Log().last().endsWith(QStringLiteral("VELODESK: ") + message));
+    QVERIFY(world->Log().last().startsWith(QLatin1String("[ERROR] [VeloMain.cpp:")));
+    QCOMPARE(world->BigWindow().id, 0UL);
+}
+
+void TestStart::homeUnsetEndsTheStart()
+{
+    Begin({}, false);
+    QCOMPARE(world->RunProgram({QStringLiteral("Velodesk"), QStringLiteral("1")}, {QStringLiteral("HOME")}),
+             1);
+    QVERIFY(!QFileInfo::exists(QStringLiteral("/Velodesk")));
+}
+
+void TestStart::acceptedAgreementLeadsStraightToTheMainWindow()
+{
+    Begin();
+    VERIFY_SOON(world->ShowsIdle());
+    QCOMPARE(world->CountLog(QStringLiteral("Mainwindow start.")), 1);
+    const QRect rect = world->BigWindow().rect;
+    QCOMPARE(rect.topLeft(), QPoint((1280 - rect.width()) / 2, (800 - rect.height()) / 2));
+}
+
+void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options);
+    // Nothing of the supervision exists before the agreement is accepted.
+    const QString channel = world->Home() + QStringLiteral("/Velodesk/TandraIpc");
+    QVERIFY(!QFileInfo::exists(channel));
+    QCOMPARE(world->SettingsText(), QString());
+    world->ClickCard(AGREE_WORDS);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    world->ClickCard(BEGIN_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+    QVERIFY(QFileInfo::exists(channel));
+    QVERIFY(world->SettingsText().contains(QStringLiteral("[VelodeskServer]\nstatement=true\n")));
+    QVERIFY(world->SettingsText().contains(QStringLiteral("devicename=Tandra\n")));
+    QVERIFY(world->SettingsText().contains(QStringLiteral("fileStorePath=%1/Desktop\n").arg(world->Home())));
+    world->ClickCard(CLOSE_BUTTON);
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 0);
+    // The next run does not ask again.
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->CountLog(QStringLiteral("Mainwindow start.")) == 2 && world->ShowsIdle());
+}
+
+void TestStart::tickTwiceLeavesTheButtonGrey()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    world->ClickCard(AGREE_WORDS);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
+    world->ClickCard(BEGIN_BUTTON);
+    // A tick after the click shows that the click has been dealt with and has changed nothing.
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
+}
+
+void TestStart::closeButtonOfTheAgreementEndsTheDaemonToo()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options);
+    world->ClickCard(CLOSE_BUTTON);
+    QVERIFY(world->WaitForDaemonEnd());
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 0);
+    QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
+    QVERIFY(!world->HasLog(QStringLiteral("AppManager ReAllocResource")));
+    QCOMPARE(world->SettingsText(), QString());
+}
+
+void TestStart::closeCommandOfTheAgreementLeavesTheDaemonAlone()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options);
+    world->Desktop().CloseWindow(world->BigWindow().id);
+    QVERIFY(world->WaitForDaemonEnd());
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 1);
+    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
+}
+
+void TestStart::minimisedAgreementKeepsItsTick()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options);
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    const unsigned long id = world->BigWindow().id;
+    world->ClickCard(MINIMISE_BUTTON);
+    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->BigWindow().id == id && world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+}
+
+void TestStart::secondStartRaisesTheWindow_data()
+{
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("agreement") << false;
+    QTest::newRow("main window") << true;
+}
+
+void TestStart::secondStartRaisesTheWindow()
+{
+    QFETCH(bool, agreed);
+    DesktopWorld::Options options;
+    options.agreed = agreed;
+    Begin(options);
+    const unsigned long id = world->BigWindow().id;
+    world->Desktop().Minimise(id);
+    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->Desktop().IsMapped(id) && world->Desktop().ActiveWindow() == id);
+    QCOMPARE(world->CountLog(QStringLiteral("Application already running.")), 2);
+    QCOMPARE(world->CountLog(QStringLiteral("Active application.")), 1);
+}
+
+void TestStart::staleSocketIsTakenOver()
+{
+    Begin();
+    QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), SIGKILL), 0);
+    QVERIFY(world->WaitForDaemonEnd());
+    QVERIFY(QFileInfo::exists(world->Environment().value(QStringLiteral("TMPDIR")) +
+                              QStringLiteral("/VelodeskServer")));
+    QVERIFY(world->StartAssistant());
+    // Both sockets serve again.
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+}
+
+void TestStart::unwritableSettingsDoNotKeepTheUserOut()
+{
+    DesktopWorld::Options options;
+    options.agreed = false;
+    Begin(options, false);
+    // A directory in the file's place can be neither read nor written.
+    QVERIFY(QDir(world->Home()).mkpath(QStringLiteral("Velodesk/velodesk.conf")));
+    QVERIFY(world->StartAssistant());
+    world->ClickCard(AGREE_TICK);
+    VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+    world->ClickCard(BEGIN_BUTTON);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+}
+
+void TestStart::noOpenGlIsLoaded_data()
+{
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("main window first") << true;
+    QTest::newRow("agreement first") << false;
+}
+
+void TestStart::noOpenGlIsLoaded()
+{
+    QFETCH(bool, agreed);
+    DesktopWorld::Options options;
+    options.agreed = agreed;
+    Begin(options);
+    if (!agreed) {
+        world->ClickCard(AGREE_TICK);
+        VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
+        world->ClickCard(BEGIN_BUTTON);
+        VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
+    }
+    const QByteArray maps = ProcFile(world->AssistantPid(), "maps");
+    QVERIFY(maps.contains("libqxcb"));
+    // The dispatch library comes with Qt itself; a driver must not.
+    QVERIFY(!maps.contains("libGLX_"));
+    QVERIFY(!maps.contains("glx-integration"));
+    const QByteArray environment = EngineEnvironment();
+    QVERIFY(environment.contains("HOME="));
+    QVERIFY(!environment.contains("QT_XCB_GL_INTEGRATION"));
+}
+
+void TestStart::openGlOfTheUsersChoiceIsKept()
+{
+    Begin({}, false);
+    world->SetVariable(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("xcb_glx"));
+    QVERIFY(world->StartAssistant());
+    VERIFY_SOON(world->ShowsIdle());
+    QVERIFY(ProcFile(world->AssistantPid(), "maps").contains("glx-integration"));
+    QVERIFY(EngineEnvironment().contains("QT_XCB_GL_INTEGRATION=xcb_glx"));
+}
+
+QTEST_GUILESS_MAIN(TestStart)
+#include "TestStart.moc"

@@ -1,0 +1,719 @@
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <ctime>
+#include <limits>
+#include <memory>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/Logger.h"
+#include "support/CapturedLog.h"
+#include "support/Environment.h"
+#include "support/Files.h"
+#include "support/PlainUser.h"
+
+namespace {
+constexpr qint64 LIMIT = 33554432;
+constexpr int INFO = 2;
+constexpr int LONGEST_MESSAGE = 4095;
+constexpr int PLACE = 7;
+
+const char* const STAMP = R"(\[\d\d-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\])";
+
+/// The time zone of this process, for as long as the object lives.
+class TimeZone
+{
+public:
+    explicit TimeZone(const char* zone) : variable(std::make_unique<Variable>("TZ", zone)) { tzset(); }
+    ~TimeZone()
+    {
+        variable.reset();
+        tzset();
+    }
+    TimeZone(const TimeZone&) = delete;
+    TimeZone& operator=(const TimeZone&) = delete;
+
+private:
+    std::unique_ptr<Variable> variable;
+};
+
+QStringList LinesOf(const QByteArray& content)
+{
+    return QString::fromUtf8(content).split(QLatin1Char('\n'), QString::SkipEmptyParts);
+}
+
+/// Without the time stamp, which is 28 characters with its brackets and blank.
+QString Bare(const QByteArray& content)
+{
+    QString text = QString::fromUtf8(content);
+    text.remove(QRegularExpression(QStringLiteral("^") + QLatin1String(STAMP) + QStringLiteral(" "),
+                                   QRegularExpression::MultilineOption));
+    return text;
+}
+
+void WriteText(Brevora::Logger& logger, const char* text, int level = INFO)
+{
+    logger.WriteLog(level, "Place.cpp", PLACE, "TAG", "%s", text);
+}
+
+QString LineWith(const char* text)
+{
+    return QStringLiteral("[INFO] [Place.cpp:7] TAG: ") + QLatin1String(text) + QStringLiteral("\n");
+}
+} // namespace
+
+class TestLogger : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void lineIsPutTogetherPieceByPiece();
+    void levelIsToldByItsWord_data();
+    void levelIsToldByItsWord();
+    void lowLevelsAreDroppedBeforeTheFileIsLookedAt_data();
+    void lowLevelsAreDroppedBeforeTheFileIsLookedAt();
+    void wordsOfAllLevels_data();
+    void wordsOfAllLevels();
+    void timeIsLocalAndToTheMicrosecond();
+    void lineIsOnDiskAtOnce();
+    void textIsTakenAsBytes();
+
+    void longMessageIsWholeOrNotThere_data();
+    void longMessageIsWholeOrNotThere();
+    void badFormatLeavesNoLine();
+
+    void rotationComesAboveTheLimit_data();
+    void rotationComesAboveTheLimit();
+    void mayOutgrowTheLimitByOneLine();
+    void secondRotationReplacesTheBackup();
+    void droppedLineStillRotates();
+    void debugLineDoesNotRotate();
+    void rotationKeepsTheLiveFileItself();
+    void rotationKeepsTheModeOfTheLiveFile();
+    void oldBackupIsNarrowed();
+    void contentIsLostIfTheBackupCannotBeMade();
+    void sizeOfWhatCannotBeOpened();
+    void sizeIsCutTo32Bits();
+
+    void everyFileIsForItsOwnerAlone_data();
+    void everyFileIsForItsOwnerAlone();
+    void newRunAppends();
+    void nothingIsWrittenBeforeInit();
+    void logThatCannotBeOpenedIsDoneWithout();
+    void removedLogIsNotMadeAgain();
+    void linkIsReplacedByAFile();
+    void danglingLinkIsFollowed();
+    void directoryIsReplacedByAFile();
+    void linkToADirectoryEmptiesItAndStays();
+    void overgrownLogIsOpenAfterInit();
+    void overgrownTargetOfALinkIsNotTouched();
+
+    void plainFunctionsWriteTheirLevel_data();
+    void plainFunctionsWriteTheirLevel();
+    void plainFunctionsIgnoreNull_data();
+    void plainFunctionsIgnoreNull();
+    void percentSignsReachTheFileUnchanged();
+    void plainFunctionsDropWhatIsTooLong_data();
+    void plainFunctionsDropWhatIsTooLong();
+    void shorthandSuppliesThePlace();
+
+    void linesOfManyThreadsStayWholeAcrossARotation();
+
+private:
+    /// Lets the log be a file of that many bytes, of which almost none are on disk.
+    void Grow(qint64 size) const;
+    QString Old() const { return path + QStringLiteral(".old"); }
+
+    std::unique_ptr<QTemporaryDir> directory;
+    std::unique_ptr<Brevora::Logger> logger;
+    QString path;
+};
+
+void TestLogger::init()
+{
+    directory = std::make_unique<QTemporaryDir>();
+    path = directory->filePath(QStringLiteral("velodesk.log"));
+    logger = std::make_unique<Brevora::Logger>();
+}
+
+void TestLogger::cleanup()
+{
+    logger.reset();
+    Singleton<Brevora::Logger>::Destroy();
+    directory.reset();
+}
+
+void TestLogger::Grow(qint64 size) const
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QVERIFY(file.resize(size));
+}
+
+void TestLogger::lineIsPutTogetherPieceByPiece()
+{
+    logger->Init(Local(path));
+    logger->WriteLog(4, "Some File.cpp", 1234, "UTILS", "%s is %d", "the answer", 42);
+    logger->WriteLog(2, "", -1, "", "%s", "");
+    const QRegularExpression lines(
+        QStringLiteral("^") + QLatin1String(STAMP) +
+        QStringLiteral(" \\[ERROR\\] \\[Some File\\.cpp:1234\\] UTILS: the answer is 42\n") +
+        QLatin1String(STAMP) + QStringLiteral(" \\[INFO\\] \\[:-1\\] : \n\\z"));
+    const QByteArray content = ReadAll(path);
+    QVERIFY2(lines.match(QString::fromUtf8(content)).hasMatch(), content.constData());
+}
+
+void TestLogger::levelIsToldByItsWord_data()
+{
+    QTest::addColumn<int>("level");
+    QTest::addColumn<QString>("word");
+    QTest::newRow("2") << 2 << QStringLiteral("INFO");
+    QTest::newRow("3") << 3 << QStringLiteral("WARNING");
+    QTest::newRow("4") << 4 << QStringLiteral("ERROR");
+    QTest::newRow("5") << 5 << QStringLiteral("CRITICAL");
+    QTest::newRow("6") << 6 << QStringLiteral(" ");
+    QTest::newRow("1000") << 1000 << QStringLiteral(" ");
+}
+
+void TestLogger::levelIsToldByItsWord()
+{
+    QFETCH(int, level);
+    QFETCH(QString, word);
+    logger->Init(Local(path));
+    WriteText(*logger, "text", level);
+    QCOMPARE(Bare(ReadAll(path)), QStringLiteral("[%1] [Place.cpp:7] TAG: text\n").arg(word));
+}
+
+void TestLogger::lowLevelsAreDroppedBeforeTheFileIsLookedAt_data()
+{
+    QTest::addColumn<int>("level");
+    QTest::newRow("1") << 1;
+    QTest::newRow("0") << 0;
+    QTest::newRow("-1") << -1;
+    QTest::newRow("lowest") << std::numeric_limits<int>::min();
+}
+
+void TestLogger::lowLevelsAreDroppedBeforeTheFileIsLookedAt()
+{
+    QFETCH(int, level);
+    logger->Init(Local(path));
+    WriteText(*logger, "text", level);
+    QCOMPARE(ReadAll(path), QByteArray());
+    Grow(LIMIT + 1);
+    WriteText(*logger, "text", level);
+    QCOMPARE(QFileInfo(path).size(), LIMIT + 1);
+    QVERIFY(!QFileInfo::exists(Old()));
+}
+
+void TestLogger::wordsOfAllLevels_data()
+{
+    QTest::addColumn<int>("level");
+    QTest::addColumn<QString>("word");
+    QTest::newRow("-1") << -1 << QStringLiteral(" ");
+    QTest::newRow("0") << 0 << QStringLiteral(" ");
+    QTest::newRow("1") << 1 << QStringLiteral("DEBUG");
+    QTest::newRow("2") << 2 << QStringLiteral("INFO");
+    QTest::newRow("3") << 3 << QStringLiteral("WARNING");
+    QTest::newRow("4") << 4 << QStringLiteral("ERROR");
+    QTest::newRow("5") << 5 << QStringLiteral("CRITICAL");
+    QTest::newRow("6") << 6 << QStringLiteral(" ");
+}
+
+void TestLogger::wordsOfAllLevels()
+{
+    QFETCH(int, level);
+    QTEST(QString::fromStdString(logger->GetLevelString(level)), "word");
+}
+
+void TestLogger::timeIsLocalAndToTheMicrosecond()
+{
+    // Half an hour off, so that neither UTC nor a whole-hour zone can pass for it.
+    const TimeZone zone("XXX-05:30");
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    const QString stamp = QString::fromStdString(logger->GetTimestamp());
+    const QDateTime after = QDateTime::currentDateTimeUtc();
+    QCOMPARE(stamp.size(), 24);
+    QVERIFY2(QRegularExpression(QStringLiteral("^\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{6}\\z"))
+                 .match(stamp)
+                 .hasMatch(),
+             qPrintable(stamp));
+    // The two-digit year is read as 19..; the millisecond is all that QDateTime knows.
+    QDateTime told = QDateTime::fromString(stamp.left(21), QStringLiteral("yy-MM-dd hh:mm:ss.zzz"));
+    told.setTimeSpec(Qt::UTC);
+    told = told.addYears(100).addSecs(-(5 * 60 + 30) * 60);
+    QVERIFY2(told >= before && told <= after, qPrintable(told.toString(Qt::ISODateWithMs)));
+}
+
+void TestLogger::lineIsOnDiskAtOnce()
+{
+    logger->Init(Local(path));
+    for (int i = 1; i <= 3; ++i) {
+        WriteText(*logger, "text");
+        QCOMPARE(LinesOf(ReadAll(path)).size(), i);
+    }
+}
+
+void TestLogger::textIsTakenAsBytes()
+{
+    logger->Init(Local(path));
+    WriteText(*logger, "\xe8\xbf\x9e\xe6\x8e\xa5 \xff]");
+    QVERIFY(ReadAll(path).endsWith("TAG: \xe8\xbf\x9e\xe6\x8e\xa5 \xff]\n"));
+}
+
+void TestLogger::longMessageIsWholeOrNotThere_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("isThere");
+    QTest::newRow("longest") << LONGEST_MESSAGE << true;
+    QTest::newRow("one more") << LONGEST_MESSAGE + 1 << false;
+    QTest::newRow("twice") << 2 * LONGEST_MESSAGE << false;
+}
+
+void TestLogger::longMessageIsWholeOrNotThere()
+{
+    QFETCH(int, length);
+    QFETCH(bool, isThere);
+    logger->Init(Local(path));
+    const QByteArray message(length, 'x');
+    WriteText(*logger, message.constData());
+    QCOMPARE(Bare(ReadAll(path)), isThere ? LineWith(message.constData()) : QString());
+    WriteText(*logger, "after");
+    QVERIFY(Bare(ReadAll(path)).endsWith(LineWith("after")));
+}
+
+void TestLogger::badFormatLeavesNoLine()
+{
+    logger->Init(Local(path));
+    // A wide character that has no bytes in any encoding.
+    const std::wstring unwritable(1, std::numeric_limits<wchar_t>::min());
+    logger->WriteLog(INFO, "Place.cpp", PLACE, "TAG", "%ls", unwritable.c_str());
+    QCOMPARE(ReadAll(path), QByteArray());
+}
+
+void TestLogger::rotationComesAboveTheLimit_data()
+{
+    QTest::addColumn<qint64>("size");
+    QTest::addColumn<bool>("rotates");
+    QTest::newRow("at the limit") << LIMIT << false;
+    QTest::newRow("one byte above") << LIMIT + 1 << true;
+}
+
+void TestLogger::rotationComesAboveTheLimit()
+{
+    QFETCH(qint64, size);
+    QFETCH(bool, rotates);
+    Grow(size);
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QCOMPARE(QFileInfo::exists(Old()), rotates);
+    if (!rotates) {
+        QVERIFY(QFileInfo(path).size() > size);
+        return;
+    }
+    QCOMPARE(Bare(ReadAll(path)), LineWith("text"));
+    QCOMPARE(ReadAll(Old()), QByteArray(static_cast<int>(size), '\0'));
+    QCOMPARE(ModeOf(path), mode_t(0600));
+    QCOMPARE(ModeOf(Old()), mode_t(0600));
+}
+
+void TestLogger::mayOutgrowTheLimitByOneLine()
+{
+    Grow(LIMIT);
+    logger->Init(Local(path));
+    WriteText(*logger, "one");
+    WriteText(*logger, "two");
+    QCOMPARE(Bare(ReadAll(path)), LineWith("two"));
+    const QByteArray backup = ReadAll(Old());
+    QVERIFY(backup.size() > LIMIT);
+    QCOMPARE(Bare(backup.mid(LIMIT)), LineWith("one"));
+}
+
+void TestLogger::secondRotationReplacesTheBackup()
+{
+    Grow(LIMIT + 2);
+    logger->Init(Local(path));
+    WriteText(*logger, "first");
+    QCOMPARE(QFileInfo(Old()).size(), LIMIT + 2);
+    QVERIFY(QFile::resize(path, LIMIT + 1));
+    WriteText(*logger, "second");
+    QCOMPARE(QFileInfo(Old()).size(), LIMIT + 1);
+    QVERIFY(ReadAll(Old()).left(200).contains("TAG: first\n"));
+    QCOMPARE(Bare(ReadAll(path)), LineWith("second"));
+    QCOMPARE(QDir(directory->path()).entryList(QDir::Files).size(), 2);
+}
+
+void TestLogger::droppedLineStillRotates()
+{
+    Grow(LIMIT + 1);
+    logger->Init(Local(path));
+    WriteText(*logger, QByteArray(LONGEST_MESSAGE + 1, 'x').constData());
+    QCOMPARE(ReadAll(path), QByteArray());
+    QCOMPARE(QFileInfo(Old()).size(), LIMIT + 1);
+}
+
+void TestLogger::debugLineDoesNotRotate()
+{
+    Grow(LIMIT + 1);
+    logger->Init(Local(path));
+    WriteText(*logger, "text", 1);
+    QVERIFY(!QFileInfo::exists(Old()));
+    WriteText(*logger, "text");
+    QVERIFY(QFileInfo::exists(Old()));
+}
+
+void TestLogger::rotationKeepsTheLiveFileItself()
+{
+    Grow(LIMIT + 1);
+    logger->Init(Local(path));
+    struct stat before
+    {
+    }, after{}, backup{};
+    QCOMPARE(stat(Local(path).c_str(), &before), 0);
+    WriteText(*logger, "text");
+    QCOMPARE(stat(Local(path).c_str(), &after), 0);
+    QCOMPARE(stat(Local(Old()).c_str(), &backup), 0);
+    QCOMPARE(after.st_ino, before.st_ino);
+    QVERIFY(backup.st_ino != before.st_ino);
+}
+
+void TestLogger::rotationKeepsTheModeOfTheLiveFile()
+{
+    Grow(LIMIT + 1);
+    logger->Init(Local(path));
+    SetMode(path, 0640);
+    WriteText(*logger, "text");
+    QCOMPARE(ModeOf(path), mode_t(0640));
+    QCOMPARE(ModeOf(Old()), mode_t(0600));
+}
+
+void TestLogger::oldBackupIsNarrowed()
+{
+    Grow(LIMIT + 1);
+    WriteAll(Old(), "before");
+    SetMode(Old(), 0666);
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QCOMPARE(ModeOf(Old()), mode_t(0600));
+    QCOMPARE(QFileInfo(Old()).size(), LIMIT + 1);
+}
+
+void TestLogger::contentIsLostIfTheBackupCannotBeMade()
+{
+    Grow(LIMIT + 1);
+    QVERIFY(QDir().mkdir(Old()));
+    SetMode(Old(), 0755);
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QCOMPARE(Bare(ReadAll(path)), LineWith("text"));
+    QVERIFY(QFileInfo(Old()).isDir());
+    QCOMPARE(ModeOf(Old()), mode_t(0755));
+}
+
+void TestLogger::sizeOfWhatCannotBeOpened()
+{
+    QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
+    WriteAll(path, "12345");
+    QCOMPARE(logger->GetCurrentSize(Local(path)), 5);
+    SetMode(path, 0200);
+    const PlainUser plain;
+    QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
+}
+
+void TestLogger::sizeIsCutTo32Bits()
+{
+    constexpr qint64 FOUR_GIB = Q_INT64_C(0x100000000);
+    constexpr qint64 TWO_GIB = Q_INT64_C(0x80000000);
+    Grow(FOUR_GIB + 5);
+    QCOMPARE(logger->GetCurrentSize(Local(path)), 5);
+    Grow(TWO_GIB);
+    QVERIFY(logger->GetCurrentSize(Local(path)) < 0);
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QVERIFY(!QFileInfo::exists(Old()));
+}
+
+void TestLogger::everyFileIsForItsOwnerAlone_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::addColumn<int>("before");
+    QTest::newRow("wide mask") << 0 << 0;
+    QTest::newRow("common mask") << 022 << 0;
+    QTest::newRow("wide file") << 022 << 0666;
+}
+
+void TestLogger::everyFileIsForItsOwnerAlone()
+{
+    QFETCH(int, mask);
+    QFETCH(int, before);
+    const Umask umaskOfThisTest(static_cast<mode_t>(mask));
+    if (before != 0) {
+        WriteAll(path, "before\n");
+        SetMode(path, static_cast<mode_t>(before));
+    }
+    logger->Init(Local(path));
+    QCOMPARE(ModeOf(path), mode_t(0600));
+    Grow(LIMIT + 1);
+    WriteText(*logger, "text");
+    QCOMPARE(ModeOf(path), mode_t(0600));
+    QCOMPARE(ModeOf(Old()), mode_t(0600));
+}
+
+void TestLogger::newRunAppends()
+{
+    logger->Init(Local(path));
+    WriteText(*logger, "first run");
+    logger = std::make_unique<Brevora::Logger>();
+    QCOMPARE(Bare(ReadAll(path)), LineWith("first run"));
+    logger->Init(Local(path));
+    WriteText(*logger, "second run");
+    QCOMPARE(Bare(ReadAll(path)), LineWith("first run") + LineWith("second run"));
+}
+
+void TestLogger::nothingIsWrittenBeforeInit()
+{
+    WriteText(*logger, "too early");
+    logger->Init(Local(path));
+    WriteText(*logger, "in time");
+    QCOMPARE(Bare(ReadAll(path)), LineWith("in time"));
+}
+
+void TestLogger::logThatCannotBeOpenedIsDoneWithout()
+{
+    SetMode(directory->path(), 0500);
+    {
+        const PlainUser plain;
+        logger->Init(Local(path));
+        WriteText(*logger, "text");
+    }
+    SetMode(directory->path(), 0700);
+    // Nor is it opened by a later line.
+    WriteText(*logger, "text");
+    QVERIFY(!QFileInfo::exists(path));
+}
+
+void TestLogger::removedLogIsNotMadeAgain()
+{
+    Grow(LIMIT + 1);
+    logger->Init(Local(path));
+    QVERIFY(QFile::remove(path));
+    WriteText(*logger, "text");
+    QVERIFY(!QFileInfo::exists(path));
+    QVERIFY(!QFileInfo::exists(Old()));
+}
+
+void TestLogger::linkIsReplacedByAFile()
+{
+    const QString target = directory->filePath(QStringLiteral("target"));
+    WriteAll(target, "precious\n");
+    SetMode(target, 0644);
+    QVERIFY(QFile::link(target, path));
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QVERIFY(!QFileInfo(path).isSymLink());
+    QCOMPARE(Bare(ReadAll(path)), LineWith("text"));
+    QCOMPARE(ModeOf(path), mode_t(0600));
+    QCOMPARE(ReadAll(target), QByteArray("precious\n"));
+    QCOMPARE(ModeOf(target), mode_t(0644));
+}
+
+void TestLogger::danglingLinkIsFollowed()
+{
+    const QString target = directory->filePath(QStringLiteral("target"));
+    QVERIFY(QFile::link(target, path));
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QVERIFY(QFileInfo(path).isSymLink());
+    QCOMPARE(Bare(ReadAll(target)), LineWith("text"));
+}
+
+void TestLogger::directoryIsReplacedByAFile()
+{
+    QVERIFY(QDir().mkpath(path + QStringLiteral("/inner")));
+    WriteAll(path + QStringLiteral("/inner/file"), "text");
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QVERIFY(QFileInfo(path).isFile());
+    QCOMPARE(Bare(ReadAll(path)), LineWith("text"));
+    QCOMPARE(ModeOf(path), mode_t(0600));
+}
+
+void TestLogger::linkToADirectoryEmptiesItAndStays()
+{
+    // The directory is looked at through the link, but the link itself is no directory to remove.
+    const QString target = directory->filePath(QStringLiteral("target"));
+    QVERIFY(QDir().mkdir(target));
+    WriteAll(target + QStringLiteral("/file"), "text");
+    QVERIFY(QFile::link(target, path));
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    QVERIFY(QFileInfo(path).isSymLink());
+    QVERIFY(QFileInfo(target).isDir());
+    QVERIFY(QDir(target).isEmpty());
+}
+
+void TestLogger::overgrownLogIsOpenAfterInit()
+{
+    Grow(LIMIT + 1);
+    Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
+    // The guard in front of opening logs a line of its own, to this very log.
+    shared.Init(Local(path));
+    WriteText(shared, "text");
+    WriteText(shared, "more");
+    QVERIFY2(Bare(ReadAll(path)).endsWith(LineWith("text") + LineWith("more")), ReadAll(path).constData());
+    QCOMPARE(QFileInfo(Old()).size(), LIMIT + 1);
+    QCOMPARE(ModeOf(path), mode_t(0600));
+}
+
+void TestLogger::overgrownTargetOfALinkIsNotTouched()
+{
+    Grow(LIMIT + 1);
+    const QString target = directory->filePath(QStringLiteral("target"));
+    QVERIFY(QFile::rename(path, target));
+    QVERIFY(QFile::link(target, path));
+    Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
+    shared.Init(Local(path));
+    WriteText(shared, "text");
+    QCOMPARE(QFileInfo(target).size(), LIMIT + 1);
+    QVERIFY(!QFileInfo(path).isSymLink());
+    QVERIFY(Bare(ReadAll(path)).endsWith(LineWith("text")));
+}
+
+namespace {
+using PlainFunction = void (*)(const char*, const char*, const char*, ...);
+
+void AddPlainFunctions()
+{
+    QTest::addColumn<PlainFunction>("write");
+    QTest::addColumn<QString>("word");
+    QTest::newRow("debug") << &CLogDebug << QString();
+    QTest::newRow("info") << &CLogInfo << QStringLiteral("INFO");
+    QTest::newRow("warning") << &CLogWarn << QStringLiteral("WARNING");
+    QTest::newRow("error") << &CLogError << QStringLiteral("ERROR");
+}
+} // namespace
+Q_DECLARE_METATYPE(PlainFunction)
+
+void TestLogger::plainFunctionsWriteTheirLevel_data()
+{
+    AddPlainFunctions();
+}
+
+void TestLogger::plainFunctionsWriteTheirLevel()
+{
+    QFETCH(PlainFunction, write);
+    QFETCH(QString, word);
+    const CapturedLog log;
+    write("TAG", "other.c", "%d of %s", 3, "four");
+    const QString wanted =
+        word.isEmpty() ? QString() : QStringLiteral("[%1] [other.c:0] TAG: 3 of four\n").arg(word);
+    QCOMPARE(Bare(ReadAll(log.Path())), wanted);
+}
+
+void TestLogger::plainFunctionsIgnoreNull_data()
+{
+    AddPlainFunctions();
+}
+
+void TestLogger::plainFunctionsIgnoreNull()
+{
+    QFETCH(PlainFunction, write);
+    const CapturedLog log;
+    write(nullptr, "other.c", "text");
+    write("TAG", nullptr, "text");
+    write("TAG", "other.c", nullptr);
+    QCOMPARE(ReadAll(log.Path()), QByteArray());
+}
+
+void TestLogger::percentSignsReachTheFileUnchanged()
+{
+    const CapturedLog log;
+    CLogInfo("TAG", "other.c", "%s", "100% %s %n %%d");
+    QCOMPARE(Bare(ReadAll(log.Path())), QStringLiteral("[INFO] [other.c:0] TAG: 100% %s %n %%d\n"));
+}
+
+void TestLogger::plainFunctionsDropWhatIsTooLong_data()
+{
+    longMessageIsWholeOrNotThere_data();
+}
+
+void TestLogger::plainFunctionsDropWhatIsTooLong()
+{
+    QFETCH(int, length);
+    QFETCH(bool, isThere);
+    const CapturedLog log;
+    const QByteArray message(length, 'x');
+    CLogError("TAG", "other.c", "%s", message.constData());
+    QCOMPARE(log.Messages(), isThere ? QStringList(QString::fromLatin1(message)) : QStringList());
+}
+
+void TestLogger::shorthandSuppliesThePlace()
+{
+    static constexpr char MODULE_TAG[] = "HERE";
+    const CapturedLog log;
+    LOG_DEBUG("debug %d", 1);
+    const int line = __LINE__ + 1;
+    LOG_INFO("info %d", 2);
+    LOG_WARNING("warning %d", 3);
+    LOG_ERROR("error %d", 4);
+    const QList<CapturedLog::Line> lines = log.Lines();
+    const QStringList words{QStringLiteral("INFO"), QStringLiteral("WARNING"), QStringLiteral("ERROR")};
+    QCOMPARE(lines.size(), words.size());
+    for (int i = 0; i < lines.size(); ++i) {
+        QCOMPARE(lines.at(i).level, words.at(i));
+        QCOMPARE(lines.at(i).file, QStringLiteral("TestLogger.cpp"));
+        QCOMPARE(lines.at(i).number, line + i);
+        QCOMPARE(lines.at(i).module, QStringLiteral("HERE"));
+        QVERIFY(lines.at(i).message.endsWith(QString::number(i + 2)));
+    }
+}
+
+void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
+{
+    constexpr int THREADS = 8;
+    constexpr int LINES = 500;
+    // Room for about a quarter of the lines, so that the rotation falls amid them.
+    constexpr qint64 ROOM = 200000;
+    Grow(LIMIT - ROOM);
+    logger->Init(Local(path));
+    const QByteArray filling(150, 'x');
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < THREADS; ++thread) {
+        threads.emplace_back([this, thread, &filling] {
+            for (int i = 0; i < LINES; ++i) {
+                logger->WriteLog(INFO, "Place.cpp", i, "TAG", "%d %s", thread, filling.constData());
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    const QByteArray backup = ReadAll(Old()).mid(LIMIT - ROOM);
+    const QByteArray live = ReadAll(path);
+    QVERIFY(!live.isEmpty());
+    QVERIFY(backup.size() > ROOM);
+    QVERIFY(backup.size() < ROOM + LONGEST_MESSAGE);
+    const QRegularExpression whole(
+        QStringLiteral("^") + QLatin1String(STAMP) +
+        QStringLiteral(" \\[INFO\\] \\[Place\\.cpp:(\\d+)\\] TAG: (\\d) x{150}\\z"));
+    std::vector<int> next(THREADS, 0);
+    const QStringList lines = LinesOf(backup) + LinesOf(live);
+    for (const QString& line : lines) {
+        const QRegularExpressionMatch match = whole.match(line);
+        QVERIFY2(match.hasMatch(), qPrintable(line));
+        // Each thread's lines are in their order.
+        QCOMPARE(match.captured(1).toInt(), next[match.captured(2).toUInt()]++);
+    }
+    QCOMPARE(lines.size(), THREADS * LINES);
+}
+
+QTEST_GUILESS_MAIN(TestLogger)
+#include "TestLogger.moc"

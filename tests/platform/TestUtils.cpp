@@ -1,0 +1,498 @@
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cerrno>
+#include <sys/resource.h>
+
+#include "platform/Utils.h"
+#include "support/CapturedLog.h"
+#include "support/Environment.h"
+
+using Brevora::Utils;
+
+namespace {
+bool fillingFails = false;
+
+/// No file can be opened, for as long as the object lives.
+class NoMoreFiles
+{
+public:
+    NoMoreFiles()
+    {
+        getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none{0, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoMoreFiles() { setrlimit(RLIMIT_NOFILE, &before); }
+    NoMoreFiles(const NoMoreFiles&) = delete;
+    NoMoreFiles& operator=(const NoMoreFiles&) = delete;
+
+private:
+    rlimit before{};
+};
+
+using Runner = std::string (*)(const std::string&);
+
+/// Every row once for each of the two ways to run a command.
+void AddForBoth(const char* name, const QByteArray& command, const QByteArray& output)
+{
+    QTest::addRow("%s, as the utilities run it", name) << &Utils::ExecutePopenAndReturn << command << output;
+    QTest::addRow("%s, as RunCommand runs it", name) << &Velodesk::RunCommand << command << output;
+}
+} // namespace
+Q_DECLARE_METATYPE(Runner)
+
+int RealMemset(void* dest, std::size_t destMax, int value,
+               std::size_t count) __asm__("__real__Z8memset_sPvmim");
+int WrappedMemset(void* dest, std::size_t destMax, int value,
+                  std::size_t count) __asm__("__wrap__Z8memset_sPvmim");
+
+int WrappedMemset(void* dest, std::size_t destMax, int value, std::size_t count)
+{
+    return fillingFails ? EINVAL : RealMemset(dest, destMax, value, count);
+}
+
+class TestUtils : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void splitKeepsEmptyPiecesButTheLast_data();
+    void splitKeepsEmptyPiecesButTheLast();
+    void everyOccurrenceIsDeleted_data();
+    void everyOccurrenceIsDeleted();
+    void bytesBecomeHexadecimalPairs_data();
+    void bytesBecomeHexadecimalPairs();
+    void everyByteHasItsPair();
+    void deviceIdentifierIsJudged_data();
+    void deviceIdentifierIsJudged();
+    void everyByteOfADeviceIdentifierIsJudged();
+    void macIsJudged_data();
+    void macIsJudged();
+    void wordIsJudged_data();
+    void wordIsJudged();
+    void numberIsJudged_data();
+    void numberIsJudged();
+    void addressIsJudged_data();
+    void addressIsJudged();
+    void everyNumberOfAnAddressIsJudged();
+    void pathIsTheEnginesOwn();
+
+    void outputIsTrimmed_data();
+    void outputIsTrimmed();
+    void longOutputComesWhole_data();
+    void longOutputComesWhole();
+    void refusedCommandIsNotRun_data();
+    void refusedCommandIsNotRun();
+    void failureOfThePipeGivesNothing();
+    void failureOfTheBufferGivesNothing();
+    void commandSeesTheEnvironment();
+    void nothingIsLogged();
+    void identifierComesFromTheKernel();
+    void identifierIsEmptyOnFailure();
+};
+
+void TestUtils::splitKeepsEmptyPiecesButTheLast_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("delimiter");
+    QTest::addColumn<QStringList>("pieces");
+    const QString slash = QStringLiteral("/");
+    const auto add = [&slash](const char* text, const QStringList& pieces) {
+        QTest::newRow(*text == '\0' ? "nothing" : text) << QString::fromLatin1(text) << slash << pieces;
+    };
+    add("", {});
+    add("/", {""});
+    add("//", {"", ""});
+    add("a", {"a"});
+    add("/a", {"", "a"});
+    add("a/", {"a"});
+    add("a//", {"a", ""});
+    add("a/b", {"a", "b"});
+    add("a//b", {"a", "", "b"});
+    add("/a/b/", {"", "a", "b"});
+    add(" / ", {" ", " "});
+    QTest::newRow("long delimiter") << QStringLiteral("a--b---c--") << QStringLiteral("--")
+                                    << QStringList({"a", "b", "-c"});
+    QTest::newRow("delimiter alone") << QStringLiteral("--") << QStringLiteral("--") << QStringList({""});
+    QTest::newRow("longer than the text")
+        << QStringLiteral("-") << QStringLiteral("--") << QStringList({"-"});
+}
+
+void TestUtils::splitKeepsEmptyPiecesButTheLast()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, delimiter);
+    QStringList pieces;
+    for (const std::string& piece : Utils::Split(text.toStdString(), delimiter.toStdString())) {
+        pieces.append(QString::fromStdString(piece));
+    }
+    QTEST(pieces, "pieces");
+}
+
+void TestUtils::everyOccurrenceIsDeleted_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("piece");
+    QTest::addColumn<QString>("rest");
+    const auto add = [](const char* text, const char* piece, const char* rest) {
+        QTest::addRow("'%s' without '%s'", text, piece)
+            << QString::fromLatin1(text) << QString::fromLatin1(piece) << QString::fromLatin1(rest);
+    };
+    add("aabb", "ab", "");
+    add("", "a", "");
+    add("abc", "x", "abc");
+    add("abc", "abcd", "abc");
+    add("abcabc", "b", "acac");
+    add("abab", "ab", "");
+    add("aaa", "aa", "a");
+    add("xaaabbby", "ab", "xy");
+    add("Ab", "ab", "Ab");
+}
+
+void TestUtils::everyOccurrenceIsDeleted()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, piece);
+    QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), piece.toStdString())), "rest");
+}
+
+void TestUtils::bytesBecomeHexadecimalPairs_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("pairs");
+    QTest::newRow("nothing") << QByteArray() << QByteArray();
+    QTest::newRow("leading zero, high bit") << QByteArray("\x0A\xFF") << QByteArray("0aff");
+    QTest::newRow("zero bytes") << QByteArray("\0\1\0", 3) << QByteArray("000100");
+    QTest::newRow("text") << QByteArray("Velo") << QByteArray("56656c6f");
+}
+
+void TestUtils::bytesBecomeHexadecimalPairs()
+{
+    QFETCH(QByteArray, text);
+    QTEST(QByteArray::fromStdString(Utils::String2HexString(text.toStdString())), "pairs");
+}
+
+void TestUtils::everyByteHasItsPair()
+{
+    QByteArray bytes;
+    for (int byte = 0; byte < 256; ++byte) {
+        bytes.append(static_cast<char>(byte));
+    }
+    QCOMPARE(QByteArray::fromStdString(Utils::String2HexString(bytes.toStdString())), bytes.toHex());
+}
+
+void TestUtils::deviceIdentifierIsJudged_data()
+{
+    QTest::addColumn<QByteArray>("id");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("empty") << QByteArray() << true;
+    QTest::newRow("all classes") << QByteArray("aZ09-_") << true;
+    QTest::newRow("64 bytes") << QByteArray(64, 'a') << true;
+    QTest::newRow("65 bytes") << QByteArray(65, 'a') << false;
+    QTest::newRow("bad first") << QByteArray(".abc") << false;
+    QTest::newRow("bad last") << QByteArray("abc ") << false;
+    QTest::newRow("not ASCII") << QByteArray("\xc3\xa4") << false;
+    QTest::newRow("zero byte") << QByteArray("a\0b", 3) << false;
+}
+
+void TestUtils::deviceIdentifierIsJudged()
+{
+    QFETCH(QByteArray, id);
+    QTEST(Utils::IsValidUDID(id.toStdString()), "valid");
+}
+
+void TestUtils::everyByteOfADeviceIdentifierIsJudged()
+{
+    for (int byte = 0; byte < 256; ++byte) {
+        const bool valid = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                           (byte >= '0' && byte <= '9') || byte == '-' || byte == '_';
+        QVERIFY2(Utils::IsValidUDID(std::string(1, static_cast<char>(byte))) == valid,
+                 qPrintable(QString::number(byte)));
+    }
+}
+
+void TestUtils::macIsJudged_data()
+{
+    QTest::addColumn<QString>("mac");
+    QTest::addColumn<bool>("valid");
+    const auto add = [](const char* mac, bool valid) {
+        QTest::newRow(*mac == '\0' ? "nothing" : mac) << QString::fromLatin1(mac) << valid;
+    };
+    add("AA:bb:00:11:22:33", true);
+    add("00:00:00:00:00:01", true);
+    add("fF:ff:ff:ff:ff:ff", true);
+    add("FF:FF:FF:FF:FF:fF", true);
+    add("", false);
+    add("00:00:00:00:00:00", false);
+    add("FF:FF:FF:FF:FF:FF", false);
+    add("ff:ff:ff:ff:ff:ff", false);
+    add("AA:bb:00:11:22", false);
+    add("AA:bb:00:11:22:", false);
+    add("AA:bb:00:11:22:3", false);
+    add("AA:bb:00:11:22:33:44", false);
+    add("AA:bb:00:11:22:333", false);
+    add("AA-bb-00-11-22-33", false);
+    add("AAbb00112233", false);
+    add("GA:bb:00:11:22:33", false);
+    add("AA:bb:00:11:22:3g", false);
+    add(" AA:bb:00:11:22:33", false);
+    add("AA:bb:00:11:22:33 ", false);
+    add("AA:bb:00:11:22:33\n", false);
+}
+
+void TestUtils::macIsJudged()
+{
+    QFETCH(QString, mac);
+    QTEST(Utils::IsMacValid(mac.toStdString()), "valid");
+}
+
+void TestUtils::wordIsJudged_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("empty") << QByteArray() << false;
+    QTest::newRow("all classes") << QByteArray("aZ09_") << true;
+    QTest::newRow("underscore") << QByteArray("_") << true;
+    QTest::newRow("hyphen") << QByteArray("a-b") << false;
+    QTest::newRow("blank") << QByteArray("a b") << false;
+    QTest::newRow("line feed") << QByteArray("ab\n") << false;
+    QTest::newRow("not ASCII") << QByteArray("\xc3\xa4") << false;
+}
+
+void TestUtils::wordIsJudged()
+{
+    QFETCH(QByteArray, text);
+    QTEST(Utils::IsStringAndNumberOnly(text.toStdString()), "valid");
+}
+
+void TestUtils::numberIsJudged_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("empty") << QByteArray() << false;
+    QTest::newRow("all digits") << QByteArray("0123456789") << true;
+    QTest::newRow("more than any integer") << QByteArray(40, '9') << true;
+    QTest::newRow("sign") << QByteArray("-1") << false;
+    QTest::newRow("point") << QByteArray("1.0") << false;
+    QTest::newRow("letter") << QByteArray("1a") << false;
+    QTest::newRow("blank") << QByteArray(" 1") << false;
+    QTest::newRow("line feed") << QByteArray("1\n") << false;
+}
+
+void TestUtils::numberIsJudged()
+{
+    QFETCH(QByteArray, text);
+    QTEST(Utils::IsNumberOnly(text.toStdString()), "valid");
+}
+
+void TestUtils::addressIsJudged_data()
+{
+    QTest::addColumn<QString>("ip");
+    QTest::addColumn<bool>("valid");
+    const auto add = [](const char* ip, bool valid) {
+        QTest::newRow(*ip == '\0' ? "nothing" : ip) << QString::fromLatin1(ip) << valid;
+    };
+    add("1.0.0.0", true);
+    add("192.168.1.1", true);
+    add("255.255.255.255", true);
+    add("", false);
+    add("0.1.1.1", false);
+    add("1.1.1.256", false);
+    add("01.1.1.1", false);
+    add("1.1.1.00", false);
+    add("1.1.1", false);
+    add("1.1.1.", false);
+    add("1.1.1.1.", false);
+    add("1.1.1.1.1", false);
+    add(".1.1.1", false);
+    add("1,1,1,1", false);
+    add("1.1.1.-1", false);
+    add("1.1.1.a", false);
+    add(" 1.1.1.1", false);
+    add("1.1.1.1\n", false);
+    add("1111", false);
+}
+
+void TestUtils::addressIsJudged()
+{
+    QFETCH(QString, ip);
+    QTEST(Utils::IsIpValid(ip.toStdString()), "valid");
+}
+
+void TestUtils::everyNumberOfAnAddressIsJudged()
+{
+    for (int place = 0; place < 4; ++place) {
+        for (int number = 0; number < 1000; ++number) {
+            QStringList numbers{"7", "7", "7", "7"};
+            numbers[place] = QString::number(number);
+            const QString ip = numbers.join(QLatin1Char('.'));
+            const bool valid = number <= 255 && (place > 0 || number > 0);
+            QVERIFY2(Utils::IsIpValid(ip.toStdString()) == valid, qPrintable(ip));
+        }
+    }
+}
+
+void TestUtils::pathIsTheEnginesOwn()
+{
+    QCOMPARE(Utils::mVelodeskFilePath, std::string("/opt/apps/com.zelmora.velodesk/files/tandra/"));
+}
+
+void TestUtils::outputIsTrimmed_data()
+{
+    QTest::addColumn<Runner>("run");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("output");
+    const auto prints = [](const QByteArray& text, const QByteArray& output) {
+        AddForBoth(("printf '" + text + "'").constData(), "printf '" + text + "'", output);
+    };
+    prints("a", "a");
+    prints("a\\n", "a");
+    prints("  a\\n", "a");
+    prints("  a  \\n", "a");
+    prints("a  \\n  ", "a");
+    prints("a\\nb", "ab");
+    prints("a\\nb\\n", "a\nb");
+    prints("a\\n\\n", "a\n");
+    prints("\\n", "");
+    prints("\\n\\na", "\na");
+    prints(" \\n \\n", "\n");
+    prints("     ", "");
+    prints("   \\n", "");
+    prints("\\ta\\t\\n", "\ta\t");
+    prints("\\ra\\r\\n", "\ra\r");
+    prints("a  b", "a  b");
+    prints("", "");
+    AddForBoth("nothing to run", "", "");
+    AddForBoth("no output", "true", "");
+    AddForBoth("error output alone", "echo wrong >&2 2>/dev/null | cat", "");
+    AddForBoth("a shell's own words", "for i in 1 2 3; do echo $i; done | tail -n 1", "3");
+    AddForBoth("exit code after output", "echo text; exit 1", "");
+    AddForBoth("highest exit code", "echo text; exit 255", "");
+    AddForBoth("exit code 0", "echo text; exit 0", "text");
+    AddForBoth("no such program", "no-such-program 2>/dev/null", "");
+    // Death by a signal leaves the exit code at 0.
+    AddForBoth("killed after output", "echo text; kill -9 $$", "text");
+}
+
+void TestUtils::outputIsTrimmed()
+{
+    QFETCH(Runner, run);
+    QFETCH(QByteArray, command);
+    QTEST(QByteArray::fromStdString(run(command.toStdString())), "output");
+}
+
+void TestUtils::longOutputComesWhole_data()
+{
+    QTest::addColumn<Runner>("run");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("output");
+    for (const int length : {1022, 1023, 1024, 1025, 1026, 1027, 2046, 2050, 2051, 100000}) {
+        const QByteArray number = QByteArray::number(length);
+        const QByteArray line = "head -c " + number + " /dev/zero | tr '\\0' x";
+        const QByteArray text(length, 'x');
+        AddForBoth((number + " bytes").constData(), line, text);
+        AddForBoth((number + " bytes and a line feed").constData(), line + "; echo", text);
+        AddForBoth((number + " bytes, twice").constData(), line + "; echo; " + line + "; echo",
+                   text + "\n" + text);
+    }
+}
+
+void TestUtils::longOutputComesWhole()
+{
+    QFETCH(Runner, run);
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, output);
+    const QByteArray seen = QByteArray::fromStdString(run(command.toStdString()));
+    QCOMPARE(seen.size(), output.size());
+    QVERIFY(seen == output);
+}
+
+void TestUtils::refusedCommandIsNotRun_data()
+{
+    QTest::addColumn<Runner>("run");
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("output");
+    for (const char* command :
+         {"ls ./", "ls ../", "./program", "../program", "ls /a./b", "ls a../b", "ls /tmp/../tmp"}) {
+        AddForBoth(command, QByteArray("echo seen; echo mark > %1; ") + command, QByteArray());
+    }
+    AddForBoth("dot and slash apart", "echo seen; echo mark > %1; echo . / ..", "seen\n. / ..");
+    AddForBoth("slash and dot", "echo seen; echo mark > %1; echo /.", "seen\n/.");
+}
+
+void TestUtils::refusedCommandIsNotRun()
+{
+    QFETCH(Runner, run);
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, output);
+    const QTemporaryDir directory;
+    const QString mark = directory.filePath(QStringLiteral("mark"));
+    command.replace("%1", mark.toLocal8Bit());
+    QCOMPARE(QByteArray::fromStdString(run(command.toStdString())), output);
+    QCOMPARE(QFileInfo::exists(mark), !output.isEmpty());
+}
+
+void TestUtils::failureOfThePipeGivesNothing()
+{
+    std::string byUtils = "text";
+    std::string byCommand = "text";
+    {
+        const NoMoreFiles none;
+        byUtils = Utils::ExecutePopenAndReturn("echo text");
+        byCommand = Velodesk::RunCommand("echo text");
+    }
+    QCOMPARE(byUtils, std::string());
+    QCOMPARE(byCommand, std::string());
+}
+
+void TestUtils::failureOfTheBufferGivesNothing()
+{
+    fillingFails = true;
+    const std::string byUtils = Utils::ExecutePopenAndReturn("echo text");
+    const std::string silent = Utils::ExecutePopenAndReturn("true");
+    const std::string byCommand = Velodesk::RunCommand("echo text");
+    fillingFails = false;
+    QCOMPARE(byUtils, std::string());
+    QCOMPARE(silent, std::string());
+    // Which clears its buffer by itself.
+    QCOMPARE(byCommand, std::string("text"));
+}
+
+void TestUtils::commandSeesTheEnvironment()
+{
+    const Variable variable("OF_THIS_TEST", "value");
+    QCOMPARE(Utils::ExecutePopenAndReturn("echo $OF_THIS_TEST"), std::string("value"));
+    QCOMPARE(Velodesk::RunCommand("echo $OF_THIS_TEST"), std::string("value"));
+}
+
+void TestUtils::nothingIsLogged()
+{
+    const CapturedLog log;
+    for (const char* command : {"", "./", "exit 1", "echo text"}) {
+        Utils::ExecutePopenAndReturn(command);
+        Velodesk::RunCommand(command);
+    }
+    QCOMPARE(log.Messages(), QStringList());
+}
+
+void TestUtils::identifierComesFromTheKernel()
+{
+    const QRegularExpression pattern(
+        QStringLiteral("^[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\z"));
+    const QString one = QString::fromStdString(Utils::GenerateUUID());
+    const QString two = QString::fromStdString(Utils::GenerateUUID());
+    QVERIFY2(pattern.match(one).hasMatch(), qPrintable(one));
+    QVERIFY2(pattern.match(two).hasMatch(), qPrintable(two));
+    QVERIFY(one != two);
+}
+
+void TestUtils::identifierIsEmptyOnFailure()
+{
+    const Variable path("PATH", "/nowhere");
+    QCOMPARE(Utils::GenerateUUID(), std::string());
+}
+
+QTEST_GUILESS_MAIN(TestUtils)
+#include "TestUtils.moc"

@@ -1,0 +1,271 @@
+#include "Portraits.h"
+
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+
+#include "config/Configure.h"
+#include "config/Constant.h"
+#include "config/IniParser.h"
+#include "multiscreen/MultiScreen.h"
+#include "platform/Singleton.h"
+#include "shell/AboutWin.h"
+#include "shell/ExitWin.h"
+#include "shell/ProtocolWin.h"
+#include "shell/SerProEdit.h"
+#include "shell/VeloMessageBox.h"
+#include "shell/VeloWin.h"
+#include "support/Looks.h"
+
+namespace {
+constexpr int BLOCK = 8;
+/// Of 255, for the average of a block. Two rasterisers of one font stay below 14; the hover blue is 19 from
+/// the normal blue.
+constexpr int TOLERANCE = 15;
+constexpr int TRUSTED = 3;
+
+class Photographer
+{
+public:
+    explicit Photographer(bool shadow) : look(shadow), suffix(shadow ? "-shadow" : "-plain") {}
+
+    QList<Portrait> Take();
+
+private:
+    void Keep(const char* name, QWidget& window, bool golden = true);
+    /// The window as it is, then with all its buttons hovered, then with all of them pressed.
+    void KeepStates(const char* name, QWidget& window);
+    void KeepPages(const char* name, QWidget& window, SerProEdit& view);
+    void TakeAgreement();
+    void TakeMainWindow();
+    void TakeHelp(VeloWin& window, MultiScreen& page);
+    void TakeSettings(VeloWin& window);
+    void TakeAbout(VeloWin& window);
+    void TakeMenu(VeloWin& window);
+    void TakeDialogs(VeloWin& window, MultiScreen& page);
+
+    Look look;
+    QString suffix;
+    QList<Portrait> portraits;
+};
+
+void Settle()
+{
+    // Deferred layout and polishing, so that a grab has nothing left to do.
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+}
+
+void Hover(const QList<QPushButton*>& buttons, bool hovered)
+{
+    for (QPushButton* button : buttons) {
+        // The attribute for the style, the move for the button, which looks where on it the pointer is.
+        button->setAttribute(Qt::WA_UnderMouse, hovered);
+        SendMouse(*button, QEvent::MouseMove, button->rect().center(), Qt::NoButton);
+        button->update();
+    }
+}
+
+void PressDown(const QList<QPushButton*>& buttons, bool down)
+{
+    for (QPushButton* button : buttons) {
+        button->setDown(down);
+    }
+}
+
+void Store(Velodesk::StrConstName section, Velodesk::StrConstName key, const std::string& value)
+{
+    using Table = Constant<Velodesk::StrConstName, std::string>;
+    Brevora::Config::IniParser::GetInstance().SetKeyValue(
+        Table::GetConstant(Velodesk::CONF_FILE), Table::GetConstant(section), Table::GetConstant(key), value);
+}
+
+void Photographer::Keep(const char* name, QWidget& window, bool golden)
+{
+    Settle();
+    portraits.append({QLatin1String(name) + suffix,
+                      window.grab().toImage().convertToFormat(QImage::Format_ARGB32), golden});
+}
+
+void Photographer::KeepStates(const char* name, QWidget& window)
+{
+    const auto buttons = window.findChildren<QPushButton*>();
+    Keep(name, window);
+    Hover(buttons, true);
+    Keep((QByteArray(name) + "-hover").constData(), window);
+    PressDown(buttons, true);
+    Keep((QByteArray(name) + "-pressed").constData(), window);
+    PressDown(buttons, false);
+    Hover(buttons, false);
+}
+
+void Photographer::KeepPages(const char* name, QWidget& window, SerProEdit& view)
+{
+    QScrollBar* bar = view.verticalScrollBar();
+    int page = 1;
+    for (int top = 0;; top += bar->pageStep()) {
+        bar->setValue(top);
+        Keep((QByteArray(name) + '-' + QByteArray::number(page)).constData(), window, page == 1);
+        ++page;
+        if (top >= bar->maximum()) {
+            break;
+        }
+    }
+    bar->setValue(0);
+}
+
+void Photographer::TakeAgreement()
+{
+    ProtocolWin window(nullptr);
+    window.show();
+    KeepStates("agreement", window);
+    window.ClickAgreeBtn();
+    KeepStates("agreement-ticked", window);
+    KeepPages("agreement-page", window, *window.findChild<SerProEdit*>());
+}
+
+void Photographer::TakeMainWindow()
+{
+    VeloWin window(nullptr);
+    window.show();
+    auto& page = *window.findChild<MultiScreen*>();
+    KeepStates("main-idle", window);
+    page.SetPreScreenStatus(true);
+    KeepStates("main-casting", window);
+    page.SetPreScreenStatus(false);
+    page.ClickNameEditBtn();
+    Keep("main-name", window, false);
+    page.ComputerNameEditEditingFinished();
+    TakeHelp(window, page);
+    TakeSettings(window);
+    TakeAbout(window);
+    window.ShowCurAppUi(0);
+    TakeMenu(window);
+    TakeDialogs(window, page);
+}
+
+void Photographer::TakeHelp(VeloWin& window, MultiScreen& page)
+{
+    page.ClickHelpBtn();
+    KeepStates("help-menu", window);
+    page.ClickNewHandBtn();
+    KeepPages("help-guide", window, *page.findChild<SerProEdit*>());
+    page.ClickCommonProblemBtn();
+    KeepPages("help-problems", window, *page.findChild<SerProEdit*>());
+}
+
+void Photographer::TakeSettings(VeloWin& window)
+{
+    Singleton<Configure>::GetInstance()->ClearTrustDevices();
+    window.ShowSetWin();
+    Keep("settings-no-phone", window);
+    Store(Velodesk::SERVER_SECTION, Velodesk::KEY_TRUST_NUM, std::to_string(TRUSTED));
+    window.ShowSetWin();
+    KeepStates("settings", window);
+}
+
+void Photographer::TakeAbout(VeloWin& window)
+{
+    window.ShowAboutWin();
+    KeepStates("about", window);
+    auto& about = *window.findChild<AboutWin*>();
+    about.ShowSerProWin();
+    KeepPages("about-agreement", window, *about.findChild<SerProEdit*>());
+    about.BackToAboutWin();
+}
+
+void Photographer::TakeMenu(VeloWin& window)
+{
+    window.ShowMenu();
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == QLatin1String("PopUpMenu") && widget->isVisible()) {
+            KeepStates("menu", *widget);
+            widget->hide();
+        }
+    }
+}
+
+void Photographer::TakeDialogs(VeloWin& window, MultiScreen& page)
+{
+    ExitWin question(&window);
+    question.show();
+    KeepStates("quit", question);
+    {
+        VeloMessageBox box(&page);
+        box.SetWarning();
+        box.SetMessageText(QStringLiteral("可执行文件损坏，无法使用多屏协同\n请卸载重装"));
+        box.SetBtnText(QStringLiteral("确定"), QString());
+        box.show();
+        KeepStates("warning", box);
+    }
+    VeloMessageBox box(&page);
+    box.SetMessageText(QStringLiteral("清除全部信任设备后，\n下次投屏时需要手机重新确认连接"));
+    box.SetBtnText(QStringLiteral("取消"), QStringLiteral("确定"));
+    box.show();
+    KeepStates("question", box);
+}
+
+QList<Portrait> Photographer::Take()
+{
+    // Nothing in a picture may depend on the scratch home or on the time.
+    Singleton<Configure>::GetInstance()->SetSavePath("/home/user/Desktop");
+    QApplication::setCursorFlashTime(0);
+    TakeAgreement();
+    TakeMainWindow();
+    return portraits;
+}
+
+/// Premultiplied averages, so that the colour of what is transparent does not count.
+std::array<int, 4> Average(const QImage& image, const QRect& block)
+{
+    std::array<int, 4> sum{};
+    for (int y = block.top(); y <= block.bottom(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = block.left(); x <= block.right(); ++x) {
+            sum[0] += qRed(line[x]);
+            sum[1] += qGreen(line[x]);
+            sum[2] += qBlue(line[x]);
+            sum[3] += qAlpha(line[x]);
+        }
+    }
+    for (int& channel : sum) {
+        channel /= block.width() * block.height();
+    }
+    return sum;
+}
+} // namespace
+
+QList<Portrait> TakePortraits(bool shadow)
+{
+    return Photographer(shadow).Take();
+}
+
+QRect FindDifference(const QImage& one, const QImage& other)
+{
+    if (one.size() != other.size()) {
+        return one.rect().united(other.rect());
+    }
+    const QImage left = one.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage right = other.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QRect difference;
+    for (int y = 0; y < left.height(); y += BLOCK) {
+        for (int x = 0; x < left.width(); x += BLOCK) {
+            const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
+            const auto mine = Average(left, block);
+            const auto yours = Average(right, block);
+            for (size_t channel = 0; channel < mine.size(); ++channel) {
+                if (std::abs(mine[channel] - yours[channel]) > TOLERANCE) {
+                    difference = difference.united(block);
+                }
+            }
+        }
+    }
+    return difference;
+}

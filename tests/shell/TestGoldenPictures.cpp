@@ -1,0 +1,130 @@
+#include <QDir>
+#include <QPainter>
+#include <QPainterPath>
+#include <QSet>
+#include <QtTest>
+
+#include "Portraits.h"
+
+namespace {
+const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/");
+}
+
+class TestGoldenPictures : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void windowsLookAsTheyDid_data();
+    void windowsLookAsTheyDid();
+    void noGoldenPictureIsLeftOver();
+    void comparisonSeesAMovedWidget();
+    void comparisonSeesAnotherColour();
+    void comparisonBearsAnotherRasteriser();
+
+private:
+    static QImage Golden(const QString& name) { return QImage(GOLDEN + name + QStringLiteral(".png")); }
+};
+
+void TestGoldenPictures::windowsLookAsTheyDid_data()
+{
+    QTest::addColumn<bool>("shadow");
+    QTest::newRow("shadow") << true;
+    QTest::newRow("plain") << false;
+}
+
+void TestGoldenPictures::windowsLookAsTheyDid()
+{
+    QFETCH(bool, shadow);
+    QStringList different;
+    for (const Portrait& portrait : TakePortraits(shadow)) {
+        if (!portrait.golden) {
+            continue;
+        }
+        const QRect difference = FindDifference(portrait.image, Golden(portrait.name));
+        if (!difference.isEmpty()) {
+            // Beside the test, for people to look at.
+            portrait.image.save(portrait.name + QStringLiteral(".png"));
+            different += QStringLiteral("%1 at %2,%3 %4x%5")
+                             .arg(portrait.name)
+                             .arg(difference.x())
+                             .arg(difference.y())
+                             .arg(difference.width())
+                             .arg(difference.height());
+        }
+    }
+    QVERIFY2(different.isEmpty(),
+             qPrintable(different.join(QStringLiteral("; ")) +
+                        QStringLiteral(" - if that is wanted: scripts/pictures accept")));
+}
+
+void TestGoldenPictures::noGoldenPictureIsLeftOver()
+{
+    QStringList wanted;
+    for (const bool shadow : {true, false}) {
+        for (const Portrait& portrait : TakePortraits(shadow)) {
+            if (portrait.golden) {
+                wanted += portrait.name + QStringLiteral(".png");
+            }
+        }
+    }
+    wanted.sort();
+    QCOMPARE(QDir(GOLDEN).entryList(QDir::Files, QDir::Name | QDir::LocaleAware).toSet(), wanted.toSet());
+}
+
+void TestGoldenPictures::comparisonSeesAMovedWidget()
+{
+    const QImage before = Golden(QStringLiteral("main-idle-shadow"));
+    // The pencil, the smallest thing of the page, two pixels to the right.
+    QImage after = before;
+    const QRect pencil(593, 426, 24, 24);
+    QPainter painter(&after);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(pencil.translated(2, 0), before, pencil);
+    painter.end();
+    QVERIFY(before.copy(pencil) != after.copy(pencil));
+    QVERIFY(!FindDifference(before, after).isEmpty());
+}
+
+void TestGoldenPictures::comparisonSeesAnotherColour()
+{
+    const QImage before = Golden(QStringLiteral("main-idle-shadow"));
+    QImage after = before;
+    for (int y = 0; y < after.height(); ++y) {
+        for (int x = 0; x < after.width(); ++x) {
+            if (after.pixel(x, y) == qRgb(0x2B, 0x6F, 0xF2)) {
+                after.setPixel(x, y, qRgb(0x3E, 0x80, 0xFF));
+            }
+        }
+    }
+    QVERIFY(!FindDifference(before, after).isEmpty());
+}
+
+void TestGoldenPictures::comparisonBearsAnotherRasteriser()
+{
+    const QString text = QStringLiteral("多屏协同 极速投屏，无缝连接 PC设备名称 Tandra");
+    QFont font(QStringLiteral("Noto Sans CJK SC"));
+    font.setPixelSize(14);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    // Once by the font engine, once as outlines filled by the painter.
+    QImage glyphs(560, 40, QImage::Format_ARGB32);
+    glyphs.fill(Qt::white);
+    QImage outlines = glyphs;
+    QPainter glyphPainter(&glyphs);
+    glyphPainter.setFont(font);
+    QPainterPath path;
+    QPointF pos(8, 25);
+    for (const QChar letter : text) {
+        glyphPainter.drawText(pos, QString(letter));
+        path.addText(pos, font, QString(letter));
+        pos += QPointF(15, 0);
+    }
+    QPainter outlinePainter(&outlines);
+    outlinePainter.setRenderHint(QPainter::Antialiasing);
+    outlinePainter.fillPath(path, Qt::black);
+    QVERIFY(glyphs != outlines);
+    QVERIFY(FindDifference(glyphs, outlines).isEmpty());
+}
+
+QTEST_MAIN(TestGoldenPictures)
+#include "TestGoldenPictures.moc"

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QtGlobal>
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+/// Takes from this thread what root may do beyond an ordinary user, for as long as the object lives, so that
+/// permissions hold whoever runs the tests.
+class PlainUser
+{
+public:
+    PlainUser()
+    {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        if (syscall(SYS_capget, &header, before) != 0) {
+            qFatal("the privileges of this thread cannot be read");
+        }
+        __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3];
+        for (unsigned int i = 0; i < _LINUX_CAPABILITY_U32S_3; ++i) {
+            none[i] = before[i];
+            none[i].effective = 0;
+        }
+        Set(none);
+    }
+    ~PlainUser() { Set(before); }
+    PlainUser(const PlainUser&) = delete;
+    PlainUser& operator=(const PlainUser&) = delete;
+
+    /// The same for good, for a thread that ends soon: what access() grants root is more than what root has
+    /// at the moment.
+    static void Stay()
+    {
+        __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3]{};
+        Set(none);
+    }
+
+private:
+    static void Set(const __user_cap_data_struct* data)
+    {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        if (syscall(SYS_capset, &header, data) != 0) {
+            qFatal("the privileges of this thread cannot be set");
+        }
+    }
+
+    __user_cap_data_struct before[_LINUX_CAPABILITY_U32S_3]{};
+};
