@@ -217,7 +217,7 @@ void TestCommandLine::logLinesFollowTheStages()
 {
     Agree();
     Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
-    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW), ENDED_MS);
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(QStringLiteral("AppManager ReAllocResource")), ENDED_MS);
     start.Terminate();
     const QStringList messages = Messages();
     QCOMPARE(messages.at(0),
