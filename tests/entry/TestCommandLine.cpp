@@ -1,0 +1,326 @@
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+#include <sys/stat.h>
+
+namespace {
+const QString NAME = QStringLiteral("Velodesk");
+const QString MAIN_WINDOW = QStringLiteral("Mainwindow start.");
+constexpr int ENDED_MS = 20000;
+
+/// A line of the program's log.
+struct Line
+{
+    QString level;
+    QString file;
+    QString module;
+    QString message;
+};
+
+/// One start of the program as it was built, under any name and with any arguments.
+class Start
+{
+public:
+    Start(const QStringList& prefix, const QString& name, const QStringList& arguments,
+          const QProcessEnvironment& environment, const QString& folder)
+    {
+        QStringList command = prefix;
+        command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
+                << name << QStringLiteral(VELODESK_BINARY_DIR "/Velodesk") << arguments;
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(folder);
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(command.first(), command.mid(1));
+        process.waitForStarted(ENDED_MS);
+    }
+    ~Start()
+    {
+        if (process.state() != QProcess::NotRunning) {
+            process.kill();
+            process.waitForFinished(ENDED_MS);
+        }
+    }
+    Start(const Start&) = delete;
+    Start& operator=(const Start&) = delete;
+
+    /// -1 if it has not ended by itself.
+    int ExitCode()
+    {
+        return process.waitForFinished(ENDED_MS) && process.exitStatus() == QProcess::NormalExit
+                   ? process.exitCode()
+                   : -1;
+    }
+    void Terminate()
+    {
+        process.terminate();
+        process.waitForFinished(ENDED_MS);
+    }
+    bool IsRunning() { return process.state() == QProcess::Running; }
+
+private:
+    QProcess process;
+};
+} // namespace
+
+class TestCommandLine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void refusedIsLoggedOnceAndNeedsNoDisplay_data();
+    void refusedIsLoggedOnceAndNeedsNoDisplay();
+    void acceptedGoesOn_data();
+    void acceptedGoesOn();
+    void logLinesFollowTheStages();
+    void homeThatIsNoneEndsTheStart_data();
+    void homeThatIsNoneEndsTheStart();
+    void barredNameEndsTheStart();
+    void laterInstanceEndsWell();
+
+private:
+    void Agree();
+    QList<Line> Log() const;
+    QStringList Messages() const;
+    QString Home() const { return scratch->filePath(QStringLiteral("home")); }
+    QString Folder() const { return scratch->filePath(QStringLiteral("tmp")); }
+
+    std::unique_ptr<QTemporaryDir> scratch;
+    QProcessEnvironment environment;
+};
+
+void TestCommandLine::init()
+{
+    scratch = std::make_unique<QTemporaryDir>();
+    environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    const QList<QPair<QString, QString>> folders{
+        {QStringLiteral("HOME"), Home()},
+        {QStringLiteral("TMPDIR"), Folder()},
+        {QStringLiteral("XDG_RUNTIME_DIR"), scratch->filePath(QStringLiteral("run"))}};
+    for (const auto& folder : folders) {
+        QCOMPARE(mkdir(folder.second.toLocal8Bit().constData(), 0700), 0);
+        environment.insert(folder.first, folder.second);
+    }
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+}
+
+void TestCommandLine::Agree()
+{
+    QVERIFY(QDir(Home()).mkdir(NAME));
+    QFile settings(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
+    QVERIFY(settings.open(QIODevice::WriteOnly));
+    settings.write("[VelodeskServer]\nstatement=true\n");
+}
+
+QList<Line> TestCommandLine::Log() const
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("^\\[\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{6}\\] \\[(\\w+)\\] "
+                       "\\[(\\w+\\.(?:cpp|h)):\\d+\\] (\\w+): (.*)$"));
+    QList<Line> lines;
+    QFile file(Home() + QStringLiteral("/Velodesk/log/velodesk.log"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return lines;
+    }
+    const QStringList texts =
+        QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), QString::SkipEmptyParts);
+    for (const QString& text : texts) {
+        const QRegularExpressionMatch match = pattern.match(text);
+        lines.append({match.captured(1), match.captured(2), match.captured(3), match.captured(4)});
+    }
+    return lines;
+}
+
+QStringList TestCommandLine::Messages() const
+{
+    QStringList messages;
+    const QList<Line> lines = Log();
+    for (const Line& line : lines) {
+        messages.append(line.message);
+    }
+    return messages;
+}
+
+void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+    const QString number = QStringLiteral("param number error!");
+    const QString command = QStringLiteral("command analyze error!");
+    const QString analyze = QStringLiteral("param analyze error!");
+    const QStringList good{QStringLiteral("1234")};
+    QTest::newRow("no argument") << NAME << QStringList() << number;
+    QTest::newRow("two arguments") << NAME << (good + good) << number;
+    QTest::newRow("three arguments") << NAME << (good + good + good) << number;
+    QTest::newRow("number before name") << QStringLiteral("other") << QStringList() << number;
+    for (const char* name : {"/opt/apps/com.zelmora.velodesk/files/bin/Velodesk", "./Velodesk", "velodesk",
+                             "VELODESK", "Velodesk ", "-Velodesk", "Velodes", ""}) {
+        QTest::newRow(qPrintable(QStringLiteral("name '%1'").arg(QLatin1String(name))))
+            << QString::fromLatin1(name) << good << command;
+    }
+    QTest::newRow("name before argument")
+        << QStringLiteral("other") << QStringList(QStringLiteral("abc")) << command;
+    for (const char* argument : {"abc", "", " ", "-", "+", "- 5", "x12", "--help", "-h", "2147483648",
+                                 "-2147483649", "99999999999999999999", "4294967296", "١٢"}) {
+        QTest::newRow(qPrintable(QStringLiteral("argument '%1'").arg(QString::fromUtf8(argument))))
+            << NAME << QStringList(QString::fromUtf8(argument)) << analyze;
+    }
+}
+
+void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    // An application object would end the program here.
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    Start start({}, name, arguments, environment, Folder());
+    QCOMPARE(start.ExitCode(), 1);
+    QCOMPARE(Messages(), QStringList(message));
+    QCOMPARE(Log().first().level, QStringLiteral("ERROR"));
+    QCOMPARE(Log().first().module, QStringLiteral("VELODESK"));
+    QCOMPARE(Log().first().file, QStringLiteral("VeloMain.cpp"));
+    // The log's place is made before anything is looked at; the settings are not.
+    QCOMPARE(QDir(Home() + QStringLiteral("/Velodesk")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("log")));
+}
+
+void TestCommandLine::acceptedGoesOn_data()
+{
+    QTest::addColumn<QString>("argument");
+    for (const char* argument : {"1234", "12abc", "-5", " 7", "\t\n7", "+9", "0", "007", "12 34", "0x10",
+                                 "1.5", "2147483647", "-2147483648"}) {
+        QTest::newRow(qPrintable(QStringLiteral("argument '%1'").arg(QLatin1String(argument))))
+            << QString::fromLatin1(argument);
+    }
+}
+
+void TestCommandLine::acceptedGoesOn()
+{
+    QFETCH(QString, argument);
+    Agree();
+    Start start({}, NAME, {argument}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW) || !start.IsRunning(), ENDED_MS);
+    QVERIFY(start.IsRunning());
+    start.Terminate();
+    QCOMPARE(Messages().filter(QStringLiteral("error!")), QStringList());
+}
+
+void TestCommandLine::logLinesFollowTheStages()
+{
+    Agree();
+    Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(QStringLiteral("AppManager ReAllocResource")), ENDED_MS);
+    start.Terminate();
+    const QStringList messages = Messages();
+    QCOMPARE(messages.at(0),
+             QStringLiteral("chmod %1.").arg(Home() + QStringLiteral("/Velodesk//velodesk.conf")));
+    // As the distribution and its compositor have it.
+    QVERIFY2(messages.at(1) == QLatin1String("Use Shadow") ||
+                 messages.at(1) == QLatin1String("Don't Use Shadow"),
+             qPrintable(messages.at(1)));
+    QCOMPARE(messages.at(2), QStringLiteral("filename:VelodeskServer not exist!"));
+    QCOMPARE(messages.at(3), MAIN_WINDOW);
+    QCOMPARE(messages.at(4), QStringLiteral("AppManager ReAllocResource"));
+    QCOMPARE(messages.filter(QStringLiteral("velodeskd start pid")), QStringList());
+}
+
+void TestCommandLine::homeThatIsNoneEndsTheStart_data()
+{
+    QTest::addColumn<QString>("home");
+    QTest::newRow("unset") << QString();
+    QTest::newRow("missing") << QStringLiteral("/nonexistent");
+    QTest::newRow("a file") << QStringLiteral("/etc/passwd");
+}
+
+void TestCommandLine::homeThatIsNoneEndsTheStart()
+{
+    QFETCH(QString, home);
+    if (home.isEmpty()) {
+        environment.remove(QStringLiteral("HOME"));
+    } else {
+        environment.insert(QStringLiteral("HOME"), home);
+    }
+    // Where nobody can make a directory in the root of the file system, as for an ordinary user.
+    const QStringList readOnly{QStringLiteral("bwrap"),
+                               QStringLiteral("--ro-bind"),
+                               QStringLiteral("/"),
+                               QStringLiteral("/"),
+                               QStringLiteral("--dev-bind"),
+                               QStringLiteral("/dev"),
+                               QStringLiteral("/dev"),
+                               QStringLiteral("--bind"),
+                               scratch->path(),
+                               scratch->path(),
+                               QStringLiteral("--cap-drop"),
+                               QStringLiteral("ALL"),
+                               QStringLiteral("--die-with-parent")};
+    Start start(readOnly, NAME, {QStringLiteral("1")}, environment, Folder());
+    QCOMPARE(start.ExitCode(), 1);
+    QCOMPARE(QDir(Home()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    // It has not come to the check for another instance.
+    QCOMPARE(QDir(Folder()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot), QStringList());
+    QVERIFY(!QFile::exists(QStringLiteral("/Velodesk")));
+}
+
+void TestCommandLine::barredNameEndsTheStart()
+{
+    Agree();
+    const QString here = scratch->filePath(QStringLiteral("here"));
+    const QString closed = here + QStringLiteral("/VelodeskServer/closed");
+    QVERIFY(QDir().mkpath(closed + QStringLiteral("/a")));
+    QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0500), 0);
+    const QStringList plainUser{QStringLiteral("bwrap"),
+                                QStringLiteral("--dev-bind"),
+                                QStringLiteral("/"),
+                                QStringLiteral("/"),
+                                QStringLiteral("--cap-drop"),
+                                QStringLiteral("ALL"),
+                                QStringLiteral("--die-with-parent")};
+    Start start(plainUser, NAME, {QStringLiteral("1")}, environment, here);
+    const int exitCode = start.ExitCode();
+    QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0700), 0);
+    QCOMPARE(exitCode, 1);
+    const QList<Line> lines = Log();
+    const Line& removal = lines.at(lines.size() - 2);
+    QCOMPARE(removal.message, QStringLiteral("RemoveDir dir:VelodeskServer failed"));
+    QCOMPARE(removal.level, QStringLiteral("WARNING"));
+    QCOMPARE(removal.module, QStringLiteral("UTILS"));
+    QCOMPARE(lines.last().message, QStringLiteral("Init application connection failed."));
+    QCOMPARE(lines.last().level, QStringLiteral("ERROR"));
+    QCOMPARE(lines.last().module, QStringLiteral("VELODESK"));
+}
+
+void TestCommandLine::laterInstanceEndsWell()
+{
+    Agree();
+    Start first({}, NAME, {QStringLiteral("1")}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW), ENDED_MS);
+    Start later({}, NAME, {QStringLiteral("2")}, environment, Folder());
+    QCOMPARE(later.ExitCode(), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(QStringLiteral("Get display name failed.")), ENDED_MS);
+    QVERIFY(first.IsRunning());
+    QStringList modules;
+    const QList<Line> lines = Log();
+    for (const Line& line : lines) {
+        if (line.message == QLatin1String("Application already running.")) {
+            QCOMPARE(line.level, QStringLiteral("INFO"));
+            modules.append(line.module);
+        }
+    }
+    // Once where it is found out, once where it is acted on.
+    QCOMPARE(modules, QStringList({QStringLiteral("UTILS"), QStringLiteral("VELODESK")}));
+    QCOMPARE(Messages().count(QStringLiteral("Active application.")), 1);
+    QCOMPARE(Messages().count(MAIN_WINDOW), 1);
+    first.Terminate();
+}
+
+QTEST_GUILESS_MAIN(TestCommandLine)
+#include "TestCommandLine.moc"
