@@ -1,0 +1,334 @@
+// Lets a user without a plan loose on the assistant, with an engine that behaves as it likes, and holds the
+// display and the settings against a small model after each step.
+//
+//   soak MINUTES [SEED]
+//
+// Prints actions a second, and memory and open descriptors at start and end. Exit status: 0 if the model
+// held, the program ended with 0 and neither memory nor descriptors grew beyond what a run of pages costs
+// once.
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <array>
+#include <cstdio>
+
+#include "DesktopWorld.h"
+
+namespace {
+constexpr QPoint CAST_BUTTON(616, 36);
+constexpr QPoint BACK_BUTTON(76, 36);
+constexpr QPoint GUIDE_ICON(220, 212);
+constexpr QPoint PROBLEMS_ICON(512, 212);
+constexpr QPoint ABOUT_LINK(364, 304);
+constexpr QPoint CLOSE_BUTTON(868, 22);
+constexpr QPoint MINIMISE_BUTTON(812, 22);
+constexpr QPoint TITLE_STRIP(400, 10);
+constexpr QPoint CANCEL_BUTTON(101, 132);
+constexpr QPoint QUIT_BUTTON(199, 132);
+constexpr int NAME_LENGTH = 15;
+constexpr int MS_PER_MINUTE = 60 * 1000;
+/// What the first visit to every page may cost for good.
+constexpr int MEMORY_GROWTH_KIB = 24 * 1024;
+constexpr int DESCRIPTOR_GROWTH = 8;
+
+class Soak
+{
+public:
+    explicit Soak(quint32 seed) : random(seed) {}
+
+    int Run(int minutes);
+
+private:
+    using Action = bool (Soak::*)();
+
+    /// What a person would see: a cast or none, the name, and what the status channel has heard last.
+    struct Model
+    {
+        bool casting = false;
+        QString reported;
+        QString name = QStringLiteral("Tandra");
+    };
+
+    bool StartCast();
+    bool FailToStart();
+    bool StopCast();
+    bool CrashEngine();
+    bool Rename();
+    bool VisitHelp();
+    bool VisitSettings();
+    bool VisitAbout();
+    bool CancelQuit();
+    bool DragWindow();
+    bool MinimiseAndRaise();
+    bool Quit();
+
+    bool Agrees() const;
+    bool Soon(const std::function<bool()>& condition) const { return DesktopWorld::WaitFor(condition); }
+    int Pick(int below) { return static_cast<int>(random.bounded(static_cast<quint32>(below))); }
+    bool WaitForEngineEnd() const
+    {
+        const int finished = finishedBefore;
+        return Soon(
+            [this, finished] { return world.CountLog(QStringLiteral("Process finished, id ")) > finished; });
+    }
+    void Signal() const
+    {
+        QFile file(world.Home() + QStringLiteral("/signal-%1").arg(casts));
+        file.open(QIODevice::WriteOnly);
+    }
+    long ProcNumber(const char* file, const QString& key) const;
+    long Memory() const { return ProcNumber("smaps_rollup", QStringLiteral("Pss:")); }
+    long Descriptors() const
+    {
+        return QDir(QStringLiteral("/proc/%1/fd").arg(world.AssistantPid()))
+            .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+            .size();
+    }
+
+    QRandomGenerator random;
+    DesktopWorld world{DesktopWorld::Options()};
+    Model model;
+    int casts = 0;
+    int finishedBefore = 0;
+};
+
+bool Soak::StartCast()
+{
+    if (model.casting) {
+        return true;
+    }
+    ++casts;
+    // "run" alone is no news after a crash, which leaves no "stop" behind.
+    static const std::array<const char*, 3> REPORTS{"report init\nwait 30\nreport run\n",
+                                                    "send {\"status\":\nreport init\nwait 30\nreport run\n",
+                                                    "report run\n"};
+    const int which = Pick(model.reported == QLatin1String("run") ? 2 : 3);
+    world.WriteEngineScript(
+        QLatin1String(REPORTS.at(static_cast<size_t>(which))) +
+        QStringLiteral("await signal-%1\n%2\n")
+            .arg(casts)
+            .arg(Pick(2) == 0 ? QStringLiteral("crash") : QStringLiteral("report stop\nwait 100\nexit 0")));
+    finishedBefore = world.CountLog(QStringLiteral("Process finished, id "));
+    world.ClickPage(CAST_BUTTON);
+    model.casting = true;
+    model.reported = QStringLiteral("run");
+    return true;
+}
+
+bool Soak::FailToStart()
+{
+    if (model.casting) {
+        return true;
+    }
+    world.WriteEngineScript(Pick(2) == 0 ? QStringLiteral("crash\n") : QStringLiteral("exit 3\n"));
+    finishedBefore = world.CountLog(QStringLiteral("Process finished, id "));
+    world.ClickPage(CAST_BUTTON);
+    return WaitForEngineEnd();
+}
+
+bool Soak::StopCast()
+{
+    if (!model.casting) {
+        return true;
+    }
+    world.ClickPage(CAST_BUTTON);
+    model.casting = false;
+    model.reported = QStringLiteral("stop");
+    return WaitForEngineEnd();
+}
+
+bool Soak::CrashEngine()
+{
+    if (!model.casting) {
+        return true;
+    }
+    const int stopped = world.CountLog(QStringLiteral("event stopped"));
+    Signal();
+    model.casting = false;
+    const bool ended = WaitForEngineEnd();
+    if (world.CountLog(QStringLiteral("event stopped")) > stopped) {
+        model.reported = QStringLiteral("stop");
+    }
+    return ended;
+}
+
+bool Soak::Rename()
+{
+    QString name;
+    const int length = 1 + Pick(NAME_LENGTH);
+    for (int i = 0; i < length; ++i) {
+        name += QLatin1Char(static_cast<char>('a' + Pick(26)));
+    }
+    world.Desktop().Click(world.PencilPos());
+    for (int i = 0; i < NAME_LENGTH; ++i) {
+        world.Desktop().Key(QStringLiteral("BackSpace"));
+    }
+    world.Desktop().Type(name);
+    world.Desktop().Key(QStringLiteral("Return"));
+    model.name = name;
+    return true;
+}
+
+bool Soak::VisitHelp()
+{
+    const bool opened = world.ChooseFromMenu(0);
+    world.ClickPage(Pick(2) == 0 ? GUIDE_ICON : PROBLEMS_ICON);
+    world.ClickPage(BACK_BUTTON);
+    world.ClickPage(BACK_BUTTON);
+    return opened;
+}
+
+bool Soak::VisitSettings()
+{
+    const bool opened = world.ChooseFromMenu(1);
+    world.ClickPage(BACK_BUTTON);
+    return opened;
+}
+
+bool Soak::VisitAbout()
+{
+    const bool opened = world.ChooseFromMenu(2);
+    if (Pick(2) == 0) {
+        world.ClickPage(ABOUT_LINK);
+        world.ClickPage(BACK_BUTTON);
+    }
+    world.ClickPage(BACK_BUTTON);
+    return opened;
+}
+
+bool Soak::CancelQuit()
+{
+    world.ClickCard(CLOSE_BUTTON);
+    if (!Soon([this] { return world.SmallWindow().id != 0; })) {
+        return false;
+    }
+    world.ClickSmallCard(CANCEL_BUTTON);
+    return Soon([this] { return world.SmallWindow().id == 0; });
+}
+
+bool Soak::DragWindow()
+{
+    // Not closer to an edge than the shadow is wide: windows are told apart by their size.
+    const QRect window = world.BigWindow().rect;
+    const QSize room = world.Desktop().Size() - window.size();
+    const QPoint target(Pick(room.width()), Pick(room.height()));
+    const QPoint from = world.OnCard(TITLE_STRIP);
+    world.Desktop().Drag(from, from + target - window.topLeft());
+    return true;
+}
+
+bool Soak::MinimiseAndRaise()
+{
+    const unsigned long id = world.BigWindow().id;
+    world.ClickCard(MINIMISE_BUTTON);
+    return Soon([this, id] { return !world.Desktop().IsMapped(id); }) && world.StartSecond() == 0 &&
+           Soon([this, id] { return world.Desktop().IsMapped(id); });
+}
+
+bool Soak::Quit()
+{
+    world.ClickCard(CLOSE_BUTTON);
+    if (!Soon([this] { return world.SmallWindow().id != 0; })) {
+        return false;
+    }
+    world.ClickSmallCard(QUIT_BUTTON);
+    return world.WaitForDaemonEnd() && world.AssistantStatus() == 0 && world.DaemonStatus() == 0;
+}
+
+bool Soak::Agrees() const
+{
+    return Soon([this] {
+        return (model.casting ? world.ShowsCasting() : world.ShowsIdle()) &&
+               world.SettingsText().contains(QStringLiteral("devicename=%1\n").arg(model.name)) &&
+               world.SmallWindow().id == 0 && world.MenuWindow().id == 0;
+    });
+}
+
+long Soak::ProcNumber(const char* file, const QString& key) const
+{
+    QFile proc(QStringLiteral("/proc/%1/%2").arg(world.AssistantPid()).arg(QLatin1String(file)));
+    if (!proc.open(QIODevice::ReadOnly)) {
+        return -1;
+    }
+    for (const QString& line : QString::fromLatin1(proc.readAll()).split(QLatin1Char('\n'))) {
+        if (line.startsWith(key)) {
+            return line.mid(key.size()).trimmed().section(QLatin1Char(' '), 0, 0).toLong();
+        }
+    }
+    return -1;
+}
+
+int Soak::Run(int minutes)
+{
+    static const std::array<std::pair<const char*, Action>, 11> ACTIONS{{
+        {"start a cast", &Soak::StartCast},
+        {"start an engine that fails", &Soak::FailToStart},
+        {"stop the cast", &Soak::StopCast},
+        {"end the engine", &Soak::CrashEngine},
+        {"rename", &Soak::Rename},
+        {"visit the help", &Soak::VisitHelp},
+        {"visit the settings", &Soak::VisitSettings},
+        {"visit the about page", &Soak::VisitAbout},
+        {"cancel quitting", &Soak::CancelQuit},
+        {"drag", &Soak::DragWindow},
+        {"minimise and raise", &Soak::MinimiseAndRaise},
+    }};
+    const QString missing = world.Start();
+    if (!missing.isEmpty() || !world.StartAssistant() || !Agrees()) {
+        std::fprintf(stderr, "not started: %s\n", qUtf8Printable(missing));
+        return 1;
+    }
+    // Every page once, so that what it costs once is there before the measuring begins.
+    for (const auto& action : ACTIONS) {
+        if (!(this->*action.second)() || !Agrees()) {
+            std::fprintf(stderr, "the model does not hold: first %s\n", action.first);
+            return 1;
+        }
+    }
+    const long memory = Memory();
+    const long descriptors = Descriptors();
+    QElapsedTimer clock;
+    clock.start();
+    int actions = 0;
+    for (; clock.elapsed() < qint64(minutes) * MS_PER_MINUTE; ++actions) {
+        const auto& action = ACTIONS.at(static_cast<size_t>(Pick(static_cast<int>(ACTIONS.size()))));
+        if (!(this->*action.second)() || !Agrees()) {
+            std::fprintf(stderr, "the model does not hold: action %d, %s\n", actions, action.first);
+            for (const QString& line : world.Log().mid(world.Log().size() - 20)) {
+                std::fprintf(stderr, "%s\n", qUtf8Printable(line));
+            }
+            world.SaveScreen(QStringLiteral("soak-failure.png"));
+            return 1;
+        }
+    }
+    const double seconds = static_cast<double>(clock.elapsed()) / 1000;
+    const long memoryAfter = Memory();
+    const long descriptorsAfter = Descriptors();
+    std::printf("%d actions in %.0f s, %.1f a second, %d casts\n", actions, seconds, actions / seconds,
+                casts);
+    std::printf("memory (PSS): %ld KiB at the start, %ld KiB at the end\n", memory, memoryAfter);
+    std::printf("open descriptors: %ld at the start, %ld at the end\n", descriptors, descriptorsAfter);
+    const bool ended = Quit();
+    std::printf("end: %s\n", ended ? "in order" : "NOT IN ORDER");
+    return ended && memoryAfter - memory < MEMORY_GROWTH_KIB &&
+                   descriptorsAfter - descriptors < DESCRIPTOR_GROWTH
+               ? 0
+               : 1;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    bool ok = false;
+    const int minutes = arguments.value(1).toInt(&ok);
+    if (!ok || minutes < 1 || arguments.size() > 3) {
+        std::fprintf(stderr, "usage: soak MINUTES [SEED]\n");
+        return 2;
+    }
+    return Soak(arguments.value(2, QStringLiteral("1")).toUInt()).Run(minutes);
+}
