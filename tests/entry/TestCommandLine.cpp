@@ -195,8 +195,8 @@ void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay()
 void TestCommandLine::acceptedGoesOn_data()
 {
     QTest::addColumn<QString>("argument");
-    for (const char* argument : {"1234", "12abc", "-5", " 7", "\t\n7", "+9", "0", "007", "12 34", "0x10",
-                                 "1.5", "2147483647", "-2147483648"}) {
+    for (const char* argument : {"1234", "12abc", "-5", " 7", "\t\n7", "+9", "0", "007", "12 34",
+                                 "0x99999999", "1.5", "2147483647", "-2147483648"}) {
         QTest::newRow(qPrintable(QStringLiteral("argument '%1'").arg(QLatin1String(argument))))
             << QString::fromLatin1(argument);
     }
