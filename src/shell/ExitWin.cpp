@@ -1,6 +1,7 @@
 #include "shell/ExitWin.h"
 
 #include "platform/Logger.h"
+#include "shell/DialogStyle.h"
 #include "shell/Shadow.h"
 #include "shell/VeloWin.h"
 #include "ui_ExitWin.h"
@@ -8,29 +9,6 @@
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
 constexpr QPoint LAST_DRAG_POINT(299, 31);
-
-const QString CARD_STYLE = QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);");
-const QString CLOSE_BTN_SHADOW_STYLE = QStringLiteral(R"(QPushButton{
-border-radius:0px;
-border-top-right-radius:20px;
-border-image:url(:/velo/close_normal_shadow);
-}
-QPushButton:hover{
-border-image:url(:/velo/close_hover_shadow);
-}
-QPushButton:pressed{
-border-image:url(:/velo/close_pressed_shadow);
-})");
-const QString CLOSE_BTN_STYLE = QStringLiteral(R"(QPushButton{
-border-radius:0px;
-border-image:url(:/velo/close_normal);
-}
-QPushButton:hover{
-border-image:url(:/velo/close_hover);
-}
-QPushButton:pressed{
-border-image:url(:/velo/close_pressed);
-})");
 } // namespace
 
 ExitWin::ExitWin(QWidget* parent) : CardWindow<QWidget>(parent), ui(std::make_unique<Ui_ExitWin>())
@@ -110,13 +88,13 @@ void ExitWin::ApplyShadowLook(const QRect& area)
 {
     setAttribute(Qt::WA_TranslucentBackground, true);
     SetAdjustShadow(area);
-    ui->widget_bg->setStyleSheet(CARD_STYLE);
-    ui->closeBtn->setStyleSheet(CLOSE_BTN_SHADOW_STYLE);
+    ui->widget_bg->setStyleSheet(DialogStyle::CARD);
+    ui->closeBtn->setStyleSheet(DialogStyle::CLOSE_BTN_SHADOW);
 }
 
 void ExitWin::ApplyPlainLook(const QRect& area)
 {
     SetLayout(area);
-    ui->closeBtn->setStyleSheet(CLOSE_BTN_STYLE);
+    ui->closeBtn->setStyleSheet(DialogStyle::CLOSE_BTN);
     SetFrameColor();
 }

@@ -2,6 +2,7 @@
 
 #include <QFont>
 
+#include "shell/DialogStyle.h"
 #include "shell/Shadow.h"
 #include "ui_VeloMessageBox.h"
 
@@ -12,29 +13,7 @@ constexpr QPoint LAST_DRAG_POINT(299, 31);
 /// Where the page stack stands in the main window's card.
 constexpr QPoint PAGE_POS(168, 44);
 
-const QString CARD_STYLE = QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);");
 const QString TITLE_BAR_STYLE = QStringLiteral("border-radius:0px;border-top-left-radius:20px;");
-const QString CLOSE_BTN_SHADOW_STYLE = QStringLiteral(R"(QPushButton{
-border-radius:0px;
-border-top-right-radius:20px;
-border-image:url(:/velo/close_normal_shadow);
-}
-QPushButton:hover{
-border-image:url(:/velo/close_hover_shadow);
-}
-QPushButton:pressed{
-border-image:url(:/velo/close_pressed_shadow);
-})");
-const QString CLOSE_BTN_STYLE = QStringLiteral(R"(QPushButton{
-border-radius:0px;
-border-image:url(:/velo/close_normal);
-}
-QPushButton:hover{
-border-image:url(:/velo/close_hover);
-}
-QPushButton:pressed{
-border-image:url(:/velo/close_pressed);
-})");
 
 QRect MainCardArea(const QWidget& page)
 {
@@ -161,13 +140,13 @@ void VeloMessageBox::ApplyShadowLook(const QRect& area)
     setAttribute(Qt::WA_TranslucentBackground, true);
     SetAdjustShadow(area);
     ui->widgetTitlebar->setStyleSheet(TITLE_BAR_STYLE);
-    ui->btnClose->setStyleSheet(CLOSE_BTN_SHADOW_STYLE);
-    ui->widget_bg->setStyleSheet(CARD_STYLE);
+    ui->btnClose->setStyleSheet(DialogStyle::CLOSE_BTN_SHADOW);
+    ui->widget_bg->setStyleSheet(DialogStyle::CARD);
 }
 
 void VeloMessageBox::ApplyPlainLook(const QRect& area)
 {
     SetLayout(area);
-    ui->btnClose->setStyleSheet(CLOSE_BTN_STYLE);
+    ui->btnClose->setStyleSheet(DialogStyle::CLOSE_BTN);
     SetFrameColor();
 }

@@ -6,6 +6,9 @@
 #include <memory>
 
 #include "DesktopWorld.h"
+#include "Places.h"
+
+using namespace Places;
 
 /// What the desktop's test classes share: a fresh world for each test function, and the places on the
 /// windows.
@@ -14,27 +17,6 @@ class DesktopTest : public QObject
     Q_OBJECT
 
 protected:
-    // On the card.
-    static constexpr QPoint AGREE_TICK{98, 399};
-    static constexpr QPoint AGREE_WORDS{150, 399};
-    static constexpr QPoint BEGIN_EDGE{410, 456};
-    static constexpr QPoint BEGIN_BUTTON{448, 456};
-    static constexpr QPoint MINIMISE_BUTTON{812, 22};
-    static constexpr QPoint CLOSE_BUTTON{868, 22};
-    static constexpr QPoint TITLE_STRIP{400, 10};
-    // On the page.
-    static constexpr QPoint CAST_BUTTON{616, 36};
-    static constexpr QPoint BACK_BUTTON{76, 36};
-    static constexpr QPoint EMPTY_PLACE{650, 300};
-    // On a small card.
-    static constexpr QPoint LEFT_BUTTON{101, 132};
-    static constexpr QPoint RIGHT_BUTTON{199, 132};
-    static constexpr QPoint ONLY_BUTTON{150, 132};
-    static constexpr QPoint SMALL_CLOSE_BUTTON{277, 16};
-
-    static constexpr QRgb BLUE = qRgb(0x2B, 0x6F, 0xF2);
-    static constexpr QRgb GREY_BUTTON = qRgb(0xC5, 0xC5, 0xC5);
-
     /// Makes a world, and starts the assistant in it unless that is left to the test.
     void Begin(const DesktopWorld::Options& options = {}, bool start = true)
     {

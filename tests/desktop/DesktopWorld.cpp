@@ -1,5 +1,7 @@
 #include "DesktopWorld.h"
 
+#include "Places.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -19,7 +21,6 @@ constexpr int ENDED_MS = 5000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
 constexpr QSize MENU_CARD(96, 108);
-constexpr QPoint MENU_BUTTON(168 + 588, 22);
 constexpr int MENU_ENTRY_HEIGHT = 36;
 /// The row with the device name, on the page.
 constexpr QRect NAME_ROW(152, 361, 416, 22);
@@ -409,7 +410,7 @@ void DesktopWorld::ClickSmallCard(const QPoint& pos) const
 
 bool DesktopWorld::ChooseFromMenu(int entry) const
 {
-    ClickCard(MENU_BUTTON);
+    ClickCard(Places::MENU_BUTTON);
     if (!WaitFor([this] { return MenuWindow().id != 0; })) {
         return false;
     }
@@ -423,7 +424,7 @@ QPoint DesktopWorld::PencilPos() const
     const QImage row = desktop->Screen().copy(QRect(OnPage(NAME_ROW.topLeft()), NAME_ROW.size()));
     for (int x = row.width() - 1; x >= 0; --x) {
         for (int y = 0; y < row.height(); ++y) {
-            if (row.pixel(x, y) != qRgb(0xFF, 0xFF, 0xFF)) {
+            if (row.pixel(x, y) != Places::WHITE) {
                 return OnPage(NAME_ROW.topLeft() + QPoint(x - PENCIL_SIZE / 2 + 2, NAME_ROW.height() / 2));
             }
         }
@@ -455,7 +456,7 @@ bool DesktopWorld::PageHasColour(const QRect& area, QRgb colour) const
 bool DesktopWorld::ShowsCasting() const
 {
     // Inside the button, left of its words: white there means a border and casting.
-    return desktop->PixelAt(OnPage(QPoint(572, 36))) == qRgb(0xFF, 0xFF, 0xFF);
+    return desktop->PixelAt(OnPage(QPoint(572, 36))) == Places::WHITE;
 }
 
 bool DesktopWorld::ShowsIdle() const

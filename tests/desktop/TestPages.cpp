@@ -31,19 +31,6 @@ private slots:
     void aboutShowsTheAgreementAndLeadsBack();
 
 private:
-    static constexpr QRect HELP_ICON{196, 188, 49, 48};
-    static constexpr QRect HELP_WORDS{188, 257, 64, 24};
-    static constexpr QRect PROBLEMS_WORDS{480, 257, 64, 24};
-    static constexpr QPoint PROBLEMS_ICON{512, 220};
-    static constexpr QPoint CHANGE_BUTTON{631, 104};
-    static constexpr QPoint CLEAR_BUTTON{631, 202};
-    static constexpr QRect ABOUT_LINK{334, 294, 60, 20};
-    /// Where a document is to be seen and the help menu is empty.
-    static constexpr QRect DOCUMENT{60, 300, 100, 130};
-    static constexpr QPoint APP_ROW{84, 130};
-    static constexpr QRgb ICON_GROUND = qRgb(0xE7, 0xEF, 0xFC);
-    static constexpr QRgb DOCUMENT_GROUND = qRgb(0xF9, 0xF9, 0xF9);
-    static constexpr QRgb WHITE = qRgb(0xFF, 0xFF, 0xFF);
     static constexpr int HELP = 0;
     static constexpr int SETTINGS = 1;
     static constexpr int ABOUT = 2;
@@ -158,7 +145,7 @@ void TestPages::menuIsDismissed()
 {
     QFETCH(bool, byKey);
     Begin();
-    world->ClickCard(QPoint(756, 22));
+    world->ClickCard(MENU_BUTTON);
     VERIFY_SOON(world->MenuWindow().id != 0);
     if (byKey) {
         world->Desktop().Key(QStringLiteral("Escape"));
@@ -173,13 +160,13 @@ void TestPages::menuButtonIsNotLeftHovered()
 {
     Begin();
     const QPoint corner = world->OnCard(QPoint(168 + 562, 4));
-    world->Desktop().MoveTo(world->OnCard(QPoint(756, 22)));
+    world->Desktop().MoveTo(world->OnCard(MENU_BUTTON));
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
     QVERIFY(world->ChooseFromMenu(SETTINGS));
     VERIFY_SOON(world->Desktop().PixelAt(corner) == WHITE);
     // Coming back to it counts again.
     world->Desktop().MoveTo(world->OnPage(EMPTY_PLACE));
-    world->Desktop().MoveTo(world->OnCard(QPoint(756, 22)));
+    world->Desktop().MoveTo(world->OnCard(MENU_BUTTON));
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
 }
 
@@ -192,7 +179,7 @@ void TestPages::hoverOnAnIconColoursTheWords()
     world->Desktop().MoveTo(world->OnPage(HELP_ICON.center()));
     VERIFY_SOON(world->PageHasColour(HELP_WORDS, BLUE));
     QVERIFY(!world->PageHasColour(PROBLEMS_WORDS, BLUE));
-    world->Desktop().MoveTo(world->OnPage(PROBLEMS_ICON));
+    world->Desktop().MoveTo(world->OnPage(PROBLEMS_ICON.center()));
     VERIFY_SOON(world->PageHasColour(PROBLEMS_WORDS, BLUE) && !world->PageHasColour(HELP_WORDS, BLUE));
     world->Desktop().MoveTo(world->OnPage(HELP_WORDS.center()));
     VERIFY_SOON(world->PageHasColour(HELP_WORDS, BLUE) && !world->PageHasColour(PROBLEMS_WORDS, BLUE));
@@ -203,7 +190,7 @@ void TestPages::helpLeadsThereAndBack()
     Begin();
     QVERIFY(world->ChooseFromMenu(HELP));
     for (const QPoint entry :
-         {HELP_ICON.center(), HELP_WORDS.center(), PROBLEMS_ICON, PROBLEMS_WORDS.center()}) {
+         {HELP_ICON.center(), HELP_WORDS.center(), PROBLEMS_ICON.center(), PROBLEMS_WORDS.center()}) {
         VERIFY_SOON(ShowsHelpMenu());
         world->ClickPage(entry);
         VERIFY_SOON(world->PageHasColour(DOCUMENT, DOCUMENT_GROUND));

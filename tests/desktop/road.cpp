@@ -12,30 +12,12 @@
 #include <cstdio>
 
 #include "DesktopWorld.h"
+#include "Places.h"
+
+using namespace Places;
 
 namespace {
 constexpr int PERSON_MS = -1;
-
-constexpr QRgb BLUE = qRgb(0x2B, 0x6F, 0xF2);
-constexpr QRgb ICON_GROUND = qRgb(0xE7, 0xEF, 0xFC);
-constexpr QRgb DOCUMENT_GROUND = qRgb(0xF9, 0xF9, 0xF9);
-
-// On the card.
-constexpr QPoint AGREE_TICK(98, 399);
-constexpr QPoint BEGIN_EDGE(410, 456);
-constexpr QPoint BEGIN_BUTTON(448, 456);
-constexpr QPoint MENU_BUTTON(756, 22);
-constexpr QPoint CLOSE_BUTTON(868, 22);
-// On the page.
-constexpr QPoint CAST_BUTTON(616, 36);
-constexpr QPoint BACK_BUTTON(76, 36);
-constexpr QPoint CLEAR_BUTTON(631, 202);
-constexpr QRect HELP_ICON(196, 188, 49, 48);
-constexpr QRect PROBLEMS_ICON(488, 188, 50, 49);
-constexpr QRect HELP_TEXT(80, 100, 500, 300);
-constexpr QRect ABOUT_LINK(334, 294, 60, 20);
-// On a small card.
-constexpr QPoint RIGHT_BUTTON(199, 132);
 
 constexpr int INITIAL_NAME_LENGTH = 6;
 
@@ -151,12 +133,12 @@ bool Road::WalkHelp()
     ok = ok && Stage(QStringLiteral("help"), [this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); });
     world.ClickPage(HELP_ICON.center());
     ok = ok && Stage(QStringLiteral("help-guide"),
-                     [this] { return world.PageHasColour(HELP_TEXT, DOCUMENT_GROUND); });
+                     [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
     world.ClickPage(BACK_BUTTON);
     ok = ok && DesktopWorld::WaitFor([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); });
     world.ClickPage(PROBLEMS_ICON.center());
     return ok && Stage(QStringLiteral("help-problems"),
-                       [this] { return world.PageHasColour(HELP_TEXT, DOCUMENT_GROUND); });
+                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
 }
 
 bool Road::WalkSettings()
@@ -179,7 +161,7 @@ bool Road::WalkAbout()
     ok = ok && Stage(QStringLiteral("about"), [this] { return world.PageHasColour(ABOUT_LINK, BLUE); });
     world.ClickPage(ABOUT_LINK.center());
     return ok && Stage(QStringLiteral("about-agreement"),
-                       [this] { return world.PageHasColour(HELP_TEXT, DOCUMENT_GROUND); });
+                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
 }
 
 bool Road::WalkQuit()

@@ -16,18 +16,11 @@
 #include <cstdio>
 
 #include "DesktopWorld.h"
+#include "Places.h"
+
+using namespace Places;
 
 namespace {
-constexpr QPoint CAST_BUTTON(616, 36);
-constexpr QPoint BACK_BUTTON(76, 36);
-constexpr QPoint GUIDE_ICON(220, 212);
-constexpr QPoint PROBLEMS_ICON(512, 212);
-constexpr QPoint ABOUT_LINK(364, 304);
-constexpr QPoint CLOSE_BUTTON(868, 22);
-constexpr QPoint MINIMISE_BUTTON(812, 22);
-constexpr QPoint TITLE_STRIP(400, 10);
-constexpr QPoint CANCEL_BUTTON(101, 132);
-constexpr QPoint QUIT_BUTTON(199, 132);
 constexpr int NAME_LENGTH = 15;
 constexpr int MS_PER_MINUTE = 60 * 1000;
 /// What the first visit to every page may cost for good.
@@ -175,7 +168,7 @@ bool Soak::Rename()
 bool Soak::VisitHelp()
 {
     const bool opened = world.ChooseFromMenu(0);
-    world.ClickPage(Pick(2) == 0 ? GUIDE_ICON : PROBLEMS_ICON);
+    world.ClickPage(Pick(2) == 0 ? HELP_ICON.center() : PROBLEMS_ICON.center());
     world.ClickPage(BACK_BUTTON);
     world.ClickPage(BACK_BUTTON);
     return opened;
@@ -192,7 +185,7 @@ bool Soak::VisitAbout()
 {
     const bool opened = world.ChooseFromMenu(2);
     if (Pick(2) == 0) {
-        world.ClickPage(ABOUT_LINK);
+        world.ClickPage(ABOUT_LINK.center());
         world.ClickPage(BACK_BUTTON);
     }
     world.ClickPage(BACK_BUTTON);
@@ -205,7 +198,7 @@ bool Soak::CancelQuit()
     if (!Soon([this] { return world.SmallWindow().id != 0; })) {
         return false;
     }
-    world.ClickSmallCard(CANCEL_BUTTON);
+    world.ClickSmallCard(LEFT_BUTTON);
     return Soon([this] { return world.SmallWindow().id == 0; });
 }
 
@@ -234,7 +227,7 @@ bool Soak::Quit()
     if (!Soon([this] { return world.SmallWindow().id != 0; })) {
         return false;
     }
-    world.ClickSmallCard(QUIT_BUTTON);
+    world.ClickSmallCard(RIGHT_BUTTON);
     return world.WaitForDaemonEnd() && world.AssistantStatus() == 0 && world.DaemonStatus() == 0;
 }
 

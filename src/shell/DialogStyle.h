@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+/// Style sheets that all dialogs share, look by look. Not for use before main().
+namespace DialogStyle {
+/// The card in the look with shadow; without it the form's own style stands.
+const QString CARD = QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);");
+
+const QString CLOSE_BTN_SHADOW = QStringLiteral(R"(QPushButton{
+border-radius:0px;
+border-top-right-radius:20px;
+border-image:url(:/velo/close_normal_shadow);
+}
+QPushButton:hover{
+border-image:url(:/velo/close_hover_shadow);
+}
+QPushButton:pressed{
+border-image:url(:/velo/close_pressed_shadow);
+})");
+const QString CLOSE_BTN = QStringLiteral(R"(QPushButton{
+border-radius:0px;
+border-image:url(:/velo/close_normal);
+}
+QPushButton:hover{
+border-image:url(:/velo/close_hover);
+}
+QPushButton:pressed{
+border-image:url(:/velo/close_pressed);
+})");
+} // namespace DialogStyle
