@@ -12,12 +12,11 @@ public:
     Speaker() { std::printf("+%d\n", number); }
     ~Speaker() { std::printf("-%d %s\n", number, GetConstant(Velodesk::ENGINE_SECTION).c_str()); }
 };
-
-const Speaker<1> FILE_SCOPE;
 } // namespace
 
 int main()
 {
+    static const Speaker<1> LOCAL;
     Singleton<Speaker<2>>::GetInstance();
     SingletonNew<Speaker<3>>::GetInstance();
     Singleton<Speaker<4>>::GetInstance();

@@ -24,7 +24,7 @@ protected:
         const QString missing = world->Start();
         QVERIFY2(missing.isEmpty(), qPrintable(missing));
         if (start) {
-            QVERIFY2(world->StartAssistant(), qPrintable(world->Log().join(QLatin1Char('\n'))));
+            QVERIFY2(world->StartAssistant(), qPrintable(world->Describe()));
             // The window is shown first and moved to its place then: only what is drawn there can be clicked.
             QVERIFY(DesktopWorld::WaitFor([this, &options] {
                 return options.agreed ? world->ShowsIdle()
@@ -57,7 +57,6 @@ protected:
     std::unique_ptr<DesktopWorld> world;
 };
 
-/// Fails the test with the log beside the condition.
+/// Fails the test with what was to be seen beside the condition.
 #define VERIFY_SOON(condition)                                                                               \
-    QVERIFY2(DesktopWorld::WaitFor([&] { return condition; }),                                               \
-             qPrintable(world->Log().join(QLatin1Char('\n'))))
+    QVERIFY2(DesktopWorld::WaitFor([&] { return condition; }), qPrintable(world->Describe()))

@@ -1,7 +1,5 @@
 #include "DesktopWorld.h"
 
-#include "Places.h"
-
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -12,6 +10,8 @@
 #include <climits>
 #include <csignal>
 #include <unistd.h>
+
+#include "Places.h"
 
 namespace {
 constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
@@ -476,6 +476,35 @@ bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseco
         QThread::msleep(LOOK_AGAIN_MS);
     }
     return true;
+}
+
+QString DesktopWorld::Describe() const
+{
+    QStringList lines{QStringLiteral("seen at that moment:")};
+    const qint64 pid = AssistantPid();
+    // The server may be gone by now.
+    const QList<XDesktop::Window> windows =
+        desktop == nullptr ? QList<XDesktop::Window>() : desktop->WindowsOf(pid);
+    for (const XDesktop::Window& window : windows) {
+        lines += QStringLiteral("window %1 at %2,%3 of %4 by %5, \"%6\"")
+                     .arg(window.id)
+                     .arg(window.rect.x())
+                     .arg(window.rect.y())
+                     .arg(window.rect.width())
+                     .arg(window.rect.height())
+                     .arg(window.title);
+    }
+    const QString state = Content(QStringLiteral("/proc/%1/status").arg(pid));
+    lines += QStringLiteral("process %1, %2")
+                 .arg(pid)
+                 .arg(state.section(QStringLiteral("State:"), 1).section(QLatin1Char('\n'), 0, 0).trimmed());
+    for (const Event& event : DaemonEvents()) {
+        lines += QStringLiteral("daemon: ") + event.what;
+    }
+    for (const Event& event : EngineEvents()) {
+        lines += QStringLiteral("engine: ") + event.what;
+    }
+    return (lines + Log()).join(QLatin1Char('\n'));
 }
 
 bool DesktopWorld::SaveScreen(const QString& path) const

@@ -122,6 +122,9 @@ public:
     /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`.
     static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 10000);
 
+    /// What can be told of the program at this moment, for the message of a test that fails.
+    QString Describe() const;
+
     /// A screen picture for people.
     bool SaveScreen(const QString& path) const;
 
