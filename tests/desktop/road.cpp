@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QStringList>
+#include <csignal>
 #include <cstdio>
 
 #include "DesktopWorld.h"
@@ -17,8 +18,14 @@
 using namespace Places;
 
 namespace {
-constexpr int PERSON_MS = -1;
+volatile std::sig_atomic_t interrupted = 0;
 
+void Interrupt(int)
+{
+    interrupted = 1;
+}
+
+constexpr int LOOK_AGAIN_MS = 100;
 constexpr int INITIAL_NAME_LENGTH = 6;
 
 class Road
@@ -201,7 +208,11 @@ int RunForPerson(const QString& display)
     if (!world.StartAssistant()) {
         return 1;
     }
-    world.WaitForDaemonEnd(PERSON_MS);
+    // Ctrl-C ends it too, and leaves nothing behind.
+    std::signal(SIGINT, Interrupt);
+    std::signal(SIGTERM, Interrupt);
+    while (interrupted == 0 && !world.WaitForDaemonEnd(LOOK_AGAIN_MS)) {
+    }
     return Ended(world) ? 0 : 1;
 }
 } // namespace
