@@ -16,7 +16,7 @@
 namespace {
 constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
 constexpr int LOOK_AGAIN_MS = 5;
-constexpr int STARTED_MS = 10000;
+constexpr int STARTED_MS = DesktopWorld::PATIENCE_MS;
 constexpr int ENDED_MS = 5000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
@@ -101,6 +101,16 @@ QString Content(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+/// What a process does, and in which call of the kernel it waits.
+QString ProcessState(qint64 pid)
+{
+    const QString folder = QStringLiteral("/proc/%1/").arg(pid);
+    const QString state = Content(folder + QStringLiteral("status")).section(QStringLiteral("State:"), 1);
+    return QStringLiteral("%1 %2 %3")
+        .arg(pid)
+        .arg(state.section(QLatin1Char('\n'), 0, 0).trimmed(), Content(folder + QStringLiteral("wchan")));
 }
 
 QList<DesktopWorld::Event> ReadEvents(const QString& path)
@@ -494,10 +504,9 @@ QString DesktopWorld::Describe() const
                      .arg(window.rect.height())
                      .arg(window.title);
     }
-    const QString state = Content(QStringLiteral("/proc/%1/status").arg(pid));
-    lines += QStringLiteral("process %1, %2")
-                 .arg(pid)
-                 .arg(state.section(QStringLiteral("State:"), 1).section(QLatin1Char('\n'), 0, 0).trimmed());
+    lines += QStringLiteral("program: ") + ProcessState(pid);
+    lines += QStringLiteral("window manager: ") + ProcessState(windowManager.processId());
+    lines += QStringLiteral("X server: ") + ProcessState(server.processId());
     for (const Event& event : DaemonEvents()) {
         lines += QStringLiteral("daemon: ") + event.what;
     }

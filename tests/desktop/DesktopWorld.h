@@ -18,6 +18,9 @@
 class DesktopWorld
 {
 public:
+    /// Longer than anything takes on a machine that is busy with other things.
+    static constexpr int PATIENCE_MS = 30000;
+
     struct Options
     {
         /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
@@ -59,7 +62,7 @@ public:
 
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
-    bool WaitForDaemonEnd(int milliseconds = 15000);
+    bool WaitForDaemonEnd(int milliseconds = PATIENCE_MS);
     /// 0 if the daemon was told to exit, 1 if not.
     int DaemonStatus() const;
     /// The exit code of the assistant; -1 if it did not exit by itself.
@@ -120,7 +123,7 @@ public:
     bool ShowsIdle() const;
 
     /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`.
-    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = 10000);
+    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = PATIENCE_MS);
 
     /// What can be told of the program at this moment, for the message of a test that fails.
     QString Describe() const;

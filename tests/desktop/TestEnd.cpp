@@ -82,9 +82,11 @@ void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->CountLog(QStringLiteral("kill process[")), 1);
+    // The engine may be late in noting the request; the wait began when it was sent.
+    constexpr qint64 NOTED_LATE_NS = 500LL * 1000 * 1000;
     const qint64 waited =
         DaemonTime(QStringLiteral("told to exit")) - EngineTime(QStringLiteral("terminate"));
-    QVERIFY2(waited >= 3000LL * 1000 * 1000, qPrintable(QString::number(waited)));
+    QVERIFY2(waited >= 3000LL * 1000 * 1000 - NOTED_LATE_NS, qPrintable(QString::number(waited)));
 }
 
 void TestEnd::quitAfterAStopLeavesNoEngine()
