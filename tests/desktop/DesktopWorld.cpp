@@ -25,6 +25,7 @@ constexpr int MENU_ENTRY_HEIGHT = 36;
 /// The row with the device name, on the page.
 constexpr QRect NAME_ROW(152, 361, 416, 22);
 constexpr int PENCIL_SIZE = 16;
+constexpr int PENCIL_GONE_MS = 1000;
 constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
@@ -440,6 +441,16 @@ QPoint DesktopWorld::PencilPos() const
         }
     }
     return OnPage(NAME_ROW.center());
+}
+
+bool DesktopWorld::BeginRename() const
+{
+    return WaitFor([this] {
+        // The row is drawn anew after each edit, and a click beside the pencil does nothing.
+        const QPoint pencil = PencilPos();
+        desktop->Click(pencil);
+        return WaitFor([&] { return PencilPos().x() < pencil.x(); }, PENCIL_GONE_MS);
+    });
 }
 
 void DesktopWorld::AppendSettings(const QString& lines) const

@@ -114,6 +114,8 @@ public:
     /// Where the pencil behind the device name stands on the screen: font metrics decide, so it is looked
     /// for.
     QPoint PencilPos() const;
+    /// Clicks the pencil until the name can be edited; false if it never can.
+    bool BeginRename() const;
     /// Adds lines to the settings file.
     void AppendSettings(const QString& lines) const;
     /// Whether the area of the page holds any pixel of that colour.

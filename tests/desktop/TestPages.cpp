@@ -37,7 +37,7 @@ private:
 
     void Rename(const QString& text)
     {
-        world->Desktop().Click(world->PencilPos());
+        QVERIFY(world->BeginRename());
         for (int i = 0; i < 15; ++i) {
             world->Desktop().Key(QStringLiteral("BackSpace"));
         }

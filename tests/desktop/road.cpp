@@ -116,7 +116,9 @@ bool Road::WalkCast()
 
 bool Road::WalkName()
 {
-    world.Desktop().Click(world.PencilPos());
+    if (!world.BeginRename()) {
+        return false;
+    }
     for (int i = 0; i < INITIAL_NAME_LENGTH; ++i) {
         world.Desktop().Key(QStringLiteral("BackSpace"));
     }

@@ -155,7 +155,9 @@ bool Soak::Rename()
     for (int i = 0; i < length; ++i) {
         name += QLatin1Char(static_cast<char>('a' + Pick(26)));
     }
-    world.Desktop().Click(world.PencilPos());
+    if (!world.BeginRename()) {
+        return false;
+    }
     for (int i = 0; i < NAME_LENGTH; ++i) {
         world.Desktop().Key(QStringLiteral("BackSpace"));
     }
@@ -289,7 +291,8 @@ int Soak::Run(int minutes)
     for (; clock.elapsed() < qint64(minutes) * MS_PER_MINUTE; ++actions) {
         const auto& action = ACTIONS.at(static_cast<size_t>(Pick(static_cast<int>(ACTIONS.size()))));
         if (!(this->*action.second)() || !Agrees()) {
-            std::fprintf(stderr, "the model does not hold: action %d, %s\n", actions, action.first);
+            std::fprintf(stderr, "the model does not hold: action %d, %s; wanted: %s, %s\n", actions,
+                         action.first, model.casting ? "casting" : "idle", qUtf8Printable(model.name));
             for (const QString& line : world.Log().mid(world.Log().size() - 20)) {
                 std::fprintf(stderr, "%s\n", qUtf8Printable(line));
             }
