@@ -49,6 +49,7 @@ private:
     bool FailToStart();
     bool StopCast();
     bool CrashEngine();
+    bool EngineHasEnded(int stoppedBefore);
     bool Rename();
     bool VisitHelp();
     bool VisitSettings();
@@ -127,10 +128,9 @@ bool Soak::StopCast()
     if (!model.casting) {
         return true;
     }
+    const int stopped = world.CountLog(QStringLiteral("event stopped"));
     world.ClickPage(CAST_BUTTON);
-    model.casting = false;
-    model.reported = QStringLiteral("stop");
-    return WaitForEngineEnd();
+    return EngineHasEnded(stopped);
 }
 
 bool Soak::CrashEngine()
@@ -140,9 +140,15 @@ bool Soak::CrashEngine()
     }
     const int stopped = world.CountLog(QStringLiteral("event stopped"));
     Signal();
+    return EngineHasEnded(stopped);
+}
+
+bool Soak::EngineHasEnded(int stoppedBefore)
+{
     model.casting = false;
     const bool ended = WaitForEngineEnd();
-    if (world.CountLog(QStringLiteral("event stopped")) > stopped) {
+    // A crash reports nothing, and the last report of an engine that ends can arrive glued to a repeat.
+    if (world.CountLog(QStringLiteral("event stopped")) > stoppedBefore) {
         model.reported = QStringLiteral("stop");
     }
     return ended;

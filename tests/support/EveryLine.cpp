@@ -65,7 +65,7 @@ EveryLine::~EveryLine()
 QStringList EveryLine::Take() const
 {
     const QMutexLocker locker(&mutex);
-    const QStringList taken = lines;
+    QStringList taken = lines;
     lines.clear();
     return taken;
 }
