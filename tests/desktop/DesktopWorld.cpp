@@ -25,7 +25,7 @@ constexpr int MENU_ENTRY_HEIGHT = 36;
 /// The row with the device name, on the page.
 constexpr QRect NAME_ROW(152, 361, 416, 22);
 constexpr int PENCIL_SIZE = 16;
-constexpr int PENCIL_GONE_MS = 1000;
+constexpr int PENCIL_GONE_MS = 10000;
 constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
