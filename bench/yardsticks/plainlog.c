@@ -15,12 +15,11 @@ static off_t log_size;
 
 static off_t current_size(void)
 {
-    const int fd = open(log_path, O_RDONLY);
+    const int fd = open(log_path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         return -1;
     }
-    lseek(fd, 0, SEEK_END);
-    const off_t size = lseek(fd, 0, SEEK_CUR);
+    const off_t size = lseek(fd, 0, SEEK_END);
     lseek(fd, 0, SEEK_SET);
     close(fd);
     return size;
