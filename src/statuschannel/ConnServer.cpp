@@ -65,6 +65,10 @@ void ConnServer::RemoveConn() const
 
 int ConnServer::ParseMsg(const QByteArray& msg)
 {
+    if (!curReport.isNull() && msg == curReport) {
+        // A repeat, as most are: the same bytes say the same.
+        return 0;
+    }
     QJsonParseError parseError{};
     const QJsonDocument document = QJsonDocument::fromJson(msg, &parseError);
     if (document.isNull() || parseError.error != QJsonParseError::NoError) {
@@ -91,12 +95,15 @@ int ConnServer::ParseMsg(const QByteArray& msg)
     }
     if (status == StatusText::INIT) {
         curStatus = status;
+        curReport = msg;
         emit AppInited();
     } else if (status == StatusText::RUN) {
         curStatus = status;
+        curReport = msg;
         emit AppRunning();
     } else if (status == StatusText::STOP) {
         curStatus = status;
+        curReport = msg;
         emit AppStoped();
     }
     return 0;

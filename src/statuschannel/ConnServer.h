@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QLocalServer>
 #include <QObject>
 #include <QString>
@@ -44,4 +45,6 @@ private:
     QString serverName;
     QLocalServer localServer;
     QString curStatus;
+    /// The bytes that have set the status.
+    QByteArray curReport;
 };
