@@ -7,7 +7,6 @@
 #include <QStyleOption>
 #include <QWidget>
 #include <QtMath>
-#include <qdrawutil.h>
 
 namespace {
 /// Along an edge the shadow is the same everywhere once the corners are this far away.
@@ -25,6 +24,37 @@ QPixmap Outline(const QWidget& card, const QSize& size)
     option.rect = QRect(QPoint(0, 0), size);
     card.style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, &card);
     return outline;
+}
+/// Where a length is cut in two ends and a middle.
+struct Cuts
+{
+    int start[3];
+    int length[3];
+};
+
+Cuts Cut(int start, int length, int end)
+{
+    return {{start, start + end, start + length - end}, {end, length - 2 * end, end}};
+}
+
+/// The corners of the picture as they are, its sides stretched, and no middle: the card hides that.
+void DrawFrame(QPainter& painter, const QRect& place, const QPixmap& picture)
+{
+    const int endX = picture.width() / 2 - 1;
+    const int endY = picture.height() / 2 - 1;
+    const Cuts toX = Cut(place.x(), place.width(), endX);
+    const Cuts toY = Cut(place.y(), place.height(), endY);
+    const Cuts fromX = Cut(0, picture.width(), endX);
+    const Cuts fromY = Cut(0, picture.height(), endY);
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            if (row != 1 || column != 1) {
+                painter.drawPixmap(
+                    QRect(toX.start[column], toY.start[row], toX.length[column], toY.length[row]), picture,
+                    QRect(fromX.start[column], fromY.start[row], fromX.length[column], fromY.length[row]));
+            }
+        }
+    }
 }
 } // namespace
 
@@ -45,10 +75,8 @@ void CardShadow::draw(QPainter* painter)
         return;
     }
     const int blur = qCeil(blurRadius());
-    const int halfWidth = blur + sample.width() / 2 - 1;
-    const int halfHeight = blur + sample.height() / 2 - 1;
-    const QRect place = card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint());
-    qDrawBorderPixmap(painter, place, QMargins(halfWidth, halfHeight, halfWidth, halfHeight), picture);
+    DrawFrame(*painter, card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint()),
+              picture);
     drawSource(painter);
 }
 
@@ -67,11 +95,14 @@ QPixmap CardShadow::MakePicture(const QSize& sampleSize) const
     QGraphicsScene scene;
     scene.addPixmap(outline)->setGraphicsEffect(effect);
 
+    // The scene leaves out what lies beside the area it is to draw, so that holds both.
     const int blur = qCeil(blurRadius());
-    const QRect area = QRect(QPoint(aside, 0), sampleSize).adjusted(-blur, -blur, blur, blur);
-    QPixmap result(area.size());
+    const QRect shadow = QRect(QPoint(aside, 0), sampleSize).adjusted(-blur, -blur, blur, blur);
+    const QRect both = shadow.united(QRect(QPoint(0, 0), sampleSize));
+    QPixmap result(both.size());
     result.fill(Qt::transparent);
     QPainter painter(&result);
-    scene.render(&painter, QRectF(result.rect()), QRectF(area));
-    return result;
+    scene.render(&painter, QRectF(result.rect()), QRectF(both));
+    painter.end();
+    return result.copy(shadow.translated(-both.topLeft()));
 }
