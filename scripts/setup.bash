@@ -17,7 +17,8 @@ as_root() {
 install_packages() {
     local missing=() package
     for package in "$@"; do
-        if [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+        # A line for each architecture that has it.
+        if ! dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed; then
             missing+=("$package")
         fi
     done
