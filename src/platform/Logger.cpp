@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
+#include <vector>
 
 #include "platform/BoundedFunctions.h"
 #include "platform/DirOperator.h"
@@ -18,6 +19,8 @@ constexpr int MAX_SIZE = 33554432;
 constexpr mode_t FILE_MODE = 0600;
 constexpr std::size_t MESSAGE_SIZE = 4096;
 constexpr std::size_t TIMESTAMP_SIZE = 32;
+/// A stream's own is 8 KiB: 8192 calls for a rotation.
+constexpr std::size_t COPY_BUFFER_SIZE = 262144;
 /// Room for what a line holds beside its texts: time, level, line number and marks.
 constexpr std::size_t LINE_FRAME_SIZE = 64;
 
@@ -106,8 +109,14 @@ std::string Logger::GetTimestamp() const
 
 void Logger::CopyLog2Log(std::string from, std::string to) const
 {
-    std::ifstream source(from);
-    std::ofstream target(to);
+    std::vector<char> sourceBuffer(COPY_BUFFER_SIZE);
+    std::vector<char> targetBuffer(COPY_BUFFER_SIZE);
+    std::ifstream source;
+    std::ofstream target;
+    source.rdbuf()->pubsetbuf(sourceBuffer.data(), static_cast<std::streamsize>(sourceBuffer.size()));
+    target.rdbuf()->pubsetbuf(targetBuffer.data(), static_cast<std::streamsize>(targetBuffer.size()));
+    source.open(from);
+    target.open(to);
     if (!target.is_open()) {
         return;
     }
