@@ -1,10 +1,11 @@
-# Sourced by run, test and .ci/run: says what it installs, and builds with progress.
+# Sourced by run, test, bench/run and .ci/run: says what it installs, and builds with progress.
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
 PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
     fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin python3-minimal)
 
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
+PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
 
 say() { printf '== %s\n' "$*"; }

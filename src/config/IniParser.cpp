@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 #include "platform/Logger.h"
@@ -85,7 +86,7 @@ int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& s
 {
     const std::size_t equals = line.find('=');
     const std::size_t comment = line.find(COMMENT_MARK);
-    const std::string key = line.substr(0, equals);
+    std::string key = line.substr(0, equals);
     // Without "=" the line is its own value.
     const std::size_t start = equals == std::string::npos ? 0 : equals + 1;
     std::string value;
@@ -100,7 +101,7 @@ int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& s
     if (section.empty() || key.empty()) {
         return -1;
     }
-    configFile.sections[section][key] = value;
+    configFile.sections[section][std::move(key)] = std::move(value);
     return 0;
 }
 

@@ -2,7 +2,6 @@
 
 #include <QBoxLayout>
 #include <QColor>
-#include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
 #include <QRegion>
 #include <QScreen>
@@ -12,6 +11,7 @@
 
 #include "platform/Logger.h"
 #include "platform/Utils.h"
+#include "shell/CardShadow.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "TANDRA_UI";
@@ -52,7 +52,7 @@ int Shadow::AddShadowEffect(QWidget* parent, QWidget* target)
     }
     auto* effect = static_cast<QGraphicsDropShadowEffect*>(target->graphicsEffect());
     if (effect == nullptr) {
-        effect = new (std::nothrow) QGraphicsDropShadowEffect(parent);
+        effect = new (std::nothrow) CardShadow(target, parent);
         if (effect == nullptr) {
             return 2;
         }

@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QScreen>
 #include <QTest>
+#include <functional>
 
 #include "shell/CardWindow.h"
 #include "shell/Shadow.h"
@@ -39,6 +40,37 @@ public:
     QHBoxLayout* shadowLayout;
 };
 
+/// Counts how often it is painted.
+class PaintedArea : public QWidget
+{
+public:
+    PaintedArea(QWidget* parent, const QRect& place) : QWidget(parent) { setGeometry(place); }
+    int count = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override { ++count; }
+};
+
+/// A translucent window with a card of that size and style, 20 pixels of room around it and a child on it.
+QImage Portrait(const QSize& size, const QString& style,
+                const std::function<void(QWidget* window, QWidget* card)>& addEffect)
+{
+    QWidget window;
+    window.setAttribute(Qt::WA_TranslucentBackground);
+    window.resize(size + QSize(40, 40));
+    auto* card = new QWidget(&window);
+    card->setObjectName(QStringLiteral("card"));
+    card->setAttribute(Qt::WA_StyledBackground);
+    card->setGeometry(QRect(QPoint(20, 20), size));
+    card->setStyleSheet(style);
+    auto* child = new QWidget(card);
+    child->setGeometry(style.isEmpty() ? card->rect() : QRect(30, 30, 40, 20));
+    child->setAutoFillBackground(true);
+    addEffect(&window, card);
+    window.show();
+    return window.grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
 constexpr QSize CARD(300, 168);
 
 QRect Area()
@@ -54,6 +86,9 @@ class TestShadow : public QObject
 private slots:
     void effectRefusesNull();
     void effectIsSetUpOnce();
+    void shadowIsThatOfQtsOwnEffect_data();
+    void shadowIsThatOfQtsOwnEffect();
+    void changeOnTheCardPaintsOnlyThatPlace();
     void adjustTakesTheCheapestWay();
     void checkRectPushesInside_data();
     void checkRectPushesInside();
@@ -96,6 +131,61 @@ void TestShadow::effectIsSetUpOnce()
     QCOMPARE(Shadow::AddShadowEffect(&probe, probe.cardWidget), 0);
     QCOMPARE(static_cast<QGraphicsEffect*>(effect), probe.cardWidget->graphicsEffect());
     QCOMPARE(effect->blurRadius(), 20.0);
+}
+
+void TestShadow::shadowIsThatOfQtsOwnEffect_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("style");
+    QTest::newRow("large, round") << QSize(896, 504)
+                                  << QStringLiteral("#card{background-color:white;border-radius:20px;}");
+    QTest::newRow("small, round") << QSize(120, 97)
+                                  << QStringLiteral("#card{background-color:white;border-radius:8px;}");
+    QTest::newRow("square") << QSize(300, 168) << QStringLiteral("#card{background-color:white;}");
+    QTest::newRow("filled by its child") << QSize(300, 168) << QString();
+}
+
+void TestShadow::shadowIsThatOfQtsOwnEffect()
+{
+    QFETCH(QSize, size);
+    QFETCH(QString, style);
+    const QImage ours =
+        Portrait(size, style, [](QWidget* window, QWidget* card) { Shadow::AddShadowEffect(window, card); });
+    const QImage qts = Portrait(size, style, [](QWidget* window, QWidget* card) {
+        auto* effect = new QGraphicsDropShadowEffect(window);
+        effect->setOffset(0.0, 2.0);
+        effect->setColor(QColor(0, 0, 0, 51));
+        effect->setBlurRadius(20.0);
+        card->setGraphicsEffect(effect);
+    });
+    QVERIFY(qAlpha(qts.pixel(size.width() / 2, 10)) != 0);
+    for (int y = 0; y < qts.height(); ++y) {
+        for (int x = 0; x < qts.width(); ++x) {
+            const int difference = qAbs(qAlpha(ours.pixel(x, y)) - qAlpha(qts.pixel(x, y)));
+            QVERIFY2(difference <= 1,
+                     qPrintable(QStringLiteral("%1 at %2, %3").arg(difference).arg(x).arg(y)));
+        }
+    }
+}
+
+void TestShadow::changeOnTheCardPaintsOnlyThatPlace()
+{
+    Probe probe;
+    probe.setAttribute(Qt::WA_TranslucentBackground);
+    probe.cardWidget->setObjectName(QStringLiteral("card"));
+    probe.cardWidget->setStyleSheet(QStringLiteral("#card{background-color:white;border-radius:20px;}"));
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    PaintedArea changed(probe.cardWidget, QRect(100, 60, 20, 20));
+    PaintedArea away(probe.cardWidget, QRect(200, 120, 20, 20));
+    probe.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&probe));
+    QTRY_VERIFY(away.count > 0);
+    QCoreApplication::processEvents();
+    const int before = away.count;
+    const int beforeChange = changed.count;
+    changed.update();
+    QTRY_VERIFY(changed.count > beforeChange);
+    QCOMPARE(away.count, before);
 }
 
 void TestShadow::adjustTakesTheCheapestWay()

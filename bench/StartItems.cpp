@@ -1,0 +1,174 @@
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QProcessEnvironment>
+#include <QThread>
+#include <csignal>
+
+#include "Child.h"
+#include "DesktopWorld.h"
+#include "Items.h"
+#include "PixelWatch.h"
+
+namespace {
+constexpr int START_ROUNDS = 40;
+constexpr int MEMORY_ROUNDS = 15;
+constexpr double NS_PER_MS = 1e6;
+/// After its first frame a program has a little left to do, and then rests.
+constexpr unsigned long SETTLE_MS = 400;
+constexpr double KIB_PER_MIB = 1024.0;
+
+/// In the blue of the start button, where the card stands in the middle of the screen: the main window is
+/// painted, not only the agreement's or an empty one.
+constexpr QPoint START_BUTTON(932, 228);
+constexpr QRgb BLUE = qRgb(0x2B, 0x6F, 0xF2);
+/// Wherever the window manager puts a bare window of that size, it covers this place.
+constexpr QPoint MIDDLE(640, 400);
+
+/// A program that is started again and again on the same desktop.
+struct Contestant
+{
+    std::string program;
+    std::vector<std::string> arguments;
+    std::vector<std::string> environment;
+    QPoint place;
+    std::function<bool(QRgb)> painted;
+};
+
+class Desktop
+{
+public:
+    Desktop() : world(DesktopWorld::Options())
+    {
+        const QString missing = world.Start();
+        if (!missing.isEmpty()) {
+            qFatal("%s", qUtf8Printable(missing));
+        }
+        watch = std::make_unique<PixelWatch>(world.Environment().value(QStringLiteral("DISPLAY")));
+        background = watch->At(MIDDLE);
+        for (const QString& assignment : world.Environment().toStringList()) {
+            environment.push_back(assignment.toStdString());
+        }
+    }
+
+    Contestant Ours() const
+    {
+        return {BuiltProgram("Velodesk").toStdString(),
+                {"Velodesk", "1"},
+                environment,
+                START_BUTTON,
+                [](QRgb pixel) {
+                    return pixel == BLUE;
+                }};
+    }
+    Contestant Bare() const
+    {
+        const QRgb empty = background;
+        return {BuiltProgram("bare-window").toStdString(),
+                {"bare-window"},
+                environment,
+                MIDDLE,
+                [empty](QRgb pixel) {
+                    return pixel != empty;
+                }};
+    }
+
+    /// Ends the program, and waits until nothing of it is on the screen.
+    void End(Child& child) const
+    {
+        child.Send(SIGKILL);
+        child.Wait();
+        const QRgb empty = background;
+        watch->WaitFor(MIDDLE, [empty](QRgb pixel) { return pixel == empty; });
+    }
+
+    DesktopWorld world;
+    std::unique_ptr<PixelWatch> watch;
+
+private:
+    QRgb background = 0;
+    std::vector<std::string> environment;
+};
+
+void WaitForFrame(const Desktop& desktop, const Contestant& contestant)
+{
+    if (desktop.watch->WaitFor(contestant.place, contestant.painted) < 0) {
+        qFatal("%s shows no window", contestant.program.c_str());
+    }
+}
+
+void StartOnce(const Desktop& desktop, const Contestant& contestant, Samples& wall, Samples& cpu)
+{
+    const qint64 start = PixelWatch::Now();
+    Child child(contestant.program, contestant.arguments, contestant.environment);
+    WaitForFrame(desktop, contestant);
+    wall.Add(static_cast<double>(PixelWatch::Now() - start) / NS_PER_MS);
+    desktop.End(child);
+    cpu.Add(child.CpuMs());
+}
+
+/// The proportional set size in MiB.
+double PssOf(pid_t pid)
+{
+    QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return 0.0;
+    }
+    const QStringList lines = QString::fromLatin1(file.readAll()).split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
+        if (line.startsWith(QLatin1String("Pss:"))) {
+            return line.simplified().section(QLatin1Char(' '), 1, 1).toDouble() / KIB_PER_MIB;
+        }
+    }
+    return 0.0;
+}
+
+void WeighOnce(const Desktop& desktop, const Contestant& contestant, Samples& pss)
+{
+    Child child(contestant.program, contestant.arguments, contestant.environment);
+    WaitForFrame(desktop, contestant);
+    QThread::msleep(SETTLE_MS);
+    pss.Add(PssOf(child.Pid()));
+    desktop.End(child);
+}
+} // namespace
+
+void MeasureStart(Report& report, const Effort& effort)
+{
+    const Desktop desktop;
+    Row cpu{QStringLiteral("start: CPU"),
+            QStringLiteral("ms"),
+            QStringLiteral("bare Qt window"),
+            {},
+            {},
+            Row::RATIO_AT_MOST,
+            1.0};
+    Row wall = cpu;
+    wall.name = QStringLiteral("start: wall");
+    Samples discarded;
+    StartOnce(desktop, desktop.Ours(), discarded, discarded);
+    StartOnce(desktop, desktop.Bare(), discarded, discarded);
+    for (int round = 0; round < effort.Rounds(START_ROUNDS); ++round) {
+        StartOnce(desktop, desktop.Ours(), wall.ours, cpu.ours);
+        StartOnce(desktop, desktop.Bare(), wall.yardstick, cpu.yardstick);
+    }
+    report.Add(cpu);
+    report.Add(wall);
+}
+
+void MeasureMemory(Report& report, const Effort& effort)
+{
+    const Desktop desktop;
+    Row pss{QStringLiteral("memory (PSS)"),
+            QStringLiteral("MiB"),
+            QStringLiteral("bare Qt window"),
+            {},
+            {},
+            Row::RATIO_AT_MOST,
+            0.8};
+    for (int round = 0; round < effort.Rounds(MEMORY_ROUNDS); ++round) {
+        WeighOnce(desktop, desktop.Ours(), pss.ours);
+        WeighOnce(desktop, desktop.Bare(), pss.yardstick);
+    }
+    report.Add(pss);
+}

@@ -1,0 +1,70 @@
+// bench [--json FILE] [--quick] [--list] [ITEM...]: measures, prints a table, and leaves the samples in FILE.
+// Exit status: 0 all aims met, 1 some missed, 2 wrong command line or no file.
+
+#include <QCoreApplication>
+#include <cstdio>
+
+#include "Items.h"
+
+namespace {
+constexpr Item ITEMS[] = {
+    {"start", MeasureStart},       {"memory", MeasureMemory},     {"cast", MeasureCast},
+    {"idle", MeasureIdle},         {"quit", MeasureQuit},         {"log", MeasureLog},
+    {"rotation", MeasureRotation}, {"settings", MeasureSettings}, {"growth", MeasureGrowth},
+    {"erase", MeasureErase},       {"messages", MeasureMessages},
+};
+
+const Item* Find(const QString& name)
+{
+    for (const Item& item : ITEMS) {
+        if (name == QLatin1String(item.name)) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+int List(FILE* where, int status)
+{
+    for (const Item& item : ITEMS) {
+        std::fprintf(where, "%s\n", item.name);
+    }
+    return status;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.contains(QStringLiteral("--list"))) {
+        return List(stdout, 0);
+    }
+    const Effort effort{arguments.removeAll(QStringLiteral("--quick")) > 0};
+    QString path;
+    const int json = arguments.indexOf(QStringLiteral("--json"));
+    if (json != -1 && json + 1 < arguments.size()) {
+        path = arguments.takeAt(json + 1);
+        arguments.removeAt(json);
+    }
+    QList<const Item*> wanted;
+    for (const QString& argument : qAsConst(arguments)) {
+        wanted.append(Find(argument));
+    }
+    if (wanted.contains(nullptr)) {
+        std::fprintf(stderr, "the items are:\n");
+        return List(stderr, 2);
+    }
+    Report report;
+    for (const Item& item : ITEMS) {
+        if (wanted.isEmpty() || wanted.contains(&item)) {
+            item.measure(report, effort);
+        }
+    }
+    if (!path.isEmpty() && !report.Save(path)) {
+        std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(path));
+        return 2;
+    }
+    std::printf("%d of the aims missed\n", report.Missed());
+    return report.Missed() == 0 ? 0 : 1;
+}
