@@ -1,5 +1,4 @@
-# How the program that ships is hardened, and how its bytes are kept free of the place where it was built.
-# Release only: sanitizers, coverage and the debugger want a plainer program.
+# How the program is made as it ships. Release only: sanitizers, coverage and the debugger want a plainer program.
 include(CheckPIESupported)
 check_pie_supported()
 
@@ -11,20 +10,20 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
     set(branch_protection -mbranch-protection=standard)
 endif()
 target_compile_options(velodesk_hardening INTERFACE
-    "$<$<CONFIG:Release>:-fstack-protector-strong;-fstack-clash-protection;${branch_protection}>"
-    # The build folder lies within the sources: of two maps that fit, the later counts.
-    "$<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=/velodesk;-ffile-prefix-map=${PROJECT_BINARY_DIR}=/velodesk/build>")
+    "$<$<CONFIG:Release>:-fstack-protector-strong;-fstack-clash-protection;${branch_protection}>")
 target_compile_definitions(velodesk_hardening INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 target_link_options(velodesk_hardening INTERFACE
     "$<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack;LINKER:--build-id=sha1>")
 
-# Debug information for a target that the program is made of. It is taken out of the program right after linking, so
-# that the tests run the very file that ships.
-function(velodesk_add_debuginfo target)
-    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-g>)
+# A part of the program: with debug information, and the same whatever the folder in which it is built.
+function(velodesk_ship target)
+    # The build folder lies within the sources: of two maps that fit, the later counts.
+    set(maps -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/velodesk -ffile-prefix-map=${PROJECT_BINARY_DIR}=/velodesk/build)
+    target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-g;${maps}>")
 endfunction()
 
-# Moves the debug information of a program into a file of its own and leaves the program a link to it.
+# Moves the debug information of a program into a file of its own and leaves the program a link to it. Right after
+# linking, so that the tests run the very file that ships.
 function(velodesk_split_debuginfo target)
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
         return()
