@@ -1,5 +1,6 @@
 # What every target of this project is compiled with; nothing here is global.
 add_library(velodesk_options INTERFACE)
+target_link_libraries(velodesk_options INTERFACE velodesk_hardening)
 target_compile_features(velodesk_options INTERFACE cxx_std_17)
 target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING 
     # Qt 5.11 is the oldest we write to: what a later one deprecates may still be the only way.

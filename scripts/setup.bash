@@ -6,6 +6,12 @@ PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap
 
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
+PACKAGES_PACKAGING=(binutils dpkg-dev file git)
+PACKAGES_PACKAGE_TEST=(lintian mmdebstrap)
+PACKAGES_EMULATION=(qemu-user-static)
+# The cross compiler, and the libraries of the other architecture.
+PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
+    libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
 
 say() { printf '== %s\n' "$*"; }
@@ -27,7 +33,15 @@ install_packages() {
     fi
     say "installing: ${missing[*]}"
     as_root apt-get update -q
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-remove --no-install-recommends "${missing[@]}"
+}
+
+# Lets packages of another architecture be installed beside the machine's own.
+enable_architecture() {
+    if [ "$(dpkg --print-architecture)" != "$1" ] && ! dpkg --print-foreign-architectures | grep -qx "$1"; then
+        say "enabling packages for $1"
+        as_root dpkg --add-architecture "$1"
+    fi
 }
 
 # Configures where that was not done yet, and builds what has changed.

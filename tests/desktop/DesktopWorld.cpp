@@ -180,7 +180,7 @@ bool DesktopWorld::StartAssistant(const QStringList& daemonOptions)
     QFile::remove(scratch.filePath(QStringLiteral("daemon.events")));
     const int ready = CountLog(QStringLiteral("Mainwindow start."));
     QStringList arguments = SandboxArguments();
-    arguments << BuiltProgram(QStringLiteral("standin-daemon")) << QStringLiteral("--events")
+    arguments << scratch.filePath(QStringLiteral("standin-daemon")) << QStringLiteral("--events")
               << scratch.filePath(QStringLiteral("daemon.events")) << daemonOptions << QStringLiteral("--")
               << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk");
     daemon.setProcessEnvironment(environment);
@@ -599,10 +599,32 @@ void DesktopWorld::Stage() const
     QFile::copy(BuiltProgram(QStringLiteral("Velodesk")), InstalledDir() + QStringLiteral("/bin/Velodesk"));
     QFile::copy(BuiltProgram(QStringLiteral("standin-engine")),
                 InstalledDir() + QStringLiteral("/tandra/bin/Tandra"));
+    QFile::copy(BuiltProgram(QStringLiteral("standin-daemon")),
+                scratch.filePath(QStringLiteral("standin-daemon")));
+}
+
+QStringList DesktopWorld::RootArguments() const
+{
+    const QString programs = QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin");
+    const QString engine = QLatin1String(INSTALLED_DIR) + QStringLiteral("/tandra");
+    // The installed program below an /opt in which there is room for the engine. Display, buses and our own
+    // folders lie in /tmp.
+    QStringList arguments{QStringLiteral("--ro-bind"), options.root, QStringLiteral("/")};
+    for (const QString& shared : {QStringLiteral("/dev"), QStringLiteral("/proc"), QStringLiteral("/tmp")}) {
+        arguments << QStringLiteral("--dev-bind") << shared << shared;
+    }
+    return arguments << QStringLiteral("--tmpfs") << QStringLiteral("/opt") << QStringLiteral("--ro-bind")
+                     << options.root + programs << programs << QStringLiteral("--ro-bind")
+                     << InstalledDir() + QStringLiteral("/tandra") << engine
+                     << QStringLiteral("--die-with-parent") << QStringLiteral("--cap-drop")
+                     << QStringLiteral("ALL");
 }
 
 QStringList DesktopWorld::SandboxArguments() const
 {
+    if (!options.root.isEmpty()) {
+        return RootArguments();
+    }
     // The empty /opt first, or missing mount points would be made on the machine itself. Without its
     // capabilities root is refused what other users are refused.
     QStringList arguments{QStringLiteral("--dev-bind"),

@@ -33,6 +33,9 @@ public:
         bool agreed = true;
         /// The content of /etc/lsb-release; null for the machine's own.
         QString lsbRelease;
+        /// The root of another system, with the program installed in it, to run that program in; empty for
+        /// the built program on this machine. It stays unchanged.
+        QString root;
     };
 
     struct Event
@@ -137,6 +140,7 @@ private:
     QString StartDisplay();
     QString StartBus(QProcess& bus, const QString& type, const QString& variable);
     void Stage() const;
+    QStringList RootArguments() const;
     QStringList SandboxArguments() const;
     XDesktop::Window FindWindow(const QSize& cardSize) const;
     int Margin() const;

@@ -1,8 +1,9 @@
 // Starts the assistant as its daemon would and, unless a person does, walks its road: agreement, main window,
 // a cast started and stopped, the device's name, help, settings, about, quit. Each stage leaves a picture.
 //
-//   road --pictures DIR      on a virtual display, by itself
-//   road --display DISPLAY   on a display with a person before it
+//   road --pictures DIR               on a virtual display, by itself
+//   road --pictures DIR --root ROOT   the same with the program that is installed in another system's root
+//   road --display DISPLAY            on a display with a person before it
 //
 // Exit status: 0 if the assistant ended with 0, the engine was stopped and the daemon was told.
 
@@ -31,14 +32,17 @@ constexpr int INITIAL_NAME_LENGTH = 6;
 class Road
 {
 public:
-    explicit Road(const QString& pictures) : directory(pictures), world(VirtualDesktop()) {}
+    explicit Road(const QString& pictures, const QString& root = {})
+        : directory(pictures), world(VirtualDesktop(root))
+    {}
 
     int Walk();
 
 private:
-    static DesktopWorld::Options VirtualDesktop()
+    static DesktopWorld::Options VirtualDesktop(const QString& root)
     {
         DesktopWorld::Options options;
+        options.root = root;
         options.compositor = true;
         options.agreed = false;
         return options;
@@ -226,9 +230,13 @@ int main(int argc, char** argv)
     if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--pictures")) {
         return Road(arguments.at(2)).Walk();
     }
+    if (arguments.size() == 5 && arguments.at(1) == QLatin1String("--pictures") &&
+        arguments.at(3) == QLatin1String("--root")) {
+        return Road(arguments.at(2), arguments.at(4)).Walk();
+    }
     if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--display")) {
         return RunForPerson(arguments.at(2));
     }
-    std::fprintf(stderr, "usage: road --pictures DIR | --display DISPLAY\n");
+    std::fprintf(stderr, "usage: road --pictures DIR [--root ROOT] | --display DISPLAY\n");
     return 2;
 }

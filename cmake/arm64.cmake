@@ -1,0 +1,18 @@
+# Debian's cross compiler, with libraries of the foreign architecture beside the machine's own.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
+
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+# Not the emulator alone: a program that ends its children there could end everybody's.
+get_filename_component(sandbox ${CMAKE_CURRENT_LIST_DIR}/../packaging/arm64/sandbox ABSOLUTE)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${sandbox})
+
+# Tools such as moc and uic are the machine's own.
+set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu /)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
