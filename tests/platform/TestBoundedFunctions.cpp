@@ -1,7 +1,6 @@
 #include <QTest>
 #include <array>
 #include <cerrno>
-#include <limits>
 #include <string>
 
 #include "platform/BoundedFunctions.h"
@@ -172,7 +171,7 @@ void TestBoundedFunctions::badFormatFails()
 {
     Buffer buffer = Fresh();
     // A wide character that has no bytes in any encoding.
-    const std::wstring unwritable(1, std::numeric_limits<wchar_t>::min());
+    const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
     QVERIFY(snprintf_s(buffer.data(), buffer.size(), buffer.size() - 1, "%ls", unwritable.c_str()) < 0);
 }
 

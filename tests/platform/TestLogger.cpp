@@ -294,7 +294,7 @@ void TestLogger::badFormatLeavesNoLine()
 {
     logger->Init(Local(path));
     // A wide character that has no bytes in any encoding.
-    const std::wstring unwritable(1, std::numeric_limits<wchar_t>::min());
+    const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
     logger->WriteLog(INFO, "Place.cpp", PLACE, "TAG", "%ls", unwritable.c_str());
     QCOMPARE(ReadAll(path), QByteArray());
 }
