@@ -20,6 +20,8 @@ constexpr int STARTED_MS = DesktopWorld::PATIENCE_MS;
 constexpr int ENDED_MS = 5000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
+constexpr QPoint SMALL_CARD_BLANK(20, 100);
+constexpr QRgb SMALL_CARD_GROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QSize MENU_CARD(96, 108);
 constexpr int MENU_ENTRY_HEIGHT = 36;
 /// The row with the device name, on the page.
@@ -416,6 +418,8 @@ void DesktopWorld::ClickCard(const QPoint& pos) const
 
 void DesktopWorld::ClickSmallCard(const QPoint& pos) const
 {
+    // A window is there before it stands in its place and is drawn, and a compositor fades it in.
+    WaitFor([this] { return desktop->PixelAt(OnSmallCard(SMALL_CARD_BLANK)) == SMALL_CARD_GROUND; });
     desktop->Click(OnSmallCard(pos));
 }
 
