@@ -194,7 +194,7 @@ bool DesktopWorld::StartAssistant(const QStringList& daemonOptions)
     return WaitFor([this, ready] {
                const bool up = !options.agreed || CountLog(QStringLiteral("Mainwindow start.")) > ready;
                return daemon.state() == QProcess::NotRunning ||
-                      (AssistantPid() != 0 && up && BigWindow().id != 0);
+                      (AssistantPid() != 0 && up && BigWindow().id != 0 && BigCardIsDrawn());
            }) &&
            daemon.state() == QProcess::Running;
 }
@@ -370,6 +370,16 @@ XDesktop::Window DesktopWorld::BigWindow() const
     return FindWindow(BIG_CARD);
 }
 
+int DesktopWorld::CountBigWindows() const
+{
+    int count = 0;
+    const QList<XDesktop::Window> windows = desktop->WindowsOf(0);
+    for (const XDesktop::Window& window : windows) {
+        count += window.rect.size() == WithMargins(BIG_CARD) ? 1 : 0;
+    }
+    return count;
+}
+
 XDesktop::Window DesktopWorld::SmallWindow() const
 {
     return FindWindow(SMALL_CARD);
@@ -436,7 +446,7 @@ bool DesktopWorld::ChooseFromMenu(int entry) const
 
 QPoint DesktopWorld::PencilPos() const
 {
-    const QImage row = desktop->Screen().copy(QRect(OnPage(NAME_ROW.topLeft()), NAME_ROW.size()));
+    const QImage row = desktop->Area(QRect(OnPage(NAME_ROW.topLeft()), NAME_ROW.size()));
     for (int x = row.width() - 1; x >= 0; --x) {
         for (int y = 0; y < row.height(); ++y) {
             if (row.pixel(x, y) != Places::WHITE) {
@@ -467,7 +477,7 @@ void DesktopWorld::AppendSettings(const QString& lines) const
 
 bool DesktopWorld::PageHasColour(const QRect& area, QRgb colour) const
 {
-    const QImage image = desktop->Screen().copy(QRect(OnPage(area.topLeft()), area.size()));
+    const QImage image = desktop->Area(QRect(OnPage(area.topLeft()), area.size()));
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             if (image.pixel(x, y) == colour) {
@@ -488,6 +498,12 @@ bool DesktopWorld::ShowsIdle() const
 {
     const QRgb pixel = desktop->PixelAt(OnPage(QPoint(572, 36)));
     return pixel == qRgb(0x2B, 0x6F, 0xF2) || pixel == qRgb(0x3E, 0x80, 0xFF);
+}
+
+bool DesktopWorld::BigCardIsDrawn() const
+{
+    const QRgb edge = desktop->PixelAt(OnCard(Places::BEGIN_EDGE));
+    return edge == Places::GREY_BUTTON || edge == Places::BLUE || ShowsIdle() || ShowsCasting();
 }
 
 bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseconds)
@@ -654,14 +670,18 @@ QStringList DesktopWorld::SandboxArguments() const
 
 XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
 {
-    const QSize withMargins = cardSize + QSize(2 * Margin(), 2 * Margin());
     const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
     for (const XDesktop::Window& window : windows) {
-        if (window.rect.size() == withMargins) {
+        if (window.rect.size() == WithMargins(cardSize)) {
             return window;
         }
     }
     return {0, QRect(), QString()};
+}
+
+QSize DesktopWorld::WithMargins(const QSize& cardSize) const
+{
+    return cardSize + QSize(2 * Margin(), 2 * Margin());
 }
 
 int DesktopWorld::Margin() const

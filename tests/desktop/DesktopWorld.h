@@ -50,8 +50,9 @@ public:
     /// Starts everything but the assistant. Empty, or what could not be had.
     QString Start();
 
-    /// Starts the stand-in daemon, and through it the assistant, and waits until it is up; false if it is
-    /// not.
+    /// Starts the stand-in daemon, and through it the assistant, and waits until its window is drawn where it
+    /// stands: it is shown first and moved to its place then, and what is not drawn there cannot be clicked.
+    /// False if it never is.
     bool StartAssistant(const QStringList& daemonOptions = {});
     /// Starts the assistant once more beside the first, waits for its end and gives its exit code.
     int StartSecond();
@@ -98,6 +99,8 @@ public:
 
     /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
     XDesktop::Window BigWindow() const;
+    /// How many of them stand, whichever process they belong to.
+    int CountBigWindows() const;
     /// The exit confirmation or a message box.
     XDesktop::Window SmallWindow() const;
     XDesktop::Window MenuWindow() const;
@@ -143,7 +146,9 @@ private:
     QStringList RootArguments() const;
     QStringList SandboxArguments() const;
     XDesktop::Window FindWindow(const QSize& cardSize) const;
+    QSize WithMargins(const QSize& cardSize) const;
     int Margin() const;
+    bool BigCardIsDrawn() const;
 
     Options options;
     QTemporaryDir scratch;

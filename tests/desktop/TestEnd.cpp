@@ -115,7 +115,7 @@ void TestEnd::cancelKeepsTheCast()
     VERIFY_SOON(world->SmallWindow().id != 0);
     world->ClickSmallCard(where);
     VERIFY_SOON(world->SmallWindow().id == 0);
-    QVERIFY(world->ShowsCasting());
+    VERIFY_SOON(world->ShowsCasting());
     QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
     // The next question is a fresh one and can still be answered with yes.
     world->ClickCard(CLOSE_BUTTON);

@@ -153,7 +153,7 @@ void TestPages::menuIsDismissed()
         world->ClickPage(EMPTY_PLACE);
     }
     VERIFY_SOON(world->MenuWindow().id == 0);
-    QVERIFY(world->ShowsIdle());
+    VERIFY_SOON(world->ShowsIdle());
 }
 
 void TestPages::menuButtonIsNotLeftHovered()

@@ -73,11 +73,11 @@ struct XDesktop::Connection
         return QRect(left, top, attributes.width, attributes.height);
     }
 
-    /// All windows of the process below `window`, the topmost last.
+    /// All windows of the process, or of any for 0, below `window`, the topmost last.
     void Collect(::Window window, unsigned long pid, QList<XDesktop::Window>& found) const
     {
         const QList<unsigned long> pids = Longs(window, "_NET_WM_PID");
-        if (!pids.isEmpty() && pids.first() == pid) {
+        if (!pids.isEmpty() && (pid == 0 || pids.first() == pid)) {
             if (Viewable(window)) {
                 found.append({window, Rect(window), Title(window)});
             }
@@ -267,19 +267,23 @@ void XDesktop::Type(const QString& text) const
 
 QImage XDesktop::Screen() const
 {
+    return Area(QRect(QPoint(0, 0), Size()));
+}
+
+QImage XDesktop::Area(const QRect& area) const
+{
     // Copied with all that lies on the root window, which a plain image of the root need not hold.
-    const QSize size = Size();
-    const auto width = static_cast<unsigned int>(size.width());
-    const auto height = static_cast<unsigned int>(size.height());
+    const auto width = static_cast<unsigned int>(area.width());
+    const auto height = static_cast<unsigned int>(area.height());
     const int screen = DefaultScreen(x->display);
     XGCValues values{};
     values.subwindow_mode = IncludeInferiors;
     GC context = XCreateGC(x->display, x->root, GCSubwindowMode, &values);
     const Pixmap copy = XCreatePixmap(x->display, x->root, width, height,
                                       static_cast<unsigned int>(DefaultDepth(x->display, screen)));
-    XCopyArea(x->display, x->root, copy, context, 0, 0, width, height, 0, 0);
+    XCopyArea(x->display, x->root, copy, context, area.x(), area.y(), width, height, 0, 0);
     XImage* image = XGetImage(x->display, copy, 0, 0, width, height, AllPlanes, ZPixmap);
-    const QImage result = QImage(reinterpret_cast<const uchar*>(image->data), size.width(), size.height(),
+    const QImage result = QImage(reinterpret_cast<const uchar*>(image->data), area.width(), area.height(),
                                  image->bytes_per_line, QImage::Format_RGB32)
                               .copy();
     XDestroyImage(image);
@@ -290,5 +294,5 @@ QImage XDesktop::Screen() const
 
 QRgb XDesktop::PixelAt(const QPoint& pos) const
 {
-    return Screen().pixel(pos);
+    return Area(QRect(pos, QSize(1, 1))).pixel(0, 0);
 }

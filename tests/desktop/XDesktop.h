@@ -30,7 +30,7 @@ public:
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
-    /// The windows on show that belong to the process, the topmost last.
+    /// The windows on show that belong to the process, or to any for 0; the topmost last.
     QList<Window> WindowsOf(qint64 pid) const;
     /// The property _NET_ACTIVE_WINDOW, 0 if there is none.
     unsigned long ActiveWindow() const;
@@ -56,6 +56,8 @@ public:
 
     /// What the screen shows now.
     QImage Screen() const;
+    /// A part of the screen; what lies outside it is undefined.
+    QImage Area(const QRect& area) const;
     QRgb PixelAt(const QPoint& pos) const;
 
 private:
