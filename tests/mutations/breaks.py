@@ -12,7 +12,7 @@ BREAKS = [
     ("src/platform/Logger.cpp", "TestLogger", "    chmod(to.c_str(), FILE_MODE);\n", ""),
     ("src/platform/Logger.cpp", "TestLogger", "std::ios::out | std::ios::app", "std::ios::out"),
     ("src/platform/Logger.cpp", "TestLogger", "const std::lock_guard<std::mutex> guard(lock);", ""),
-    ("src/platform/Utils.cpp", "TestUtils", "UTILS_BUFFER_SIZE = 1026;", "UTILS_BUFFER_SIZE = 2;"),
+    ("src/platform/Utils.cpp", "TestUtils", "UTILS_BUFFER_SIZE = 1026;", "UTILS_BUFFER_SIZE = 1027;"),
     ("src/platform/Utils.cpp", "TestUtils", "EXIT_CODE_MASK = 0xff00", "EXIT_CODE_MASK = 0xfe00"),
     ("src/platform/Utils.cpp", "TestUtils", "output.rfind('\\n')", "output.find('\\n')"),
     ("src/platform/Utils.cpp", "TestUtils", "if (start < text.size())", "if (start <= text.size())"),
@@ -85,4 +85,7 @@ BREAKS = [
     ("src/entry/VeloMain.cpp", "TestStart", "configure.IsStatementRead() || protocolWin.IsReadStatement()", "configure.IsStatementRead()"),
     ("src/entry/VeloMain.cpp", "TestEnd", "    veloWin.exitHook = StopVelodeskd;\n", ""),
     ("src/entry/VeloMain.cpp", "TestEnd", "    veloWin.SetAppObj(application);\n", ""),
+    ("src/platform/Utils.cpp", "TestUtils", "COMMAND_BUFFER_SIZE = 1024", "COMMAND_BUFFER_SIZE = 1025"),
+    ("src/shell/CardShadow.cpp", "TestShadow", "CORNER_REACH = 48", "CORNER_REACH = 28"),
+    ("src/shell/CardShadow.cpp", "TestShadow", "        return rect;\n", ""),
 ]

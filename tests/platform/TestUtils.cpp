@@ -83,6 +83,8 @@ private slots:
     void outputIsTrimmed();
     void longOutputComesWhole_data();
     void longOutputComesWhole();
+    void zeroByteHidesTheRestOfAPiece_data();
+    void zeroByteHidesTheRestOfAPiece();
     void refusedCommandIsNotRun_data();
     void refusedCommandIsNotRun();
     void failureOfThePipeGivesNothing();
@@ -407,6 +409,29 @@ void TestUtils::longOutputComesWhole()
     const QByteArray seen = QByteArray::fromStdString(run(command.toStdString()));
     QCOMPARE(seen.size(), output.size());
     QVERIFY(seen == output);
+}
+
+void TestUtils::zeroByteHidesTheRestOfAPiece_data()
+{
+    QTest::addColumn<Runner>("run");
+    QTest::addColumn<int>("piece");
+    QTest::newRow("as the utilities run it") << &Utils::ExecutePopenAndReturn << 1025;
+    QTest::newRow("as RunCommand runs it") << &Velodesk::RunCommand << 1023;
+}
+
+void TestUtils::zeroByteHidesTheRestOfAPiece()
+{
+    QFETCH(Runner, run);
+    QFETCH(int, piece);
+    const auto seen = [run](int length) {
+        const std::string line =
+            "head -c " + std::to_string(length) + " /dev/zero | tr '\\0' x; printf '\\000yz'";
+        return QByteArray::fromStdString(run(line));
+    };
+    // The zero byte is the last of a piece, so the next one begins behind it.
+    QVERIFY(seen(piece - 1) == QByteArray(piece - 1, 'x') + "yz");
+    // It is the last but one.
+    QVERIFY(seen(piece - 2) == QByteArray(piece - 2, 'x') + "z");
 }
 
 void TestUtils::refusedCommandIsNotRun_data()
