@@ -2,7 +2,7 @@
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
 PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
-    fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin python3-minimal)
+    fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin optipng python3-minimal)
 
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)

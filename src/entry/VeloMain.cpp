@@ -126,7 +126,7 @@ int main(int argc, char** argv)
 
     GlSwitchedOff glSwitchedOff;
     SingleApplication application(argc, argv);
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velo/logo")));
+    QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
         return 1;
     }
