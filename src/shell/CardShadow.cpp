@@ -10,7 +10,7 @@
 
 namespace {
 /// Along an edge the shadow is the same everywhere once the corners are this far away.
-constexpr int CORNER_REACH = 80;
+constexpr int CORNER_REACH = 48;
 constexpr int OPAQUE = 255;
 
 /// The card's background alone, as its style draws it.
@@ -61,6 +61,15 @@ void DrawFrame(QPainter& painter, const QRect& place, const QPixmap& picture)
 CardShadow::CardShadow(const QWidget* target, QObject* parent)
     : QGraphicsDropShadowEffect(parent), card(target)
 {}
+
+QRectF CardShadow::boundingRectFor(const QRectF& rect) const
+{
+    // The outline alone casts the shadow: what changes inside it changes nothing around it.
+    if (!picture.isNull() && !rect.contains(card->rect())) {
+        return rect;
+    }
+    return QGraphicsDropShadowEffect::boundingRectFor(rect);
+}
 
 void CardShadow::draw(QPainter* painter)
 {
