@@ -1,5 +1,6 @@
 // Any text through the log: one line, or none where it does not fit.
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <unistd.h>
@@ -14,7 +15,8 @@ constexpr size_t LONGEST = 4095;
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const std::string path = "/tmp/velodesk-fuzz-" + std::to_string(getpid()) + ".log";
+    static const std::string path =
+        std::filesystem::temp_directory_path() / ("velodesk-fuzz-" + std::to_string(getpid()) + ".log");
     Input input(data, size);
     const uint8_t repeats = input.Byte();
     const int level = input.Byte() % 8;

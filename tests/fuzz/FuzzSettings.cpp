@@ -1,6 +1,7 @@
 // A settings file of any content: it loads or is refused as a whole, and what was loaded, changed and saved
 // is there again afterwards.
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <unistd.h>
@@ -29,7 +30,8 @@ bool IsPlain(const std::string& text, const char* forbidden)
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const std::string path = "/tmp/velodesk-fuzz-" + std::to_string(getpid()) + ".conf";
+    static const std::string path =
+        std::filesystem::temp_directory_path() / ("velodesk-fuzz-" + std::to_string(getpid()) + ".conf");
     Input input(data, size);
     const std::string section = input.Take(input.Byte() % 16);
     const std::string key = input.Take(input.Byte() % 16);
