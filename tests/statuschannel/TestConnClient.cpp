@@ -3,8 +3,13 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <fcntl.h>
 #include <memory>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 #include "statuschannel/ConnClient.h"
 #include "statuschannel/ConnServer.h"
@@ -15,6 +20,46 @@ const QString UTILS = QStringLiteral("UTILS");
 const QString INFO = QStringLiteral("INFO");
 const QString ERROR_LEVEL = QStringLiteral("ERROR");
 constexpr int TWO_REPEATS_MS = 2500;
+
+/// A server whose queue of connections is full, since it accepts none.
+class FullServer
+{
+public:
+    explicit FullServer(const std::string& path) : listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        const auto* where = reinterpret_cast<const sockaddr*>(&address);
+        full = bind(listener, where, sizeof address) == 0 && listen(listener, 0) == 0;
+        while (full) {
+            const int waiting = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+            queue.push_back(waiting);
+            if (connect(waiting, where, sizeof address) != 0) {
+                full = errno == EAGAIN;
+                break;
+            }
+        }
+    }
+    ~FullServer()
+    {
+        for (const int waiting : queue) {
+            close(waiting);
+        }
+        close(listener);
+    }
+    FullServer(const FullServer&) = delete;
+    FullServer& operator=(const FullServer&) = delete;
+
+    bool IsFull() const { return full; }
+    /// Takes the first of the queue; its descriptor.
+    int Accept() const { return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC); }
+
+private:
+    int listener;
+    std::vector<int> queue;
+    bool full = false;
+};
 } // namespace
 
 class TestConnClient : public QObject
@@ -30,6 +75,8 @@ private slots:
     void statesRepeatOnceASecond();
     void missingServerStopsTheStart();
     void sendConnectsAfterAFailedStart();
+    void sendToAServerThatAcceptsNobodyTimesOut();
+    void sendWaitsForAServerThatIsBusy();
     void badStatusIsRefused();
     void failedSendIsLoggedTwice();
     void stopAfterADropGoesThroughANewConnection();
@@ -130,6 +177,32 @@ void TestConnClient::sendConnectsAfterAFailedStart()
     client.AppRun();
     QVERIFY(running.wait());
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Client start connect.")));
+}
+
+void TestConnClient::sendToAServerThatAcceptsNobodyTimesOut()
+{
+    const FullServer server(Path());
+    QVERIFY(server.IsFull());
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), -1);
+    QElapsedTimer timer;
+    timer.start();
+    client.AppRun();
+    QVERIFY2(timer.elapsed() >= 1000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(log->Count(QStringLiteral("Connection client connect timeout.")), 2);
+    QVERIFY(!log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
+}
+
+void TestConnClient::sendWaitsForAServerThatIsBusy()
+{
+    const FullServer server(Path());
+    QVERIFY(server.IsFull());
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), -1);
+    std::thread acceptor([&server] { close(server.Accept()); });
+    client.AppRun();
+    acceptor.join();
+    QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
 }
 
 void TestConnClient::badStatusIsRefused()
