@@ -1,0 +1,108 @@
+#include <QListWidget>
+#include <QTest>
+#include <memory>
+#include <new>
+
+#include "shell/ExitWin.h"
+#include "shell/Shadow.h"
+#include "shell/VeloWin.h"
+#include "support/CapturedLog.h"
+#include "support/Looks.h"
+
+namespace {
+constexpr int NEVER = -1;
+/// How many of the allocations that may fail still succeed; the one after them does not.
+int succeeding = NEVER;
+} // namespace
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    if (succeeding != NEVER && succeeding-- == 0) {
+        succeeding = NEVER;
+        return nullptr;
+    }
+    try {
+        return ::operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+/// An allocation that fails is logged, and costs what it was for and nothing else.
+class TestScarceMemory : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { log = std::make_unique<CapturedLog>(); }
+    void cleanup();
+
+    void windowIsBuiltWithoutWhatCannotBeHad_data();
+    void windowIsBuiltWithoutWhatCannotBeHad();
+    void effectThatCannotBeHadIsReported();
+    void withoutAQuestionOnlyACloseCommandCloses();
+
+private:
+    std::unique_ptr<CapturedLog> log;
+};
+
+void TestScarceMemory::cleanup()
+{
+    succeeding = NEVER;
+    log.reset();
+}
+
+void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad_data()
+{
+    QTest::addColumn<int>("before");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("validator") << 0 << "Validator is nullptr." << 1;
+    QTest::newRow("container") << 1 << "Item container is nullptr." << 0;
+    QTest::newRow("icon") << 2 << "Item label is nullptr." << 0;
+    QTest::newRow("text") << 3 << "Item text is nullptr." << 0;
+    QTest::newRow("layout") << 4 << "Item layout is nullptr." << 0;
+    QTest::newRow("item") << 5 << "Item is nullptr." << 0;
+}
+
+void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad()
+{
+    QFETCH(int, before);
+    QFETCH(QString, message);
+    QFETCH(int, rows);
+    succeeding = before;
+    VeloWin window(nullptr);
+    QCOMPARE(succeeding, NEVER);
+    QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("VELODESK"), message));
+    QCOMPARE(Find<QListWidget>(window, "appList")->count(), rows);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+}
+
+void TestScarceMemory::effectThatCannotBeHadIsReported()
+{
+    QWidget window;
+    QWidget card(&window);
+    succeeding = 0;
+    QCOMPARE(Shadow::AddShadowEffect(&window, &card), 2);
+    QVERIFY(card.graphicsEffect() == nullptr);
+    QCOMPARE(Shadow::AddShadowEffect(&window, &card), 0);
+}
+
+void TestScarceMemory::withoutAQuestionOnlyACloseCommandCloses()
+{
+    VeloWin window(nullptr);
+    window.show();
+    succeeding = 0;
+    QTest::mouseClick(Find(window, "exitBtn"), Qt::LeftButton);
+    QCOMPARE(log->Count(QStringLiteral("ExitWin is nullptr.")), 1);
+    QCOMPARE(log->Count(QStringLiteral("Velodesk show exit window.")), 0);
+    succeeding = 0;
+    QVERIFY(window.close());
+    QVERIFY(!window.isVisible());
+    QCOMPARE(log->Count(QStringLiteral("ExitWin is nullptr.")), 2);
+    QCOMPARE(log->Count(QStringLiteral("Velodesk closeEvent show exit window.")), 0);
+}
+
+QTEST_MAIN(TestScarceMemory)
+#include "TestScarceMemory.moc"
