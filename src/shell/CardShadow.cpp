@@ -84,8 +84,12 @@ void CardShadow::draw(QPainter* painter)
         return;
     }
     const int blur = qCeil(blurRadius());
+    // In place of what is there: Qt has cleared the places that changed, but lets the effect paint all that
+    // lies between them, and a shadow on a shadow grows darker.
+    painter->setCompositionMode(QPainter::CompositionMode_Source);
     DrawFrame(*painter, card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint()),
               picture);
+    painter->setCompositionMode(QPainter::CompositionMode_SourceOver);
     drawSource(painter);
 }
 

@@ -89,6 +89,7 @@ private slots:
     void shadowIsThatOfQtsOwnEffect_data();
     void shadowIsThatOfQtsOwnEffect();
     void changeOnTheCardPaintsOnlyThatPlace();
+    void changesAroundACornerLeaveItsShadowAsItWas();
     void adjustTakesTheCheapestWay();
     void checkRectPushesInside_data();
     void checkRectPushesInside();
@@ -187,6 +188,32 @@ void TestShadow::changeOnTheCardPaintsOnlyThatPlace()
     changed.update();
     QTRY_VERIFY(changed.count > beforeChange);
     QCOMPARE(beside.count, before);
+}
+
+void TestShadow::changesAroundACornerLeaveItsShadowAsItWas()
+{
+    Probe probe;
+    probe.setAttribute(Qt::WA_TranslucentBackground);
+    probe.cardWidget->setObjectName(QStringLiteral("card"));
+    probe.cardWidget->setStyleSheet(QStringLiteral("#card{background-color:white;border-radius:20px;}"));
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    // Qt clears these two places alone, and has all painted that lies between them.
+    PaintedArea below(probe.cardWidget, QRect(0, 60, 20, 20));
+    PaintedArea beside(probe.cardWidget, QRect(60, 0, 20, 20));
+    probe.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&probe));
+    QTRY_VERIFY(below.count > 0);
+    QCoreApplication::processEvents();
+    const QPoint corner = probe.cardWidget->mapTo(&probe, QPoint(1, 1));
+    const QImage before = probe.screen()->grabWindow(probe.winId()).toImage();
+    QVERIFY(before.pixel(corner) != before.pixel(before.rect().center()));
+    for (int i = 0; i < 3; ++i) {
+        const int count = below.count;
+        below.update();
+        beside.update();
+        QTRY_VERIFY(below.count > count);
+    }
+    QVERIFY(probe.screen()->grabWindow(probe.winId()).toImage() == before);
 }
 
 void TestShadow::adjustTakesTheCheapestWay()
