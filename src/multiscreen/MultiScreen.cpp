@@ -257,6 +257,8 @@ void MultiScreen::ChangePath()
             LOG_ERROR("ChangePath: no directory choose");
             return;
         }
+        VeloMessageBox box(this);
+        box.SetBtnText(OK_TEXT, QString());
         const QString fault = FolderFault(folder);
         if (fault.isEmpty()) {
             const QByteArray path = folder.toLocal8Bit();
@@ -266,8 +268,6 @@ void MultiScreen::ChangePath()
             return;
         }
         start = folder;
-        VeloMessageBox box(this);
-        box.SetBtnText(OK_TEXT, QString());
         box.SetMessageText(fault);
         box.exec();
     }
@@ -329,7 +329,7 @@ void MultiScreen::InitHtmlContent(QWidget* frame, QString resource)
 
 void MultiScreen::ClickHelpBtn() const
 {
-    ui->ScreenWidget->setCurrentIndex(HELP_MENU_VIEW);
+    ClickProblemReturnBtn();
 }
 
 void MultiScreen::ClickNewHandReturnBtn() const
@@ -339,7 +339,7 @@ void MultiScreen::ClickNewHandReturnBtn() const
 
 void MultiScreen::ClickProblemReturnBtn() const
 {
-    ClickHelpBtn();
+    ui->ScreenWidget->setCurrentIndex(HELP_MENU_VIEW);
 }
 
 void MultiScreen::BackToMainScreen() const

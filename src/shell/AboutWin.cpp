@@ -1,5 +1,7 @@
 #include "shell/AboutWin.h"
 
+#include <QScrollBar>
+
 #include "platform/Logger.h"
 #include "shell/VeloWin.h"
 #include "ui_AboutWin.h"
@@ -58,6 +60,8 @@ void AboutWin::ShowSerProWin()
     QTextCursor cursor = serProEdit.textCursor();
     cursor.movePosition(QTextCursor::Start);
     serProEdit.setTextCursor(cursor);
+    // The cursor is in sight some pixels before the top is reached.
+    serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());
     ui->aboutStack->setCurrentIndex(AGREEMENT_VIEW);
     LOG_DEBUG("Velodesk show service protocal page.");
 }

@@ -17,6 +17,8 @@ namespace {
 constexpr char MODULE_TAG[] = "TANDRA_UI";
 
 const QColor SHADOW_COLOR(0, 0, 0, 51);
+/// Nothing reads it.
+[[maybe_unused]] constexpr char GPU_INFO_PATH[] = "/proc/gpuinfo_0";
 constexpr qreal BLUR_RADIUS = 20.0;
 constexpr qreal OFFSET_X = 0.0;
 constexpr qreal OFFSET_Y = 2.0;

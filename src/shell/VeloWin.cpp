@@ -135,12 +135,13 @@ void VeloWin::SetAppObj(QApplication& app)
 
 void VeloWin::AddAppListItem(QString icon, QString text)
 {
-    auto* container = new (std::nothrow) QWidget(ui->appList);
+    // Gone again, with all in it, where anything after it cannot be had.
+    std::unique_ptr<QWidget> container(new (std::nothrow) QWidget(ui->appList));
     if (container == nullptr) {
         LOG_ERROR("Item container is nullptr.");
         return;
     }
-    auto* iconLabel = new (std::nothrow) QLabel(container);
+    auto* iconLabel = new (std::nothrow) QLabel(container.get());
     if (iconLabel == nullptr) {
         LOG_ERROR("Item label is nullptr.");
         return;
@@ -148,7 +149,7 @@ void VeloWin::AddAppListItem(QString icon, QString text)
     iconLabel->setPixmap(QPixmap(icon));
     iconLabel->resize(ROW_ICON_SIZE);
 
-    auto* textLabel = new (std::nothrow) QLabel(container);
+    auto* textLabel = new (std::nothrow) QLabel(container.get());
     if (textLabel == nullptr) {
         LOG_ERROR("Item text is nullptr.");
         return;
@@ -161,7 +162,7 @@ void VeloWin::AddAppListItem(QString icon, QString text)
     textLabel->setFont(font);
     textLabel->setStyleSheet(ROW_TEXT_STYLE);
 
-    auto* layout = new (std::nothrow) QGridLayout(container);
+    auto* layout = new (std::nothrow) QGridLayout(container.get());
     if (layout == nullptr) {
         LOG_ERROR("Item layout is nullptr.");
         return;
@@ -177,7 +178,7 @@ void VeloWin::AddAppListItem(QString icon, QString text)
         return;
     }
     item->setData(Qt::SizeHintRole, ROW_SIZE);
-    ui->appList->setItemWidget(item, container);
+    ui->appList->setItemWidget(item, container.release());
 }
 
 void VeloWin::SetItemLayoutMargins(QGridLayout& layout)

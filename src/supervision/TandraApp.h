@@ -11,7 +11,6 @@ class TandraApp : public BaseApp
 public:
     TandraApp();
 
-public slots:
     /// Passes the report "run" on only while an engine process of ours lives: anybody can connect to the
     /// socket.
     void EventRunning() override;

@@ -57,6 +57,8 @@ void TestEnd::quitWithoutACastEndsTheDaemon()
     QVERIFY(world->EngineEvents().isEmpty());
     // Once when the user quits, once more when the manager dies.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 2);
+    QCOMPARE(world->CountLog(QStringLiteral("processVector size is 0")), 2);
+    QCOMPARE(world->CountLog(QStringLiteral("delete 0 invalid process")), 2);
     QCOMPARE(world->CountLog(QStringLiteral("Velodesk exit.")), 1);
 }
 
@@ -162,7 +164,6 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon_data()
 {
     QTest::addColumn<QByteArray>("command");
     QTest::newRow("with interaction") << QByteArray("end\n");
-    // No close event comes then, only the end of the connection.
     QTest::newRow("without interaction") << QByteArray("end quietly\n");
 }
 
@@ -190,6 +191,8 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QVERIFY(world->HasLog(QStringLiteral("Get session manager.")));
+    // The question stands on the screen while the window closes.
+    QVERIFY(world->HasLog(QStringLiteral("Velodesk closeEvent show exit window.")));
     QVERIFY(!world->HasLog(QStringLiteral("Velodesk exit.")));
     // Only the manager's destructor stopped it.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 1);

@@ -114,18 +114,29 @@ void TestPlacement::clickOnTheShadowFallsThrough()
 
 void TestPlacement::compositorDecidesTheLookOnThatSystem_data()
 {
+    const QString that = QStringLiteral("DISTRIB_ID=uos\n");
+    QTest::addColumn<QString>("system");
     QTest::addColumn<QString>("answer");
     QTest::addColumn<bool>("shadow");
-    QTest::newRow("on") << "true" << true;
-    QTest::newRow("off") << "false" << false;
-    QTest::newRow("nobody answers") << QString() << true;
+    QTest::newRow("on") << that << "true" << true;
+    QTest::newRow("off") << that << "false" << false;
+    QTest::newRow("nobody answers") << that << QString() << true;
+    QTest::newRow("off, in capitals, line 10")
+        << QString(9, QLatin1Char('\n')) + that.toUpper() << "false" << false;
+    // Nobody looks there, and the compositor is not asked.
+    QTest::newRow("off, in line 11") << QString(10, QLatin1Char('\n')) + that << "false" << true;
+    QTest::newRow("off, on another system") << "DISTRIB_ID=other\n"
+                                            << "false" << true;
 }
 
 void TestPlacement::compositorDecidesTheLookOnThatSystem()
 {
+    QFETCH(QString, system);
     QFETCH(QString, answer);
     QFETCH(bool, shadow);
-    Begin(ThatSystem(), false);
+    DesktopWorld::Options options;
+    options.lsbRelease = system;
+    Begin(options, false);
     if (!answer.isEmpty()) {
         compositor = std::make_unique<FakeCompositor>(
             world->Environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")),

@@ -1,3 +1,4 @@
+#include <QLabel>
 #include <QListWidget>
 #include <QTest>
 #include <memory>
@@ -75,6 +76,7 @@ void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad()
     QCOMPARE(succeeding, NEVER);
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("VELODESK"), message));
     QCOMPARE(Find<QListWidget>(window, "appList")->count(), rows);
+    QCOMPARE(Find<QListWidget>(window, "appList")->findChildren<QLabel*>().size(), 2 * rows);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 }

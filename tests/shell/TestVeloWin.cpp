@@ -279,6 +279,11 @@ void TestVeloWin::menuFollowsTheWindow()
     Click("menu");
     QCOMPARE(Menu().pos(), before + QPoint(13, -17));
     Menu().hide();
+    // Nothing holds it on the screen.
+    window->move(window->pos() + QPoint(2000, 1500));
+    Click("menu");
+    QCOMPARE(Menu().pos(), before + QPoint(2013, 1483));
+    Menu().hide();
 }
 
 void TestVeloWin::menuHidesAtFocusOut()

@@ -33,6 +33,7 @@ private slots:
     void knowsProgramArgumentAndSocket();
     void runWithoutAProcessIsDropped();
     void runWithAProcessIsPassedOn();
+    void runAfterTheLastProcessEndedIsDropped();
     void repeatedRunStaysDroppedUntilTheStatusChanges();
     void initAndStopNeedNoProcess();
 
@@ -86,6 +87,19 @@ void TestTandraApp::runWithAProcessIsPassedOn()
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("count is 1")));
     // This class has no line of its own for the event.
     QVERIFY(log->Messages().filter(QStringLiteral("event running")).isEmpty());
+}
+
+void TestTandraApp::runAfterTheLastProcessEndedIsDropped()
+{
+    QSignalSpy running(app.get(), &BaseApp::AppEventRunning);
+    QSignalSpy finished(app.get(), &BaseApp::AppFinished);
+    app->program = QStringLiteral("true");
+    app->Start();
+    QVERIFY(finished.wait());
+    log->Clear();
+    engine->write(R"({"status":"run"})");
+    QTRY_VERIFY(log->Contains(INFO, VELODESK, QStringLiteral("count is 0")));
+    QCOMPARE(running.count(), 0);
 }
 
 void TestTandraApp::repeatedRunStaysDroppedUntilTheStatusChanges()
