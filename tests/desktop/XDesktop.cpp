@@ -1,6 +1,7 @@
 #include "XDesktop.h"
 
 #include <QThread>
+#include <vector>
 
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
@@ -35,6 +36,14 @@ struct XDesktop::Connection
             XFree(data);
         }
         return values;
+    }
+
+    void SetProperty(::Window window, const char* name, Atom type,
+                     const std::vector<unsigned long>& values) const
+    {
+        XChangeProperty(display, window, XInternAtom(display, name, False), type, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(values.data()),
+                        static_cast<int>(values.size()));
     }
 
     QString Title(::Window window) const
@@ -152,6 +161,31 @@ bool XDesktop::HasWindowManager() const
 bool XDesktop::HasCompositor() const
 {
     return XGetSelectionOwner(x->display, XInternAtom(x->display, "_NET_WM_CM_S0", False)) != 0;
+}
+
+void XDesktop::AddPanel(int height) const
+{
+    const int width = Size().width();
+    const ::Window panel = XCreateSimpleWindow(x->display, x->root, 0, 0, static_cast<unsigned int>(width),
+                                               static_cast<unsigned int>(height), 0, 0, 0);
+    x->SetProperty(panel, "_NET_WM_WINDOW_TYPE", XA_ATOM,
+                   {XInternAtom(x->display, "_NET_WM_WINDOW_TYPE_DOCK", False)});
+    // Room kept at the left, right, top and bottom, and from where to where along each.
+    const auto room = static_cast<unsigned long>(height);
+    const auto last = static_cast<unsigned long>(width - 1);
+    x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, {0, 0, room, 0, 0, 0, 0, 0, 0, last, 0, 0});
+    XMapWindow(x->display, panel);
+    XSync(x->display, False);
+}
+
+QRect XDesktop::WorkArea() const
+{
+    const QList<unsigned long> area = x->Longs(x->root, "_NET_WORKAREA");
+    if (area.size() < 4) {
+        return QRect();
+    }
+    return QRect(static_cast<int>(area[0]), static_cast<int>(area[1]), static_cast<int>(area[2]),
+                 static_cast<int>(area[3]));
 }
 
 QList<XDesktop::Window> XDesktop::WindowsOf(qint64 pid) const

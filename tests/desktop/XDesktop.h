@@ -30,6 +30,10 @@ public:
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
+    /// A panel of that height along the upper edge (EWMH), there as long as this object.
+    void AddPanel(int height) const;
+    /// What panels leave of the screen (EWMH), a null rectangle while the window manager does not tell.
+    QRect WorkArea() const;
     /// The windows on show that belong to the process, or to any for 0; the topmost last.
     QList<Window> WindowsOf(qint64 pid) const;
     /// The property _NET_ACTIVE_WINDOW, 0 if there is none.
