@@ -26,6 +26,14 @@ public:
         SetCard(shadowLayout, cardWidget, QPoint(299, 31));
     }
 
+    void TakeShadowLook()
+    {
+        setAttribute(Qt::WA_TranslucentBackground);
+        cardWidget->setObjectName(QStringLiteral("card"));
+        cardWidget->setStyleSheet(QStringLiteral("#card{background-color:white;border-radius:20px;}"));
+        Shadow::AddShadowEffect(this, cardWidget);
+    }
+
     int Place(const QRect& cardRect, bool fixedSize = false)
     {
         const int result = Shadow::ShadowWinAdjust(this, shadowLayout, cardWidget, cardRect, fixedSize);
@@ -172,10 +180,7 @@ void TestShadow::shadowIsThatOfQtsOwnEffect()
 void TestShadow::changeOnTheCardPaintsOnlyThatPlace()
 {
     Probe probe;
-    probe.setAttribute(Qt::WA_TranslucentBackground);
-    probe.cardWidget->setObjectName(QStringLiteral("card"));
-    probe.cardWidget->setStyleSheet(QStringLiteral("#card{background-color:white;border-radius:20px;}"));
-    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.TakeShadowLook();
     PaintedArea changed(probe.cardWidget, QRect(100, 60, 20, 20));
     // Nearer than the shadow is wide.
     PaintedArea beside(probe.cardWidget, QRect(125, 60, 20, 20));
@@ -193,10 +198,7 @@ void TestShadow::changeOnTheCardPaintsOnlyThatPlace()
 void TestShadow::changesAroundACornerLeaveItsShadowAsItWas()
 {
     Probe probe;
-    probe.setAttribute(Qt::WA_TranslucentBackground);
-    probe.cardWidget->setObjectName(QStringLiteral("card"));
-    probe.cardWidget->setStyleSheet(QStringLiteral("#card{background-color:white;border-radius:20px;}"));
-    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.TakeShadowLook();
     // Qt clears these two places alone, and has all painted that lies between them.
     PaintedArea below(probe.cardWidget, QRect(0, 60, 20, 20));
     PaintedArea beside(probe.cardWidget, QRect(60, 0, 20, 20));
