@@ -62,15 +62,6 @@ CardShadow::CardShadow(const QWidget* target, QObject* parent)
     : QGraphicsDropShadowEffect(parent), card(target)
 {}
 
-QRectF CardShadow::boundingRectFor(const QRectF& rect) const
-{
-    // The outline alone casts the shadow: what changes inside it changes nothing around it.
-    if (!picture.isNull() && !rect.contains(card->rect())) {
-        return rect;
-    }
-    return QGraphicsDropShadowEffect::boundingRectFor(rect);
-}
-
 void CardShadow::draw(QPainter* painter)
 {
     const QSize sample = card->size().boundedTo(QSize(2 * CORNER_REACH, 2 * CORNER_REACH));

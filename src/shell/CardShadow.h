@@ -18,9 +18,6 @@ public:
     /// `card`: the widget that gets the effect; its own style alone decides on the outline.
     CardShadow(const QWidget* card, QObject* parent);
 
-    /// What has to be painted anew, in the card's coordinates, when `rect` of the card has changed.
-    QRectF boundingRectFor(const QRectF& rect) const override;
-
 protected:
     void draw(QPainter* painter) override;
 
