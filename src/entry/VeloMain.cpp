@@ -126,6 +126,7 @@ int main(int argc, char** argv)
 
     GlSwitchedOff glSwitchedOff;
     SingleApplication application(argc, argv);
+    // From a picture: for a name without a suffix Qt would ask the MIME database first.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
         return 1;

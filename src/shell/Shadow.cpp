@@ -114,7 +114,8 @@ int Shadow::ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, 
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     if (!fixedSize && !area.contains(oldRect)) {
         // A window that has got off the desktop comes back unclamped and with the margins it last had; once
-        // its old place is inside again, the next move clamps.
+        // its old place is inside again, the next move clamps. So does one that is built under a panel at the
+        // left or top.
         AdjustWindow(window, oldRect,
                      rect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN), false);
         return 0;

@@ -4,7 +4,6 @@
 #include <memory>
 #include <new>
 
-#include "shell/ExitWin.h"
 #include "shell/Shadow.h"
 #include "shell/VeloWin.h"
 #include "support/CapturedLog.h"

@@ -3,7 +3,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <fcntl.h>
+#include <cerrno>
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
