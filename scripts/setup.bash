@@ -1,9 +1,11 @@
 # Sourced by run, test, bench/run and .ci/run: says what it installs, and builds with progress.
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
-PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
-    fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin optipng python3-minimal)
-
+# What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
+PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk xdg-user-dirs)
+PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
+PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
+    optipng python3-minimal)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
@@ -44,14 +46,49 @@ enable_architecture() {
     fi
 }
 
-# Configures where that was not done yet, and builds what has changed.
-build() {
-    local preset=$1
+# Headers that are compiled once are as good as their text to the compiler's cache.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+
+# Whether the configured build in that folder has a setting, as CMake writes it: NAME:TYPE=VALUE.
+configured() { grep -qsx "$2" "build/$1/CMakeCache.txt"; }
+
+# Configures build/CONFIGURATION; what CMake says is shown where it fails. Further arguments go to CMake.
+configure() {
+    local configuration=$1
     shift
-    if [ ! -f "build/$preset/build.ninja" ]; then
-        say "configuring $preset"
-        cmake --preset "$preset"
+    say "configuring $configuration"
+    mkdir -p "build/$configuration"
+    if ! cmake -S . -B "build/$configuration" -G Ninja -C "cmake/configurations/$configuration.cmake" "$@" \
+        >"build/$configuration/configure.log" 2>&1; then
+        cat "build/$configuration/configure.log"
+        return 1
     fi
-    say "building $preset"
-    cmake --build --preset "$preset" "$@"
+}
+
+# Configures where that was not done yet, and builds what has changed. Further arguments go to the builder.
+build() {
+    local configuration=$1
+    shift
+    if [ ! -f "build/$configuration/build.ninja" ]; then
+        configure "$configuration" || return
+    elif configured "$configuration" VELODESK_BUILD_WALK:BOOL=ON && configured "$configuration" BUILD_TESTING:BOOL=OFF; then
+        # ./run was here and left the tests out.
+        configure "$configuration" -DBUILD_TESTING=ON || return
+    fi
+    say "building $configuration"
+    cmake --build "build/$configuration" "$@"
+}
+
+# Builds only what ./run runs.
+build_walk() {
+    [ -f build/release/build.ninja ] || configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
+    say "building the assistant, its stand-ins and what walks through it"
+    cmake --build build/release --target Velodesk standin-daemon standin-engine road
+}
+
+# Runs the tests of a configuration side by side. Arguments go to CTest.
+run_tests() {
+    local configuration=$1
+    shift
+    (cd "build/$configuration" && ctest --parallel "$(nproc)" --output-on-failure "$@")
 }

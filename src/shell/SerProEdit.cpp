@@ -124,3 +124,5 @@ void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
     // The press handler, on purpose: to the base class a release is a second press.
     QTextEdit::mousePressEvent(event);
 }
+
+#include "moc_SerProEdit.cpp"

@@ -101,3 +101,5 @@ int ConnServer::ParseMsg(const QByteArray& msg)
     }
     return 0;
 }
+
+#include "moc_ConnServer.cpp"

@@ -199,3 +199,5 @@ AppManager::AppType AppManager::SenderType() const
     const auto* app = qobject_cast<const BaseApp*>(sender());
     return app == nullptr ? APP_TYPE_END : GetTypeFromApp(*app);
 }
+
+#include "moc_AppManager.cpp"

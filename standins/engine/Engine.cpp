@@ -180,3 +180,5 @@ void Engine::Linger() const
     sleep(LINGER_S);
     _exit(0);
 }
+
+#include "moc_Engine.cpp"
