@@ -16,8 +16,10 @@ PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 li
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
 
-# The compiler's cache belongs to the working copy, like everything else that is written.
+# The compiler's cache and temporary files belong to the working copy, like everything else that is written.
 export CCACHE_DIR=${CCACHE_DIR-$PWD/.cache/ccache}
+export TMPDIR=$PWD/build/tmp
+mkdir -p "$TMPDIR"
 
 # The comment at the head of the script that has sourced this, after it went to the top of the working copy.
 head_comment() { (cd "${OLDPWD-.}" && sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"); }

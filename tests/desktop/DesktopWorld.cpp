@@ -556,6 +556,9 @@ QString DesktopWorld::Describe() const
                      .arg(window.rect.height())
                      .arg(window.title);
     }
+    if (desktop != nullptr) {
+        lines += QStringLiteral("all windows on show: %1").arg(desktop->WindowsOf(0).size());
+    }
     lines += QStringLiteral("program: ") + ProcessState(pid);
     lines += QStringLiteral("window manager: ") + ProcessState(windowManager.processId());
     lines += QStringLiteral("X server: ") + ProcessState(server.processId());
@@ -606,7 +609,7 @@ QString DesktopWorld::StartDisplay()
     windowManager.setProcessEnvironment(environment);
     KeepMessages(windowManager, QProcess::StandardOutput);
     windowManager.start(options.windowManager, QStringList());
-    if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
+    if (!WaitFor([this] { return desktop->HasWindowManager() && desktop->ManagesWindows(); })) {
         return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
     }
     if (options.compositor) {

@@ -30,6 +30,10 @@ public:
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
+    /// Whether the window manager has taken charge of a window of our own (ICCCM), to be asked until it has: one
+    /// that still starts may leave lying what it finds.
+    bool ManagesWindows() const;
+
     /// A panel of that height along the upper edge (EWMH), there as long as this object.
     void AddPanel(int height) const;
     /// What panels leave of the screen (EWMH), a null rectangle while the window manager does not tell.

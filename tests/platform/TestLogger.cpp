@@ -588,16 +588,20 @@ void TestLogger::overgrownTargetOfALinkIsNotTouched()
 }
 
 namespace {
-using PlainFunction = void (*)(const char*, const char*, const char*, ...);
+/// In a class of its own: Qt's columns hold no bare pointers to functions.
+struct PlainFunction
+{
+    void (*write)(const char*, const char*, const char*, ...);
+};
 
 void AddPlainFunctions()
 {
-    QTest::addColumn<PlainFunction>("write");
+    QTest::addColumn<PlainFunction>("function");
     QTest::addColumn<QString>("word");
-    QTest::newRow("debug") << &CLogDebug << QString();
-    QTest::newRow("info") << &CLogInfo << QStringLiteral("INFO");
-    QTest::newRow("warning") << &CLogWarn << QStringLiteral("WARNING");
-    QTest::newRow("error") << &CLogError << QStringLiteral("ERROR");
+    QTest::newRow("debug") << PlainFunction{&CLogDebug} << QString();
+    QTest::newRow("info") << PlainFunction{&CLogInfo} << QStringLiteral("INFO");
+    QTest::newRow("warning") << PlainFunction{&CLogWarn} << QStringLiteral("WARNING");
+    QTest::newRow("error") << PlainFunction{&CLogError} << QStringLiteral("ERROR");
 }
 } // namespace
 Q_DECLARE_METATYPE(PlainFunction)
@@ -609,10 +613,10 @@ void TestLogger::plainFunctionsWriteTheirLevel_data()
 
 void TestLogger::plainFunctionsWriteTheirLevel()
 {
-    QFETCH(PlainFunction, write);
+    QFETCH(PlainFunction, function);
     QFETCH(QString, word);
     const CapturedLog log;
-    write("TAG", "other.c", "%d of %s", 3, "four");
+    function.write("TAG", "other.c", "%d of %s", 3, "four");
     const QString wanted =
         word.isEmpty() ? QString() : QStringLiteral("[%1] [other.c:0] TAG: 3 of four\n").arg(word);
     QCOMPARE(Bare(ReadAll(log.Path())), wanted);
@@ -625,11 +629,11 @@ void TestLogger::plainFunctionsIgnoreNull_data()
 
 void TestLogger::plainFunctionsIgnoreNull()
 {
-    QFETCH(PlainFunction, write);
+    QFETCH(PlainFunction, function);
     const CapturedLog log;
-    write(nullptr, "other.c", "text");
-    write("TAG", nullptr, "text");
-    write("TAG", "other.c", nullptr);
+    function.write(nullptr, "other.c", "text");
+    function.write("TAG", nullptr, "text");
+    function.write("TAG", "other.c", nullptr);
     QCOMPARE(ReadAll(log.Path()), QByteArray());
 }
 
