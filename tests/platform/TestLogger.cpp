@@ -119,6 +119,7 @@ private slots:
 
     void plainFunctionsWriteTheirLevel_data();
     void plainFunctionsWriteTheirLevel();
+    void emptyMessageMakesALine();
     void plainFunctionsIgnoreNull_data();
     void plainFunctionsIgnoreNull();
     void percentSignsReachTheFileUnchanged();
@@ -616,6 +617,15 @@ void TestLogger::plainFunctionsWriteTheirLevel()
     const QString wanted =
         word.isEmpty() ? QString() : QStringLiteral("[%1] [other.c:0] TAG: 3 of four\n").arg(word);
     QCOMPARE(Bare(ReadAll(log.Path())), wanted);
+}
+
+void TestLogger::emptyMessageMakesALine()
+{
+    const CapturedLog log;
+    CLogInfo("TAG", "other.c", "%s", "");
+    QCOMPARE(Bare(ReadAll(log.Path())), QStringLiteral("[INFO] [other.c:0] TAG: \n"));
+    Singleton<Brevora::Logger>::GetInstance()->WriteLog(3, "File.cpp", 7, "TAG", "%s", "");
+    QCOMPARE(Bare(ReadAll(log.Path())).split(QLatin1Char('\n')).size(), 3);
 }
 
 void TestLogger::plainFunctionsIgnoreNull_data()
