@@ -1,5 +1,6 @@
 #include "statuschannel/ConnServer.h"
 
+#include <QAbstractSocket>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocalSocket>
@@ -9,6 +10,15 @@
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
+
+/// Takes from a device what only a living connection needs. The call past its own open() leaves it closed and
+/// drops the text of its last error, for which there is no other door.
+void GiveBack(QIODevice& device)
+{
+    device.close();
+    device.QIODevice::open(QIODevice::NotOpen);
+    device.disconnect();
+}
 } // namespace
 
 ConnServer::ConnServer(const std::string& name, QObject* parent)
@@ -58,8 +68,20 @@ int ConnServer::RecvMsg()
 
 void ConnServer::RemoveConn() const
 {
-    if (sender() != nullptr) {
-        LOG_INFO("App close the connect.");
+    if (sender() == nullptr) {
+        return;
+    }
+    LOG_INFO("App close the connect.");
+    auto* socket = qobject_cast<QLocalSocket*>(sender());
+    if (socket == nullptr) {
+        return;
+    }
+    // It stays until the server goes, so it keeps as little as it can: its buffers alone are ten times what
+    // is left.
+    const auto inner = socket->findChildren<QAbstractSocket*>(QString(), Qt::FindDirectChildrenOnly);
+    GiveBack(*socket);
+    for (QAbstractSocket* one : inner) {
+        GiveBack(*one);
     }
 }
 

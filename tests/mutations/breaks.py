@@ -17,7 +17,7 @@ BREAKS = [
     ("src/platform/Utils.cpp", "TestUtils", "output.rfind('\\n')", "output.find('\\n')"),
     ("src/platform/Utils.cpp", "TestUtils", "if (start < text.size())", "if (start <= text.size())"),
     ("src/platform/Utils.cpp", "TestUtils", "id.size() <= MAX_UDID_LENGTH", "id.size() < MAX_UDID_LENGTH"),
-    ("src/platform/Utils.cpp", "TestUtils", "|[1-9]\\\\d|[1-9])", "|[1-9]\\\\d|\\\\d)"),
+    ("src/platform/Utils.cpp", "TestUtils", '(i == 0 && number == "0")', "false"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "sender != Brevora::g_velodeskdPid", "sender < 0"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "CALL_TIMEOUT_US = 5000000", "CALL_TIMEOUT_US = 4000000"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "errorMessage = TIMED_OUT;", ""),
