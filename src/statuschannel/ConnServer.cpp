@@ -4,12 +4,15 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocalSocket>
+#include <malloc.h>
 
 #include "platform/Logger.h"
 #include "statuschannel/AppMessage.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
+/// A crowd that leaves is cleared up behind in a few goes; one client's buffers wait for the next.
+constexpr int GONE_BEFORE_TRIM = 64;
 
 /// Takes from a device what only a living connection needs. The call past its own open() leaves it closed and
 /// drops the text of its last error, for which there is no other door.
@@ -82,6 +85,10 @@ void ConnServer::RemoveConn() const
     GiveBack(*socket);
     for (QAbstractSocket* one : inner) {
         GiveBack(*one);
+    }
+    if (++gone % GONE_BEFORE_TRIM == 0) {
+        // What lies between sockets that stay would otherwise never go back to the system.
+        malloc_trim(0);
     }
 }
 

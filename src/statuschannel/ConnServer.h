@@ -45,4 +45,6 @@ private:
     QString serverName;
     QLocalServer localServer;
     QString curStatus;
+    /// How many clients have gone.
+    mutable int gone = 0;
 };

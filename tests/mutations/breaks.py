@@ -91,4 +91,13 @@ BREAKS = [
     ("src/shell/AboutWin.cpp", "TestAboutWin", "    serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());\n", ""),
     ("src/shell/VeloWin.cpp", "TestScarceMemory", 'LOG_ERROR("Item is nullptr.");', 'LOG_ERROR("Item is nullptr.");\n        container.release();'),
     ("src/statuschannel/ConnClient.cpp", "TestConnClient", "        if (!localSocket.waitForConnected(CONNECT_TIMEOUT_MS)) {", "        if (!localSocket.waitForConnected(1)) {"),
+    # what listeners and long texts may do
+    ("src/supervision/AppManager.cpp", "TestAppManager", "ONCE = Qt::UniqueConnection", "ONCE = Qt::AutoConnection"),
+    ("src/supervision/AppManager.cpp", "TestAppManager", "= AppOf(type)) {", "= FindApp(type)) {"),
+    ("src/supervision/BaseApp.h", "TestAppManager", "                    outlived.push_back(*at);\n", ""),
+    ("src/supervision/PausedNotifiers.cpp", "TestAppManager", "status.st_ino == one.inode", "true"),
+    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    device.close();\n", ""),
+    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    device.disconnect();\n", ""),
+    ("src/platform/Utils.cpp", "TestUtils", "matched = fallbacks[matched - 1];", "matched = 0;"),
+    ("src/config/IniParser.cpp", "TestIniParser", "progress.keys = nullptr;", ""),
 ]
