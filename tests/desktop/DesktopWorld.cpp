@@ -142,7 +142,6 @@ DesktopWorld::DesktopWorld(Options wanted)
     SetVariable(QStringLiteral("TMPDIR"), scratch.filePath(QStringLiteral("tmp")));
     SetVariable(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     SetVariable(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-    SetVariable(QStringLiteral("FC_LANG"), QStringLiteral("zh-cn"));
     environment.remove(QStringLiteral("SESSION_MANAGER"));
     if (options.agreed) {
         QDir(Home()).mkdir(QStringLiteral("Velodesk"));
@@ -365,6 +364,17 @@ const XDesktop& DesktopWorld::Desktop() const
     return *desktop;
 }
 
+bool DesktopWorld::AddPanel(Qt::Edge edge, int thickness) const
+{
+    constexpr int SOON_MS = 500;
+    const QRect all(QPoint(0, 0), desktop->Size());
+    // One that comes while the window manager is still starting is overlooked.
+    return WaitFor([&] {
+        desktop->AddPanel(edge, thickness);
+        return WaitFor([&] { return !desktop->WorkArea().isNull() && desktop->WorkArea() != all; }, SOON_MS);
+    });
+}
+
 XDesktop::Window DesktopWorld::BigWindow() const
 {
     return FindWindow(BIG_CARD);
@@ -559,10 +569,18 @@ QString DesktopWorld::StartDisplay()
         const QString geometry =
             QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
         server.setProcessEnvironment(environment);
-        server.start(QStringLiteral("Xvfb"),
-                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                      QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                      QStringLiteral("-noreset")});
+        QStringList arguments{QStringLiteral("-displayfd"),
+                              QStringLiteral("1"),
+                              QStringLiteral("-screen"),
+                              QStringLiteral("0"),
+                              geometry,
+                              QStringLiteral("-nolisten"),
+                              QStringLiteral("tcp"),
+                              QStringLiteral("-noreset")};
+        if (options.dpi != 0) {
+            arguments << QStringLiteral("-dpi") << QString::number(options.dpi);
+        }
+        server.start(QStringLiteral("Xvfb"), arguments);
         const QString number = FirstLine(server);
         if (number.isEmpty()) {
             return QStringLiteral("Xvfb does not start: ") + server.errorString();
@@ -574,8 +592,12 @@ QString DesktopWorld::StartDisplay()
     if (!options.display.isEmpty()) {
         return QString();
     }
+    if (!options.resources.isEmpty()) {
+        desktop->SetResources(options.resources);
+    }
     windowManager.setProcessEnvironment(environment);
-    windowManager.start(options.windowManager, QStringList());
+    const QStringList manager = QProcess::splitCommand(options.windowManager);
+    windowManager.start(manager.first(), manager.mid(1));
     if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
         return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
     }

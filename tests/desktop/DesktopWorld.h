@@ -27,6 +27,10 @@ public:
         QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
         QSize screen = QSize(1280, 800);
+        /// What the X server says of its screen; 0 for its own choice.
+        int dpi = 0;
+        /// Server-wide resources, such as "Xft.dpi: 144".
+        QString resources;
         /// An existing display to use instead of a virtual one with a window manager.
         QString display;
         /// The agreement was accepted in an earlier run.
@@ -96,6 +100,8 @@ public:
     static qint64 TimeOf(const QList<Event>& events, const QString& what);
 
     const XDesktop& Desktop() const;
+    /// Adds a panel and waits until it has taken its room; false if it never does.
+    bool AddPanel(Qt::Edge edge, int thickness) const;
 
     /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
     XDesktop::Window BigWindow() const;
