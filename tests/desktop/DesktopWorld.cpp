@@ -143,6 +143,9 @@ DesktopWorld::DesktopWorld(Options wanted)
     SetVariable(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     SetVariable(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     environment.remove(QStringLiteral("SESSION_MANAGER"));
+    if (options.scale != 1) {
+        SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
+    }
     if (options.agreed) {
         QDir(Home()).mkdir(QStringLiteral("Velodesk"));
         QFile settings(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
@@ -413,7 +416,7 @@ XDesktop::Window DesktopWorld::FolderDialog() const
 
 QPoint DesktopWorld::OnCard(const QPoint& pos) const
 {
-    return BigWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+    return OnWindow(BigWindow().rect.topLeft(), pos);
 }
 
 QPoint DesktopWorld::OnPage(const QPoint& pos) const
@@ -423,7 +426,7 @@ QPoint DesktopWorld::OnPage(const QPoint& pos) const
 
 QPoint DesktopWorld::OnSmallCard(const QPoint& pos) const
 {
-    return SmallWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+    return OnWindow(SmallWindow().rect.topLeft(), pos);
 }
 
 void DesktopWorld::ClickPage(const QPoint& pos) const
@@ -450,7 +453,7 @@ bool DesktopWorld::ChooseFromMenu(int entry) const
         return false;
     }
     const QPoint middle(MENU_CARD.width() / 2, MENU_ENTRY_HEIGHT * entry + MENU_ENTRY_HEIGHT / 2);
-    desktop->Click(MenuWindow().rect.topLeft() + QPoint(Margin(), Margin()) + middle);
+    desktop->Click(OnWindow(MenuWindow().rect.topLeft(), middle));
     return WaitFor([this] { return MenuWindow().id == 0; });
 }
 
@@ -703,7 +706,12 @@ XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
 
 QSize DesktopWorld::WithMargins(const QSize& cardSize) const
 {
-    return cardSize + QSize(2 * Margin(), 2 * Margin());
+    return (cardSize + QSize(2 * Margin(), 2 * Margin())) * options.scale;
+}
+
+QPoint DesktopWorld::OnWindow(const QPoint& corner, const QPoint& pos) const
+{
+    return corner + (QPoint(Margin(), Margin()) + pos) * options.scale;
 }
 
 int DesktopWorld::Margin() const

@@ -31,6 +31,8 @@ public:
         int dpi = 0;
         /// Server-wide resources, such as "Xft.dpi: 144".
         QString resources;
+        /// Qt's own scale factor, QT_SCALE_FACTOR. Places and sizes stay those at a factor of 1.
+        qreal scale = 1;
         /// An existing display to use instead of a virtual one with a window manager.
         QString display;
         /// The agreement was accepted in an earlier run.
@@ -153,6 +155,8 @@ private:
     QStringList SandboxArguments() const;
     XDesktop::Window FindWindow(const QSize& cardSize) const;
     QSize WithMargins(const QSize& cardSize) const;
+    /// Where a point of a card stands, given the window's corner.
+    QPoint OnWindow(const QPoint& corner, const QPoint& pos) const;
     int Margin() const;
     bool BigCardIsDrawn() const;
 
