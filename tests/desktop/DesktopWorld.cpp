@@ -140,9 +140,11 @@ DesktopWorld::DesktopWorld(Options wanted)
     SetVariable(QStringLiteral("HOME"), Home());
     SetVariable(QStringLiteral("XDG_RUNTIME_DIR"), scratch.filePath(QStringLiteral("run")));
     SetVariable(QStringLiteral("TMPDIR"), scratch.filePath(QStringLiteral("tmp")));
-    SetVariable(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     SetVariable(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-    environment.remove(QStringLiteral("SESSION_MANAGER"));
+    for (const QString& name : {QStringLiteral("SESSION_MANAGER"), QStringLiteral("QT_QPA_PLATFORM"),
+                                QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("XDG_SESSION_TYPE")}) {
+        environment.remove(name);
+    }
     if (options.scale != 1) {
         SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
     }
@@ -569,42 +571,70 @@ QString DesktopWorld::StartDisplay()
 {
     QString display = options.display;
     if (display.isEmpty()) {
-        const QString geometry =
-            QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
-        server.setProcessEnvironment(environment);
-        QStringList arguments{QStringLiteral("-displayfd"),
-                              QStringLiteral("1"),
-                              QStringLiteral("-screen"),
-                              QStringLiteral("0"),
-                              geometry,
-                              QStringLiteral("-nolisten"),
-                              QStringLiteral("tcp"),
-                              QStringLiteral("-noreset")};
-        if (options.dpi != 0) {
-            arguments << QStringLiteral("-dpi") << QString::number(options.dpi);
+        display = options.wayland ? StartWeston() : StartXvfb();
+        if (display.isEmpty()) {
+            return server.program() + QStringLiteral(" does not start: ") + server.errorString();
         }
-        server.start(QStringLiteral("Xvfb"), arguments);
-        const QString number = FirstLine(server);
-        if (number.isEmpty()) {
-            return QStringLiteral("Xvfb does not start: ") + server.errorString();
-        }
-        display = QLatin1Char(':') + number;
     }
     SetVariable(QStringLiteral("DISPLAY"), display);
     desktop = std::make_unique<XDesktop>(display);
-    if (!options.display.isEmpty()) {
-        return QString();
-    }
     if (!options.resources.isEmpty()) {
         desktop->SetResources(options.resources);
     }
+    return options.display.isEmpty() && !options.wayland ? StartManager() : QString();
+}
+
+QString DesktopWorld::StartXvfb()
+{
+    const QString geometry =
+        QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
+    QStringList arguments{QStringLiteral("-displayfd"),
+                          QStringLiteral("1"),
+                          QStringLiteral("-screen"),
+                          QStringLiteral("0"),
+                          geometry,
+                          QStringLiteral("-nolisten"),
+                          QStringLiteral("tcp"),
+                          QStringLiteral("-noreset")};
+    if (options.dpi != 0) {
+        arguments << QStringLiteral("-dpi") << QString::number(options.dpi);
+    }
+    server.setProcessEnvironment(environment);
+    server.start(QStringLiteral("Xvfb"), arguments);
+    const QString number = FirstLine(server);
+    return number.isEmpty() ? number : QLatin1Char(':') + number;
+}
+
+QString DesktopWorld::StartWeston()
+{
+    const QString socket = QStringLiteral("wayland-0");
+    server.setProcessEnvironment(environment);
+    server.setProcessChannelMode(QProcess::MergedChannels);
+    server.start(QStringLiteral("weston"),
+                 {QStringLiteral("--backend=headless-backend.so"), QStringLiteral("--xwayland"),
+                  QStringLiteral("--no-config"), QStringLiteral("--socket=") + socket,
+                  QStringLiteral("--width=%1").arg(options.screen.width()),
+                  QStringLiteral("--height=%1").arg(options.screen.height())});
+    SetVariable(QStringLiteral("WAYLAND_DISPLAY"), socket);
+    SetVariable(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+    const QString mark = QStringLiteral("listening on display ");
+    for (QString line = FirstLine(server); !line.isEmpty(); line = FirstLine(server)) {
+        if (line.contains(mark)) {
+            return line.section(mark, 1);
+        }
+    }
+    return QString();
+}
+
+QString DesktopWorld::StartManager()
+{
     windowManager.setProcessEnvironment(environment);
     const QStringList manager = QProcess::splitCommand(options.windowManager);
     windowManager.start(manager.first(), manager.mid(1));
     if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
         return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
     }
-    if (options.compositor) {
+    if (options.compositor && !desktop->HasCompositor()) {
         compositor.setProcessEnvironment(environment);
         compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
         if (!WaitFor([this] { return desktop->HasCompositor(); })) {

@@ -26,6 +26,9 @@ public:
         /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
         QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
+        /// A Wayland session (weston, without a screen) whose X server draws on no root window: windows and
+        /// their places can be asked for there, pixels not.
+        bool wayland = false;
         QSize screen = QSize(1280, 800);
         /// What the X server says of its screen; 0 for its own choice.
         int dpi = 0;
@@ -149,6 +152,10 @@ public:
 
 private:
     QString StartDisplay();
+    /// The name of the display, empty if it does not start.
+    QString StartXvfb();
+    QString StartWeston();
+    QString StartManager();
     QString StartBus(QProcess& bus, const QString& type, const QString& variable);
     void Stage() const;
     QStringList RootArguments() const;
