@@ -29,6 +29,7 @@ constexpr int CORNER = 20;
 constexpr QSize CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
 constexpr QPoint SMALL_BLANK(20, 100);
+constexpr QRgb SMALL_GROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QPoint DOCUMENT_MIDDLE(300, 250);
 constexpr QPoint AGREEMENT_MIDDLE(448, 230);
 constexpr QPoint CARD_BLANK(40, 480);
@@ -58,7 +59,7 @@ public:
 
 private:
     void Keep(const QString& name);
-    void KeepSmall(const QString& name);
+    bool KeepSmall(const QString& name);
     void Save(const QString& name, QRect area);
     /// The picture of an area once it has come to rest.
     QImage AtRest(const QRect& area) const;
@@ -128,10 +129,16 @@ void Scenes::Keep(const QString& name)
     Save(name, CardRect());
 }
 
-void Scenes::KeepSmall(const QString& name)
+bool Scenes::KeepSmall(const QString& name)
 {
+    // It is there before it is drawn, and a compositor fades it in.
+    if (!Until([this] { return world.Desktop().PixelAt(world.OnSmallCard(SMALL_BLANK)) == SMALL_GROUND; },
+               "the small card")) {
+        return false;
+    }
     world.Desktop().MoveTo(world.OnSmallCard(SMALL_BLANK));
     Save(name, QRect(world.OnSmallCard(QPoint(0, 0)), SMALL_CARD));
+    return true;
 }
 
 void Scenes::Scroll(const QString& name, const QPoint& where)
@@ -280,10 +287,8 @@ bool Scenes::TakeSettings()
     }
     world.ClickPage(CLEAR_BUTTON);
     ok = ok && Until([this] { return world.SmallWindow().id != 0; }, "the question");
-    if (ok) {
-        KeepSmall(QStringLiteral("clear-question"));
-        world.ClickSmallCard(RIGHT_BUTTON);
-    }
+    ok = ok && KeepSmall(QStringLiteral("clear-question"));
+    world.ClickSmallCard(RIGHT_BUTTON);
     return ok && Until([this] { return world.SettingsText().contains(QStringLiteral("trustNum=0\n")); },
                        "the answer");
 }
@@ -302,10 +307,10 @@ bool Scenes::TakeAbout()
 bool Scenes::Quit()
 {
     world.ClickCard(CLOSE_BUTTON);
-    if (!Until([this] { return world.SmallWindow().id != 0; }, "the exit question")) {
+    if (!Until([this] { return world.SmallWindow().id != 0; }, "the exit question") ||
+        !KeepSmall(QStringLiteral("quit-question"))) {
         return false;
     }
-    KeepSmall(QStringLiteral("quit-question"));
     world.ClickSmallCard(RIGHT_BUTTON);
     return world.WaitForDaemonEnd();
 }
