@@ -4,6 +4,9 @@ PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev l
 PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
     fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin optipng python3-minimal)
 
+# Window managers, a Wayland session and locales, for ./test --deep.
+PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
+    xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)

@@ -32,22 +32,6 @@ constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
 
-constexpr char BUS_CONFIGURATION[] =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
- <type>%1</type>
- <listen>unix:tmpdir=%2</listen>
- <auth>EXTERNAL</auth>
- <policy context="default">
-  <allow user="*"/>
-  <allow own="*"/>
-  <allow send_destination="*"/>
-  <allow receive_sender="*"/>
- </policy>
-</busconfig>
-)";
-
 QString BuiltProgram(const QString& name)
 {
     return QStringLiteral(VELODESK_BINARY_DIR "/") + name;
@@ -63,16 +47,6 @@ void End(QProcess& process)
         process.kill();
         process.waitForFinished(ENDED_MS);
     }
-}
-
-QString FirstLine(QProcess& process)
-{
-    while (!process.canReadLine()) {
-        if (!process.waitForReadyRead(STARTED_MS)) {
-            return QString();
-        }
-    }
-    return QString::fromLocal8Bit(process.readLine()).trimmed();
 }
 
 /// An /etc of links and binds in which only lsb-release is another.
@@ -565,105 +539,6 @@ QString DesktopWorld::Describe() const
 bool DesktopWorld::SaveScreen(const QString& path) const
 {
     return desktop->Screen().save(path);
-}
-
-QString DesktopWorld::StartDisplay()
-{
-    QString display = options.display;
-    if (display.isEmpty()) {
-        display = options.wayland ? StartWeston() : StartXvfb();
-        if (display.isEmpty()) {
-            return server.program() + QStringLiteral(" does not start: ") + server.errorString();
-        }
-    }
-    SetVariable(QStringLiteral("DISPLAY"), display);
-    desktop = std::make_unique<XDesktop>(display);
-    if (!options.resources.isEmpty()) {
-        desktop->SetResources(options.resources);
-    }
-    return options.display.isEmpty() && !options.wayland ? StartManager() : QString();
-}
-
-QString DesktopWorld::StartXvfb()
-{
-    const QString geometry =
-        QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
-    QStringList arguments{QStringLiteral("-displayfd"),
-                          QStringLiteral("1"),
-                          QStringLiteral("-screen"),
-                          QStringLiteral("0"),
-                          geometry,
-                          QStringLiteral("-nolisten"),
-                          QStringLiteral("tcp"),
-                          QStringLiteral("-noreset")};
-    if (options.dpi != 0) {
-        arguments << QStringLiteral("-dpi") << QString::number(options.dpi);
-    }
-    server.setProcessEnvironment(environment);
-    server.start(QStringLiteral("Xvfb"), arguments);
-    const QString number = FirstLine(server);
-    return number.isEmpty() ? number : QLatin1Char(':') + number;
-}
-
-QString DesktopWorld::StartWeston()
-{
-    const QString socket = QStringLiteral("wayland-0");
-    server.setProcessEnvironment(environment);
-    server.setProcessChannelMode(QProcess::MergedChannels);
-    server.start(QStringLiteral("weston"),
-                 {QStringLiteral("--backend=headless-backend.so"), QStringLiteral("--xwayland"),
-                  QStringLiteral("--no-config"), QStringLiteral("--socket=") + socket,
-                  QStringLiteral("--width=%1").arg(options.screen.width()),
-                  QStringLiteral("--height=%1").arg(options.screen.height())});
-    SetVariable(QStringLiteral("WAYLAND_DISPLAY"), socket);
-    SetVariable(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-    const QString mark = QStringLiteral("listening on display ");
-    for (QString line = FirstLine(server); !line.isEmpty(); line = FirstLine(server)) {
-        if (line.contains(mark)) {
-            return line.section(mark, 1);
-        }
-    }
-    return QString();
-}
-
-QString DesktopWorld::StartManager()
-{
-    windowManager.setProcessEnvironment(environment);
-    const QStringList manager = QProcess::splitCommand(options.windowManager);
-    windowManager.start(manager.first(), manager.mid(1));
-    if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
-        return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
-    }
-    if (options.compositor && !desktop->HasCompositor()) {
-        compositor.setProcessEnvironment(environment);
-        compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
-        if (!WaitFor([this] { return desktop->HasCompositor(); })) {
-            return QStringLiteral("xcompmgr does not start: ") + compositor.errorString();
-        }
-    }
-    return QString();
-}
-
-QString DesktopWorld::StartBus(QProcess& bus, const QString& type, const QString& variable)
-{
-    const QString path = scratch.filePath(type + QStringLiteral(".conf"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return file.errorString();
-    }
-    file.write(
-        QString::fromLatin1(BUS_CONFIGURATION).arg(type, scratch.filePath(QStringLiteral("run"))).toUtf8());
-    file.close();
-    bus.setProcessEnvironment(environment);
-    bus.start(QStringLiteral("dbus-daemon"),
-              {QStringLiteral("--config-file=") + path, QStringLiteral("--nofork"),
-               QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});
-    const QString address = FirstLine(bus);
-    if (address.isEmpty()) {
-        return QStringLiteral("dbus-daemon does not start: ") + bus.errorString();
-    }
-    SetVariable(variable, address);
-    return QString();
 }
 
 void DesktopWorld::Stage() const

@@ -29,6 +29,8 @@ public:
         /// A Wayland session (weston, without a screen) whose X server draws on no root window: windows and
         /// their places can be asked for there, pixels not.
         bool wayland = false;
+        /// A second monitor at the right, which is the primary one; each of 1280 by 800.
+        bool twoMonitors = false;
         QSize screen = QSize(1280, 800);
         /// What the X server says of its screen; 0 for its own choice.
         int dpi = 0;
@@ -154,6 +156,8 @@ private:
     QString StartDisplay();
     /// The name of the display, empty if it does not start.
     QString StartXvfb();
+    QString StartXorg();
+    bool AddMonitor() const;
     QString StartWeston();
     QString StartManager();
     QString StartBus(QProcess& bus, const QString& type, const QString& variable);
