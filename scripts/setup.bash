@@ -6,6 +6,10 @@ PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
     optipng python3-minimal)
+
+# Window managers, a Wayland session and locales, for ./test --deep.
+PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
+    xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
@@ -95,9 +99,10 @@ build() {
     shift
     if [ ! -f "build/$configuration/build.ninja" ]; then
         configure "$configuration" || return
-    elif configured "$configuration" VELODESK_BUILD_WALK:BOOL=ON && configured "$configuration" BUILD_TESTING:BOOL=OFF; then
-        # ./run was here and left the tests out.
-        configure "$configuration" -DBUILD_TESTING=ON || return
+    elif configured "$configuration" BUILD_TESTING:BOOL=OFF &&
+        ! grep -q BUILD_TESTING "cmake/configurations/$configuration.cmake"; then
+        # ./run or packaging/build was here and left the tests out.
+        configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_WALK=ON || return
     fi
     say "building $configuration"
     cmake --build "build/$configuration" "$@"
@@ -105,7 +110,11 @@ build() {
 
 # Builds only what ./run runs.
 build_walk() {
-    [ -f build/release/build.ninja ] || configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
+    if [ ! -f build/release/build.ninja ]; then
+        configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
+    elif configured release VELODESK_BUILD_WALK:BOOL=OFF; then
+        configure release -DVELODESK_BUILD_WALK=ON || return
+    fi
     say "building the assistant, its stand-ins and what walks through it"
     cmake --build build/release --target Velodesk standin-daemon standin-engine road
 }

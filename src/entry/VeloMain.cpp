@@ -6,10 +6,12 @@
 #include "config/Configure.h"
 #include "config/Constant.h"
 #include "entry/SingleApplication.h"
+#include "entry/StartEnvironment.h"
 #include "platform/Logger.h"
 #include "platform/Utils.h"
 #include "shell/ProtocolWin.h"
 #include "shell/Shadow.h"
+#include "shell/Typeface.h"
 #include "shell/VeloWin.h"
 #include "supervision/AppManager.h"
 
@@ -17,36 +19,6 @@ namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
 constexpr int ARGUMENT_COUNT = 2;
 constexpr char PROGRAM_NAME[] = "Velodesk";
-constexpr char GL_INTEGRATION[] = "QT_XCB_GL_INTEGRATION";
-
-/// Keeps Qt's X11 plug-in from loading an OpenGL stack that no window here draws with: it takes more than
-/// half of the start and 20 MiB. The plug-in looks once, at the first native window. A value of the user's
-/// stands.
-class GlSwitchedOff
-{
-public:
-    GlSwitchedOff() : ours(!qEnvironmentVariableIsSet(GL_INTEGRATION))
-    {
-        if (ours) {
-            qputenv(GL_INTEGRATION, "none");
-        }
-    }
-    ~GlSwitchedOff() { End(); }
-    GlSwitchedOff(const GlSwitchedOff&) = delete;
-    GlSwitchedOff& operator=(const GlSwitchedOff&) = delete;
-
-    /// After the first window was shown and before any child is started: children inherit the environment.
-    void End()
-    {
-        if (ours) {
-            qunsetenv(GL_INTEGRATION);
-            ours = false;
-        }
-    }
-
-private:
-    bool ours;
-};
 
 /// Only the daemon starts this program: by the bare name, with its own process id. On true that id is stored.
 bool CheckArgs(int argc, char** argv)
@@ -86,13 +58,13 @@ void MoveToCentre(QWidget& window)
 }
 
 /// Shows the agreement where it was never accepted; true if the user may go on.
-bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, GlSwitchedOff& glSwitchedOff)
+bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, StartEnvironment& environment)
 {
     const Configure& configure = *Singleton<Configure>::GetInstance();
     if (!configure.IsStatementRead()) {
         application.SetMainWindow(protocolWin);
         protocolWin.show();
-        glSwitchedOff.End();
+        environment.GiveBack();
         MoveToCentre(protocolWin);
         QApplication::exec();
     }
@@ -100,7 +72,7 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, GlSw
     return configure.IsStatementRead() || protocolWin.IsReadStatement();
 }
 
-void RunMainWindow(SingleApplication& application, GlSwitchedOff& glSwitchedOff)
+void RunMainWindow(SingleApplication& application, StartEnvironment& environment)
 {
     LOG_INFO("Mainwindow start.");
     // The status server listens before any page exists.
@@ -110,7 +82,7 @@ void RunMainWindow(SingleApplication& application, GlSwitchedOff& glSwitchedOff)
     application.SetMainWindow(veloWin);
     veloWin.SetAppObj(application);
     veloWin.show();
-    glSwitchedOff.End();
+    environment.GiveBack();
     MoveToCentre(veloWin);
     QApplication::exec();
 }
@@ -124,7 +96,7 @@ int main(int argc, char** argv)
     }
     LOG_INFO("%sUse Shadow", Shadow::useShadow ? "" : "Don't ");
 
-    GlSwitchedOff glSwitchedOff;
+    StartEnvironment environment;
     SingleApplication application(argc, argv);
     // From a picture: for a name without a suffix Qt would ask the MIME database first.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
@@ -141,11 +113,12 @@ int main(int argc, char** argv)
     }
     LOG_DEBUG("velodeskd start pid (%d).", Singleton<Configure>::GetInstance()->daemonPid);
 
+    Typeface::UseEverywhere();
     ProtocolWin protocolWin(nullptr);
     protocolWin.exitHook = StopVelodeskd;
-    if (!RunAgreement(application, protocolWin, glSwitchedOff)) {
+    if (!RunAgreement(application, protocolWin, environment)) {
         return 0;
     }
-    RunMainWindow(application, glSwitchedOff);
+    RunMainWindow(application, environment);
     return 0;
 }

@@ -61,6 +61,10 @@ const QString TRANSPARENT_BTN_STYLE = QStringLiteral("background-color:transpare
 
 constexpr double LETTER_SPACING = 0.7;
 constexpr double NO_SPACING = 0.0;
+/// The name field is as wide as its text in the page's font, and that is the field's own, set wider: the
+/// field needs room at its ends, and the widest name, fifteen "m", has to end before the pencil at its last
+/// place.
+constexpr double NAME_ROOM_SPACING = 1.5;
 constexpr int HEADING_PIXEL_SIZE = 32;
 constexpr int SUBHEADING_PIXEL_SIZE = 16;
 constexpr int TEXT_PIXEL_SIZE = 14;
@@ -420,8 +424,24 @@ void MultiScreen::InitScreenPage()
     ui->CommonProblemFrame->setStyleSheet(HELP_FRAME_STYLE);
 }
 
+void MultiScreen::InitPageFont()
+{
+    const QFont application = font();
+    setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
+    // It is there for the width of the name field: what lies on the page keeps the application's.
+    QFont stackFont = ui->ScreenWidget->font();
+    if (application.pixelSize() > 0) {
+        stackFont.setPixelSize(application.pixelSize());
+    } else {
+        stackFont.setPointSizeF(application.pointSizeF());
+    }
+    stackFont.setLetterSpacing(QFont::AbsoluteSpacing, NO_SPACING);
+    ui->ScreenWidget->setFont(stackFont);
+}
+
 void MultiScreen::InitFonts()
 {
+    InitPageFont();
     for (QLabel* heading :
          {ui->ScreenTitle, ui->TitleLabel, ui->NewHandLabel, ui->CommonProblemLabel, ui->setTitle}) {
         heading->setFont(FontStyle(fontFamily, HEADING_PIXEL_SIZE, QFont::Bold, LETTER_SPACING));

@@ -22,7 +22,7 @@ void CardWindow<Window>::SetAdjustShadow(const QRect& area)
     const QRect inner = this->geometry().adjusted(1, 1, -1, -1);
     const QPoint corner((area.left() + area.right()) / 2 - (inner.left() + inner.right()) / 2,
                         (area.top() + area.bottom()) / 2 - (inner.top() + inner.bottom()) / 2);
-    Shadow::ShadowWinAdjust(this, cardLayout, card, QRect(corner, inner.size()), false);
+    Shadow::ShadowWinPlace(this, cardLayout, card, QRect(corner, inner.size()));
 }
 
 template <typename Window>

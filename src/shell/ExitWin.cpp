@@ -50,7 +50,7 @@ void ExitWin::SetAdjustShadow(const QRect& area)
     Shadow::AddShadowEffect(this, ui->widget_bg);
     const QRect cardRect = ui->widget_bg->geometry();
     const QPoint corner = CentredCorner(area, cardRect.bottomRight() - cardRect.topLeft());
-    Shadow::ShadowWinAdjust(this, ui->shadowLayout, ui->widget_bg, QRect(corner, cardRect.size()), false);
+    Shadow::ShadowWinPlace(this, ui->shadowLayout, ui->widget_bg, QRect(corner, cardRect.size()));
 }
 
 void ExitWin::CancelExitWin()

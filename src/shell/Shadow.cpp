@@ -29,6 +29,24 @@ constexpr char COMPOSITOR_COMMAND[] = "dbus-send --session --dest=org.kde.KWin -
                                       "             /Compositor org.freedesktop.DBus.Properties.Get "
                                       "string:org.kde.kwin.Compositing string:active"
                                       "             | grep -i variant | awk '{print $3}'";
+
+QRect WithShadow(const QRect& cardRect)
+{
+    return cardRect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN);
+}
+
+/// Holds the card inside `area` and cuts its shadow off where that ends.
+void Clamp(QWidget* window, QBoxLayout* layout, QRect rect, const QRect& area, bool fixedSize)
+{
+    Shadow::CheckRect(rect, area);
+    // Left and top are held at 0 and not at the area's own edges: under a panel the shadow is not cut off.
+    const QRect windowRect(QPoint(qMax(rect.left() - SHADOW_MARGIN, 0), qMax(rect.top() - SHADOW_MARGIN, 0)),
+                           QPoint(qMin(rect.right() + SHADOW_MARGIN, area.right()),
+                                  qMin(rect.bottom() + SHADOW_MARGIN, area.bottom())));
+    layout->setContentsMargins(rect.left() - windowRect.left(), rect.top() - windowRect.top(),
+                               windowRect.right() - rect.right(), windowRect.bottom() - rect.bottom());
+    Shadow::AdjustWindow(window, window->geometry(), windowRect, fixedSize);
+}
 } // namespace
 
 bool Shadow::useShadow = Shadow::IsShadowEffectEnable();
@@ -114,20 +132,30 @@ int Shadow::ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, 
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     if (!fixedSize && !area.contains(oldRect)) {
         // A window that has got off the desktop comes back unclamped and with the margins it last had; once
-        // its old place is inside again, the next move clamps. So does one that is built under a panel at the
-        // left or top.
-        AdjustWindow(window, oldRect,
-                     rect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN), false);
+        // its old place is inside again, the next move clamps.
+        AdjustWindow(window, oldRect, WithShadow(rect), false);
         return 0;
     }
-    CheckRect(rect, area);
-    // Left and top are held at 0 and not at the area's own edges: under a panel the shadow is not cut off.
-    const QRect windowRect(QPoint(qMax(rect.left() - SHADOW_MARGIN, 0), qMax(rect.top() - SHADOW_MARGIN, 0)),
-                           QPoint(qMin(rect.right() + SHADOW_MARGIN, area.right()),
-                                  qMin(rect.bottom() + SHADOW_MARGIN, area.bottom())));
-    layout->setContentsMargins(rect.left() - windowRect.left(), rect.top() - windowRect.top(),
-                               windowRect.right() - rect.right(), windowRect.bottom() - rect.bottom());
-    AdjustWindow(window, oldRect, windowRect, fixedSize);
+    Clamp(window, layout, rect, area, fixedSize);
+    return 0;
+}
+
+int Shadow::ShadowWinPlace(QWidget* window, QBoxLayout* layout, QWidget* card, const QRect& rect)
+{
+    if (window == nullptr || layout == nullptr || card == nullptr) {
+        return 1;
+    }
+    if (card->graphicsEffect() == nullptr) {
+        AdjustWindow(window, window->geometry(), rect, false);
+        return 0;
+    }
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    if (rect.width() <= area.width() && rect.height() <= area.height()) {
+        Clamp(window, layout, rect, area, false);
+    } else {
+        layout->setContentsMargins(SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN);
+        AdjustWindow(window, window->geometry(), WithShadow(rect), false);
+    }
     return 0;
 }
 

@@ -38,7 +38,12 @@ public:
     static int ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, QRect rect,
                                bool fixedSize);
 
-    /// The same with the card's present size, given its new top-left corner.
+    /// The same for a window that is being built: it has not got off the desktop, wherever Qt lets it begin,
+    /// so it gets its shadow under a panel at the left or top as well. A card that is larger than the area
+    /// gets the whole shadow.
+    static int ShadowWinPlace(QWidget* window, QBoxLayout* layout, QWidget* card, const QRect& rect);
+
+    /// As ShadowWinAdjust with the card's present size, given its new top-left corner.
     static int ShadowWinMove(QWidget* window, QBoxLayout* layout, QWidget* card, const QPoint& topLeft,
                              bool fixedSize);
 

@@ -154,9 +154,14 @@ void VeloWin::AddAppListItem(QString icon, QString text)
         LOG_ERROR("Item text is nullptr.");
         return;
     }
+    textLabel->setTextFormat(Qt::PlainText);
     textLabel->setText(text);
     QFont font;
     font.setFamily(QStringLiteral("NotoSansCJKsc-Regular"));
+    // No family has that name. Looked for first by the name it has, and with no other to stand in for a
+    // letter, the face is found without sorting all fonts of the machine four times.
+    font.setFamilies({QStringLiteral("Noto Sans CJK SC")});
+    font.setStyleStrategy(QFont::NoFontMerging);
     font.setPixelSize(ROW_TEXT_PIXEL_SIZE);
     font.setLetterSpacing(QFont::AbsoluteSpacing, ROW_LETTER_SPACING);
     textLabel->setFont(font);

@@ -1,4 +1,5 @@
-// The window of the stand-in engine: a drawn phone. Ends with status 0 when it is closed, and with the engine.
+// The window of the stand-in engine: a drawn phone. Ends with status 0 when it is closed, and with the
+// engine.
 
 #include <QApplication>
 #include <csignal>

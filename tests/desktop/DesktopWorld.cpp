@@ -33,22 +33,6 @@ constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
 
-constexpr char BUS_CONFIGURATION[] =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
- <type>%1</type>
- <listen>unix:tmpdir=%2</listen>
- <auth>EXTERNAL</auth>
- <policy context="default">
-  <allow user="*"/>
-  <allow own="*"/>
-  <allow send_destination="*"/>
-  <allow receive_sender="*"/>
- </policy>
-</busconfig>
-)";
-
 QString BuiltProgram(const QString& name)
 {
     return QStringLiteral(VELODESK_BINARY_DIR "/") + name;
@@ -66,16 +50,6 @@ void End(QProcess& process)
     }
 }
 
-QString FirstLine(QProcess& process)
-{
-    while (!process.canReadLine()) {
-        if (!process.waitForReadyRead(STARTED_MS)) {
-            return QString();
-        }
-    }
-    return QString::fromLocal8Bit(process.readLine()).trimmed();
-}
-
 /// Why the last wait was given up.
 QString& GivenUp()
 {
@@ -86,9 +60,9 @@ QString& GivenUp()
 bool WaitForEnd(QProcess& process, int milliseconds = -1)
 {
     // The world's own way to wait: it knows when there is no sense in it any more.
-    return DesktopWorld::WaitFor([&process] {
-        return process.state() == QProcess::NotRunning || process.waitForFinished(0);
-    }, milliseconds);
+    return DesktopWorld::WaitFor(
+        [&process] { return process.state() == QProcess::NotRunning || process.waitForFinished(0); },
+        milliseconds);
 }
 
 /// An /etc of links and binds in which only lsb-release is another.
@@ -159,10 +133,14 @@ DesktopWorld::DesktopWorld(Options wanted)
     SetVariable(QStringLiteral("HOME"), Home());
     SetVariable(QStringLiteral("XDG_RUNTIME_DIR"), scratch.filePath(QStringLiteral("run")));
     SetVariable(QStringLiteral("TMPDIR"), scratch.filePath(QStringLiteral("tmp")));
-    SetVariable(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     SetVariable(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-    SetVariable(QStringLiteral("FC_LANG"), QStringLiteral("zh-cn"));
-    environment.remove(QStringLiteral("SESSION_MANAGER"));
+    for (const QString& name : {QStringLiteral("SESSION_MANAGER"), QStringLiteral("QT_QPA_PLATFORM"),
+                                QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("XDG_SESSION_TYPE")}) {
+        environment.remove(name);
+    }
+    if (options.scale != 1) {
+        SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
+    }
     if (options.agreed) {
         QDir(Home()).mkdir(QStringLiteral("Velodesk"));
         QFile settings(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
@@ -385,6 +363,17 @@ const XDesktop& DesktopWorld::Desktop() const
     return *desktop;
 }
 
+bool DesktopWorld::AddPanel(Qt::Edge edge, int thickness) const
+{
+    constexpr int SOON_MS = 500;
+    const QRect all(QPoint(0, 0), desktop->Size());
+    // One that comes while the window manager is still starting is overlooked.
+    return WaitFor([&] {
+        desktop->AddPanel(edge, thickness);
+        return WaitFor([&] { return !desktop->WorkArea().isNull() && desktop->WorkArea() != all; }, SOON_MS);
+    });
+}
+
 XDesktop::Window DesktopWorld::BigWindow() const
 {
     return FindWindow(BIG_CARD);
@@ -422,7 +411,7 @@ XDesktop::Window DesktopWorld::EngineWindow() const
 
 QPoint DesktopWorld::OnCard(const QPoint& pos) const
 {
-    return BigWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+    return OnWindow(BigWindow().rect.topLeft(), pos);
 }
 
 QPoint DesktopWorld::OnPage(const QPoint& pos) const
@@ -432,7 +421,7 @@ QPoint DesktopWorld::OnPage(const QPoint& pos) const
 
 QPoint DesktopWorld::OnSmallCard(const QPoint& pos) const
 {
-    return SmallWindow().rect.topLeft() + QPoint(Margin(), Margin()) + pos;
+    return OnWindow(SmallWindow().rect.topLeft(), pos);
 }
 
 void DesktopWorld::ClickPage(const QPoint& pos) const
@@ -459,7 +448,7 @@ bool DesktopWorld::ChooseFromMenu(int entry) const
         return false;
     }
     const QPoint middle(MENU_CARD.width() / 2, MENU_ENTRY_HEIGHT * entry + MENU_ENTRY_HEIGHT / 2);
-    desktop->Click(MenuWindow().rect.topLeft() + QPoint(Margin(), Margin()) + middle);
+    desktop->Click(OnWindow(MenuWindow().rect.topLeft(), middle));
     return WaitFor([this] { return MenuWindow().id == 0; });
 }
 
@@ -583,69 +572,6 @@ bool DesktopWorld::SaveScreen(const QString& path) const
     return desktop->Screen().save(path);
 }
 
-QString DesktopWorld::StartDisplay()
-{
-    QString display = options.display;
-    if (display.isEmpty()) {
-        const QString geometry =
-            QStringLiteral("%1x%2x24").arg(options.screen.width()).arg(options.screen.height());
-        server.setProcessEnvironment(environment);
-        KeepMessages(server, QProcess::StandardError);
-        server.start(QStringLiteral("Xvfb"),
-                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                      QStringLiteral("0"), geometry, QStringLiteral("-nolisten"), QStringLiteral("tcp"),
-                      QStringLiteral("-noreset")});
-        const QString number = FirstLine(server);
-        if (number.isEmpty()) {
-            return QStringLiteral("Xvfb does not start: ") + server.errorString();
-        }
-        display = QLatin1Char(':') + number;
-    }
-    SetVariable(QStringLiteral("DISPLAY"), display);
-    desktop = std::make_unique<XDesktop>(display);
-    if (!options.display.isEmpty()) {
-        return QString();
-    }
-    windowManager.setProcessEnvironment(environment);
-    KeepMessages(windowManager, QProcess::StandardOutput);
-    windowManager.start(options.windowManager, QStringList());
-    if (!WaitFor([this] { return desktop->HasWindowManager() && desktop->ManagesWindows(); })) {
-        return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
-    }
-    if (options.compositor) {
-        compositor.setProcessEnvironment(environment);
-        KeepMessages(compositor, QProcess::StandardOutput);
-        compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
-        if (!WaitFor([this] { return desktop->HasCompositor(); })) {
-            return QStringLiteral("xcompmgr does not start: ") + compositor.errorString();
-        }
-    }
-    return QString();
-}
-
-QString DesktopWorld::StartBus(QProcess& bus, const QString& type, const QString& variable)
-{
-    const QString path = scratch.filePath(type + QStringLiteral(".conf"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return file.errorString();
-    }
-    file.write(
-        QString::fromLatin1(BUS_CONFIGURATION).arg(type, scratch.filePath(QStringLiteral("run"))).toUtf8());
-    file.close();
-    bus.setProcessEnvironment(environment);
-    KeepMessages(bus, QProcess::StandardError);
-    bus.start(QStringLiteral("dbus-daemon"),
-              {QStringLiteral("--config-file=") + path, QStringLiteral("--nofork"),
-               QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});
-    const QString address = FirstLine(bus);
-    if (address.isEmpty()) {
-        return QStringLiteral("dbus-daemon does not start: ") + bus.errorString();
-    }
-    SetVariable(variable, address);
-    return QString();
-}
-
 void DesktopWorld::Stage() const
 {
     QDir stage(scratch.path());
@@ -754,7 +680,12 @@ XDesktop::Window DesktopWorld::TitledWindow(const QString& title) const
 
 QSize DesktopWorld::WithMargins(const QSize& cardSize) const
 {
-    return cardSize + QSize(2 * Margin(), 2 * Margin());
+    return (cardSize + QSize(2 * Margin(), 2 * Margin())) * options.scale;
+}
+
+QPoint DesktopWorld::OnWindow(const QPoint& corner, const QPoint& pos) const
+{
+    return corner + (QPoint(Margin(), Margin()) + pos) * options.scale;
 }
 
 int DesktopWorld::Margin() const

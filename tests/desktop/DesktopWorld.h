@@ -26,14 +26,26 @@ public:
         /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
         QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
+        /// A Wayland session (weston, without a screen) whose X server draws on no root window: windows and
+        /// their places can be asked for there, pixels not.
+        bool wayland = false;
+        /// A second monitor at the right, which is the primary one; each of 1280 by 800.
+        bool twoMonitors = false;
         QSize screen = QSize(1280, 800);
+        /// What the X server says of its screen; 0 for its own choice.
+        int dpi = 0;
+        /// Server-wide resources, such as "Xft.dpi: 144".
+        QString resources;
+        /// Qt's own scale factor, QT_SCALE_FACTOR. Places and sizes stay those at a factor of 1.
+        qreal scale = 1;
         /// An existing display to use instead of a virtual one with a window manager.
         QString display;
         /// The agreement was accepted in an earlier run.
         bool agreed = true;
         /// The content of /etc/lsb-release; null for the machine's own.
         QString lsbRelease;
-        /// Where everything that is started here says what it has to say; by default a file of the world's own.
+        /// Where everything that is started here says what it has to say; by default a file of the world's
+        /// own.
         QString messages;
         /// The root of another system, with the program installed in it, to run that program in; empty for
         /// the built program on this machine. It stays unchanged.
@@ -98,6 +110,8 @@ public:
     static qint64 TimeOf(const QList<Event>& events, const QString& what);
 
     const XDesktop& Desktop() const;
+    /// Adds a panel and waits until it has taken its room; false if it never does.
+    bool AddPanel(Qt::Edge edge, int thickness) const;
 
     /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
     XDesktop::Window BigWindow() const;
@@ -149,6 +163,12 @@ public:
 
 private:
     QString StartDisplay();
+    /// The name of the display, empty if it does not start.
+    QString StartXvfb();
+    QString StartXorg();
+    bool AddMonitor() const;
+    QString StartWeston();
+    QString StartManager();
     QString StartBus(QProcess& bus, const QString& type, const QString& variable);
     void Stage() const;
     QStringList RootArguments() const;
@@ -158,6 +178,8 @@ private:
     void KeepMessages(QProcess& process, QProcess::ProcessChannel first) const;
     void EndEngines() const;
     QSize WithMargins(const QSize& cardSize) const;
+    /// Where a point of a card stands, given the window's corner.
+    QPoint OnWindow(const QPoint& corner, const QPoint& pos) const;
     int Margin() const;
     bool BigCardIsDrawn() const;
 

@@ -34,7 +34,8 @@ Work WorkOfOthers()
         const QByteArray stat = file.readAll();
         const int end = stat.lastIndexOf(')');
         const QList<QByteArray> fields = stat.mid(end + 2).split(' ');
-        if (fields.size() < 15 || stat.mid(stat.indexOf('(') + 1, 4) == "Xvfb") {
+        const QByteArray name = stat.mid(stat.indexOf('(') + 1, end - stat.indexOf('(') - 1);
+        if (fields.size() < 15 || name.startsWith('X')) {
             continue;
         }
         work.waitsForProcessor = work.waitsForProcessor || fields.at(0) == "R" || fields.at(0) == "D";

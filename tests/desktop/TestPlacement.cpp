@@ -14,6 +14,8 @@ private slots:
 
     void cardStopsAtTheScreensEdge_data();
     void cardStopsAtTheScreensEdge();
+    void windowsAreBuiltWithTheirShadowUnderAnyPanel_data();
+    void windowsAreBuiltWithTheirShadowUnderAnyPanel();
     void cardStopsBelowAPanelAndItsShadowDoesNot();
     void dragFollowsThePointer();
     void dragBeginsInTheTitleStripOnly();
@@ -75,30 +77,60 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     desktop.Release();
 }
 
+void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel_data()
+{
+    QTest::addColumn<int>("edge");
+    QTest::addColumn<bool>("agreed");
+    for (const bool agreed : {true, false}) {
+        const QByteArray window = agreed ? ", main window" : ", agreement";
+        QTest::newRow(("top" + window).constData()) << int(Qt::TopEdge) << agreed;
+        QTest::newRow(("left" + window).constData()) << int(Qt::LeftEdge) << agreed;
+        QTest::newRow(("right" + window).constData()) << int(Qt::RightEdge) << agreed;
+        QTest::newRow(("bottom" + window).constData()) << int(Qt::BottomEdge) << agreed;
+    }
+}
+
+void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel()
+{
+    QFETCH(int, edge);
+    QFETCH(bool, agreed);
+    DesktopWorld::Options options;
+    options.agreed = agreed;
+    Begin(options, false);
+    QVERIFY(world->AddPanel(static_cast<Qt::Edge>(edge), 40));
+    // StartAssistant() waits for pixels of a card that stands 20 from the window's corner and has its size.
+    QVERIFY2(world->StartAssistant(), qPrintable(world->Describe()));
+    QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
+    // Beside the card there is shadow, and the card's first column is the card's.
+    const QRect card(world->OnCard(QPoint(0, 0)), QSize(896, 504));
+    const QRgb left = agreed ? qRgb(231, 239, 252) : qRgb(0xF9, 0xF9, 0xF9);
+    VERIFY_SOON(world->Desktop().PixelAt(card.topLeft() + QPoint(0, 250)) == left);
+    QVERIFY(world->Desktop().PixelAt(card.topLeft() + QPoint(-1, 250)) != left);
+    QVERIFY(world->Desktop().PixelAt(card.bottomLeft() + QPoint(450, 1)) !=
+            world->Desktop().PixelAt(card.bottomLeft() + QPoint(450, 0)));
+    if (agreed) {
+        world->ClickCard(CLOSE_BUTTON);
+        VERIFY_SOON(world->SmallWindow().id != 0);
+        QCOMPARE(world->SmallWindow().rect.size(), QSize(340, 208));
+    }
+}
+
 void TestPlacement::cardStopsBelowAPanelAndItsShadowDoesNot()
 {
     constexpr int PANEL_HEIGHT = 30;
-    constexpr int SOON_MS = 500;
     Begin({}, false);
-    const XDesktop& desktop = world->Desktop();
-    // One that comes while the window manager is still starting is overlooked.
-    VERIFY_SOON([&] {
-        desktop.AddPanel(PANEL_HEIGHT);
-        return DesktopWorld::WaitFor([&] { return desktop.WorkArea().top() == PANEL_HEIGHT; }, SOON_MS);
-    }());
+    QVERIFY(world->AddPanel(Qt::TopEdge, PANEL_HEIGHT));
     QVERIFY(world->StartAssistant());
-    // Built in the corner under the panel, it keeps its margins of one pixel: the card is that much larger.
-    QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
     const QPoint from = world->OnCard(TITLE_STRIP);
     // In one step: a window that has got under the panel is not held any longer.
-    desktop.MoveTo(from);
-    desktop.Press();
-    desktop.MoveTo(from - QPoint(0, 133));
+    world->Desktop().MoveTo(from);
+    world->Desktop().Press();
+    world->Desktop().MoveTo(from - QPoint(0, 133));
     VERIFY_SOON([&] {
-        const auto windows = desktop.WindowsOf(world->AssistantPid());
-        return windows.size() == 1 && windows.first().rect == QRect(153, PANEL_HEIGHT - 20, 974, 582);
+        const auto windows = world->Desktop().WindowsOf(world->AssistantPid());
+        return windows.size() == 1 && windows.first().rect == QRect(172, PANEL_HEIGHT - 20, 936, 544);
     }());
-    desktop.Release();
+    world->Desktop().Release();
 }
 
 void TestPlacement::dragFollowsThePointer()

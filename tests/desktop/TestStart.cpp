@@ -247,7 +247,10 @@ void TestStart::noOpenGlIsLoaded()
     QVERIFY(!maps.contains("glx-integration"));
     const QByteArray environment = EngineEnvironment();
     QVERIFY(environment.contains("HOME="));
-    QVERIFY(!environment.contains("QT_XCB_GL_INTEGRATION"));
+    for (const char* name :
+         {"QT_XCB_GL_INTEGRATION", "QT_QPA_PLATFORM", "QT_FONT_DPI", "QT_STYLE_OVERRIDE"}) {
+        QVERIFY2(!environment.contains(name), name);
+    }
 }
 
 void TestStart::openGlOfTheUsersChoiceIsKept()

@@ -169,17 +169,51 @@ bool XDesktop::HasCompositor() const
     return XGetSelectionOwner(x->display, XInternAtom(x->display, "_NET_WM_CM_S0", False)) != 0;
 }
 
-void XDesktop::AddPanel(int height) const
+void XDesktop::SetResources(const QString& resources) const
 {
-    const int width = Size().width();
-    const ::Window panel = XCreateSimpleWindow(x->display, x->root, 0, 0, static_cast<unsigned int>(width),
-                                               static_cast<unsigned int>(height), 0, 0, 0);
+    const QByteArray text = resources.toLatin1() + '\n';
+    XChangeProperty(x->display, x->root, XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(text.constData()), text.size());
+    XSync(x->display, False);
+}
+
+void XDesktop::AddPanel(Qt::Edge edge, int thickness) const
+{
+    QRect rect(QPoint(0, 0), Size());
+    // Room kept at the left, right, top and bottom, and from where to where along each.
+    std::vector<unsigned long> room(12, 0);
+    const bool upright = edge == Qt::LeftEdge || edge == Qt::RightEdge;
+    size_t side = 0;
+    switch (edge) {
+    case Qt::LeftEdge:
+        rect.setWidth(thickness);
+        side = 0;
+        break;
+    case Qt::RightEdge:
+        rect.setLeft(rect.right() - thickness + 1);
+        side = 1;
+        break;
+    case Qt::TopEdge:
+        rect.setHeight(thickness);
+        side = 2;
+        break;
+    case Qt::BottomEdge:
+        rect.setTop(rect.bottom() - thickness + 1);
+        side = 3;
+        break;
+    }
+    room[side] = static_cast<unsigned long>(thickness);
+    room[4 + 2 * side + 1] = static_cast<unsigned long>(upright ? rect.bottom() : rect.right());
+    const ::Window panel =
+        XCreateSimpleWindow(x->display, x->root, rect.x(), rect.y(), static_cast<unsigned int>(rect.width()),
+                            static_cast<unsigned int>(rect.height()), 0, 0, 0);
     x->SetProperty(panel, "_NET_WM_WINDOW_TYPE", XA_ATOM,
                    {XInternAtom(x->display, "_NET_WM_WINDOW_TYPE_DOCK", False)});
-    // Room kept at the left, right, top and bottom, and from where to where along each.
-    const auto room = static_cast<unsigned long>(height);
-    const auto last = static_cast<unsigned long>(width - 1);
-    x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, {0, 0, room, 0, 0, 0, 0, 0, 0, last, 0, 0});
+    x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, room);
+    // Else a window manager may place it itself.
+    XSizeHints hints{};
+    hints.flags = USPosition | USSize;
+    XSetWMNormalHints(x->display, panel, &hints);
     XMapWindow(x->display, panel);
     XSync(x->display, False);
 }

@@ -30,12 +30,14 @@ public:
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
-    /// Whether the window manager has taken charge of a window of our own (ICCCM), to be asked until it has: one
-    /// that still starts may leave lying what it finds.
+    /// Whether the window manager has taken charge of a window of our own (ICCCM), to be asked until it has:
+    /// one that still starts may leave lying what it finds.
     bool ManagesWindows() const;
 
-    /// A panel of that height along the upper edge (EWMH), there as long as this object.
-    void AddPanel(int height) const;
+    /// Server-wide resources, such as "Xft.dpi: 144".
+    void SetResources(const QString& resources) const;
+    /// A panel that thick along an edge (EWMH), there as long as this object.
+    void AddPanel(Qt::Edge edge, int thickness) const;
     /// What panels leave of the screen (EWMH), a null rectangle while the window manager does not tell.
     QRect WorkArea() const;
     /// The windows on show that belong to the process, or to any for 0; the topmost last.

@@ -15,6 +15,7 @@
 #include "multiscreen/MultiScreen.h"
 #include "support/CapturedLog.h"
 #include "support/Looks.h"
+#include "support/ProgramMain.h"
 #include "support/Sandbox.h"
 
 namespace {
@@ -590,5 +591,10 @@ void TestDeviceName::endOfThePageDuringAnEditDropsIt()
     QCOMPARE(log->Messages(), QStringList());
 }
 
-SANDBOXED_QTEST_MAIN(TestDeviceName)
+int main(int argc, char** argv)
+{
+    EnterSandbox(argc, argv);
+    return RunAsProgram<TestDeviceName>(argc, argv);
+}
+
 #include "TestDeviceName.moc"

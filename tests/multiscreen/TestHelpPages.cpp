@@ -11,6 +11,7 @@
 #include "multiscreen/MultiScreen.h"
 #include "support/CapturedLog.h"
 #include "support/Looks.h"
+#include "support/ProgramMain.h"
 
 namespace {
 const QString HELP_TEXT_STYLE = QStringLiteral(
@@ -351,5 +352,5 @@ void TestHelpPages::buttonsCanBeSetAgain()
     }
 }
 
-QTEST_MAIN(TestHelpPages)
+PROGRAM_TEST_MAIN(TestHelpPages)
 #include "TestHelpPages.moc"

@@ -111,6 +111,7 @@ private slots:
     void constructionSubscribesOnce();
     void firstStartStoresTheDesktop();
     void laterStartKeepsThePath();
+    void folderNameIsTextWhateverMarksItHolds();
     void iconButtonsHaveNames_data();
     void iconButtonsHaveNames();
     void iconButtonsOfAllWindowsHaveChineseNames();
@@ -452,6 +453,17 @@ void TestMultiScreenPage::laterStartKeepsThePath()
     QCOMPARE(SettingsFile::SavePath(), QByteArray("/x"));
     // Shown with the settings view, not before.
     QCOMPARE(Find<QLabel>(*page, "savePath")->text(), QStringLiteral("/home/zelmora/Velodesk"));
+}
+
+void TestMultiScreenPage::folderNameIsTextWhateverMarksItHolds()
+{
+    const QString path = QStringLiteral("/home/<b>folder</b>&amp<br>");
+    SettingsFile::Write("[Tandra]\nfileStorePath=" + path.toUtf8() + "\n");
+    page->ShowSetView();
+    auto& label = *Find<QLabel>(*page, "savePath");
+    QCOMPARE(label.text(), path);
+    label.ensurePolished();
+    QVERIFY(label.sizeHint().width() >= label.fontMetrics().horizontalAdvance(path));
 }
 
 void TestMultiScreenPage::iconButtonsHaveNames_data()

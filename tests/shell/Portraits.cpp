@@ -26,6 +26,8 @@
 
 namespace {
 constexpr int BLOCK = 8;
+/// Blocks overlap: what is seen does not depend on where a widget stands among them.
+constexpr int STEP = BLOCK / 2;
 /// Of 255, for the average of a block. Two rasterisers of one font stay below 14; the hover blue is 19 from
 /// the normal blue.
 constexpr int TOLERANCE = 15;
@@ -255,8 +257,8 @@ QRect FindDifference(const QImage& one, const QImage& other)
     const QImage left = one.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     const QImage right = other.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     QRect difference;
-    for (int y = 0; y < left.height(); y += BLOCK) {
-        for (int x = 0; x < left.width(); x += BLOCK) {
+    for (int y = 0; y < left.height(); y += STEP) {
+        for (int x = 0; x < left.width(); x += STEP) {
             const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
             const auto mine = Average(left, block);
             const auto yours = Average(right, block);

@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include "Portraits.h"
+#include "support/ProgramMain.h"
 
 namespace {
 const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/");
@@ -126,5 +127,5 @@ void TestGoldenPictures::comparisonBearsAnotherRasteriser()
     QVERIFY(FindDifference(glyphs, outlines).isEmpty());
 }
 
-QTEST_MAIN(TestGoldenPictures)
+PROGRAM_TEST_MAIN(TestGoldenPictures)
 #include "TestGoldenPictures.moc"

@@ -40,6 +40,12 @@ public:
         shadowLayout->activate();
         return result;
     }
+    int Build(const QRect& cardRect)
+    {
+        const int result = Shadow::ShadowWinPlace(this, shadowLayout, cardWidget, cardRect);
+        shadowLayout->activate();
+        return result;
+    }
     QRect CardOnScreen() const { return QRect(mapToGlobal(cardWidget->pos()), cardWidget->size()); }
     QRegion Mask() const { return mask(); }
     bool IsDragging() const { return dragging; }
@@ -107,6 +113,9 @@ private slots:
     void cardAtAnEdgeLosesThatMargin_data();
     void cardAtAnEdgeLosesThatMargin();
     void windowOffTheDesktopComesBackUnclamped();
+    void windowThatIsBuiltOffTheDesktopIsClamped();
+    void windowThatIsBuiltTooLargeHasItsShadow();
+    void windowThatIsBuiltWithoutEffectHasNoMargin();
     void fixedSizeClampsEvenOffTheDesktop();
     void moveKeepsTheCardsSize();
     void maskHasAHoleUnderTheCursorBesideTheCard();
@@ -330,6 +339,43 @@ void TestShadow::windowOffTheDesktopComesBackUnclamped()
     probe.Place(QRect(-100, 60, 300, 168));
     QCOMPARE(probe.geometry(), QRect(0, 40, 320, 208));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 20, 20, 20));
+}
+
+void TestShadow::windowThatIsBuiltOffTheDesktopIsClamped()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.move(-500, -500);
+    QCOMPARE(probe.Build(QRect(QPoint(200, 100), CARD)), 0);
+    QCOMPARE(probe.geometry(), QRect(180, 80, 340, 208));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
+    QCOMPARE(probe.cardWidget->size(), CARD);
+    // As any other window it stops at an edge.
+    probe.move(-500, -500);
+    probe.Build(QRect(QPoint(-30, 7), CARD));
+    QCOMPARE(probe.geometry(), QRect(0, 0, 320, 195));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 7, 20, 20));
+}
+
+void TestShadow::windowThatIsBuiltTooLargeHasItsShadow()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    const QRect large = Area().adjusted(-50, 10, 50, -10);
+    probe.Build(large);
+    QCOMPARE(probe.geometry(), large.adjusted(-20, -20, 20, 20));
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
+}
+
+void TestShadow::windowThatIsBuiltWithoutEffectHasNoMargin()
+{
+    Probe probe;
+    const QRect rect(QPoint(200, 100), CARD);
+    QCOMPARE(probe.Build(rect), 0);
+    QCOMPARE(probe.geometry(), rect);
+    QCOMPARE(Shadow::ShadowWinPlace(nullptr, probe.shadowLayout, probe.cardWidget, rect), 1);
+    QCOMPARE(Shadow::ShadowWinPlace(&probe, nullptr, probe.cardWidget, rect), 1);
+    QCOMPARE(Shadow::ShadowWinPlace(&probe, probe.shadowLayout, nullptr, rect), 1);
 }
 
 void TestShadow::fixedSizeClampsEvenOffTheDesktop()

@@ -9,6 +9,7 @@
 #include "shell/VeloMessageBox.h"
 #include "support/Looks.h"
 #include "support/ModalActor.h"
+#include "support/ProgramMain.h"
 
 class TestVeloMessageBox : public QObject
 {
@@ -24,6 +25,7 @@ private slots:
     void rightButtonTextsAreSet();
     void messageIsSplitAtItsFirstLineFeed_data();
     void messageIsSplitAtItsFirstLineFeed();
+    void messageIsTextWhateverMarksItHolds();
     void warningIsShownOnce();
     void livingBoxesAreCounted();
     void buttonSignalsWhileStillOpenAndCloses_data();
@@ -160,6 +162,18 @@ void TestVeloMessageBox::messageIsSplitAtItsFirstLineFeed()
     QVERIFY(!Find<QLabel>(box, "textMsg")->wordWrap());
 }
 
+void TestVeloMessageBox::messageIsTextWhateverMarksItHolds()
+{
+    const QString text = QStringLiteral("/home/<b>folder</b>&amp;<br>");
+    VeloMessageBox box(nullptr);
+    box.SetMessageText(text + QLatin1Char('\n') + text);
+    for (const char* name : {"textMsgWarn", "textMsg"}) {
+        auto& label = *Find<QLabel>(box, name);
+        label.ensurePolished();
+        QVERIFY(label.sizeHint().width() >= label.fontMetrics().horizontalAdvance(text));
+    }
+}
+
 void TestVeloMessageBox::warningIsShownOnce()
 {
     VeloMessageBox box(nullptr);
@@ -254,5 +268,5 @@ void TestVeloMessageBox::centresOverTheMainWindowsCard()
              qPrintable(QStringLiteral("%1,%2").arg(card.center().x()).arg(card.center().y())));
 }
 
-QTEST_MAIN(TestVeloMessageBox)
+PROGRAM_TEST_MAIN(TestVeloMessageBox)
 #include "TestVeloMessageBox.moc"

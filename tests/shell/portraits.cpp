@@ -12,6 +12,8 @@
 #include <cstdio>
 
 #include "Portraits.h"
+#include "entry/StartEnvironment.h"
+#include "shell/Typeface.h"
 
 namespace {
 constexpr int OFTEN_ENOUGH = 9;
@@ -42,9 +44,9 @@ void WriteIndex(const QDir& directory, const QList<Portrait>& portraits)
 
 int main(int argc, char** argv)
 {
+    const StartEnvironment environment;
     const QApplication application(argc, argv);
-    // As in the tests, whatever the display says of itself.
-    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    Typeface::UseEverywhere();
     const QStringList arguments = QApplication::arguments();
     const bool sheet = arguments.value(1) == QLatin1String("--sheet");
     if (arguments.size() != 3 || (!sheet && arguments.at(1) != QLatin1String("--golden"))) {

@@ -1,0 +1,66 @@
+#include "entry/StartEnvironment.h"
+
+#include <QApplication>
+#include <QList>
+#include <QtGlobal>
+
+namespace {
+constexpr char DISPLAY_NAME[] = "DISPLAY";
+constexpr char PLATFORM[] = "QT_QPA_PLATFORM";
+constexpr char FONT_DPI[] = "QT_FONT_DPI";
+constexpr char SCREEN_FACTORS[] = "QT_SCREEN_SCALE_FACTORS";
+constexpr char STYLE[] = "QT_STYLE_OVERRIDE";
+constexpr char GL_INTEGRATION[] = "QT_XCB_GL_INTEGRATION";
+constexpr int DOTS_PER_INCH = 96;
+
+/// Qt divides a screen's dots per inch by that screen's own factor, so they have to be as many times more.
+/// Desktops that set factors by screen ("1.5;1.5", "eDP-1=1.5;HDMI-1=1.5;") set the same one for all.
+double ScreenFactor()
+{
+    const QByteArray first = qgetenv(SCREEN_FACTORS).split(';').first();
+    const double factor = first.mid(first.lastIndexOf('=') + 1).toDouble();
+    return factor > 0 ? factor : 1;
+}
+} // namespace
+
+StartEnvironment::StartEnvironment()
+{
+    if (!qEnvironmentVariableIsEmpty(DISPLAY_NAME) && qEnvironmentVariableIsEmpty(PLATFORM)) {
+        // In a Wayland session Qt would take its plug-in for that, under which no window stands in its place
+        // and none can be raised.
+        Replace(PLATFORM, "xcb");
+    }
+    // The attribute alone does not reach the fonts of widgets.
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+    Replace(FONT_DPI, QByteArray::number(qRound(DOTS_PER_INCH * ScreenFactor())));
+    // What a window here leaves open is not for the desktop to settle: a dark one would write white on white.
+    QApplication::setDesktopSettingsAware(false);
+    Replace(STYLE, "fusion");
+    if (!qEnvironmentVariableIsSet(GL_INTEGRATION)) {
+        // No window here draws with OpenGL, and to load it takes more than half of the start and 20 MiB.
+        Replace(GL_INTEGRATION, "none");
+    }
+}
+
+StartEnvironment::~StartEnvironment()
+{
+    GiveBack();
+}
+
+void StartEnvironment::GiveBack()
+{
+    for (const Variable& variable : given) {
+        if (variable.wasSet) {
+            qputenv(variable.name, variable.value);
+        } else {
+            qunsetenv(variable.name);
+        }
+    }
+    given.clear();
+}
+
+void StartEnvironment::Replace(const char* name, const QByteArray& value)
+{
+    given.push_back({name, qEnvironmentVariableIsSet(name), qgetenv(name)});
+    qputenv(name, value);
+}

@@ -1,0 +1,58 @@
+#include "DesktopTest.h"
+
+/// Two monitors side by side, of which the right one is the primary: it does not begin at 0, 0.
+class TestMonitors : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        DesktopWorld::Options options;
+        options.twoMonitors = true;
+        Begin(options);
+    }
+    void cleanup() { world.reset(); }
+
+    void windowIsBuiltWholeAndStandsInTheMiddleOfBoth();
+    void cardStopsAtThePrimaryMonitorsEdges();
+    void questionStandsOverTheWindow();
+};
+
+void TestMonitors::windowIsBuiltWholeAndStandsInTheMiddleOfBoth()
+{
+    QCOMPARE(world->BigWindow().rect, QRect((2560 - 936) / 2, 128, 936, 544));
+}
+
+void TestMonitors::cardStopsAtThePrimaryMonitorsEdges()
+{
+    const XDesktop& desktop = world->Desktop();
+    const QPoint from = world->OnCard(TITLE_STRIP);
+    const auto stands = [&](const QRect& rect) {
+        const auto windows = desktop.WindowsOf(world->AssistantPid());
+        return windows.size() == 1 && windows.first().rect == rect;
+    };
+    desktop.MoveTo(from);
+    desktop.Press();
+    // Half on the other monitor it has got off the desktop and is not held. From inside it is.
+    desktop.MoveTo(from + QPoint(640, 0));
+    VERIFY_SOON(stands(QRect(1452, 128, 936, 544)));
+    desktop.MoveTo(from + QPoint(1400, 0));
+    VERIFY_SOON(stands(QRect(2560 - 916, 128, 916, 544)));
+    // The shadow reaches over the left edge: that window is off the desktop again.
+    desktop.MoveTo(from + QPoint(300, 0));
+    VERIFY_SOON(stands(QRect(1260, 128, 936, 544)));
+    desktop.Release();
+}
+
+void TestMonitors::questionStandsOverTheWindow()
+{
+    const QRect window = world->BigWindow().rect;
+    world->ClickCard(CLOSE_BUTTON);
+    VERIFY_SOON(world->SmallWindow().rect == QRect(window.center() - QPoint(169, 103), QSize(340, 208)));
+    ConfirmQuit();
+    QCOMPARE(world->AssistantStatus(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestMonitors)
+#include "TestMonitors.moc"

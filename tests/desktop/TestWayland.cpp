@@ -1,0 +1,64 @@
+#include "DesktopTest.h"
+
+/// A Wayland session with an X server and Qt's plug-in for Wayland beside: the program takes X.
+class TestWayland : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { world.reset(); }
+
+    void windowIsTheXServers_data();
+    void windowIsTheXServers();
+    void secondStartReachesIt();
+
+private:
+    void BeginSession(bool agreed = true)
+    {
+        DesktopWorld::Options options;
+        options.wayland = true;
+        options.agreed = agreed;
+        Begin(options, false);
+    }
+    std::unique_ptr<QProcess> Launch() const
+    {
+        return world->LaunchProgram({QStringLiteral("Velodesk"), QStringLiteral("1")});
+    }
+};
+
+void TestWayland::windowIsTheXServers_data()
+{
+    QTest::addColumn<QString>("desktop");
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("main window") << QString() << true;
+    QTest::newRow("agreement") << QString() << false;
+    QTest::newRow("GNOME") << QStringLiteral("GNOME") << true;
+    QTest::newRow("KDE") << QStringLiteral("KDE") << true;
+}
+
+void TestWayland::windowIsTheXServers()
+{
+    QFETCH(QString, desktop);
+    QFETCH(bool, agreed);
+    BeginSession(agreed);
+    world->SetVariable(QStringLiteral("XDG_CURRENT_DESKTOP"), desktop);
+    const auto program = Launch();
+    VERIFY_SOON(world->CountBigWindows() == 1);
+    program->kill();
+    program->waitForFinished();
+}
+
+void TestWayland::secondStartReachesIt()
+{
+    BeginSession();
+    const auto program = Launch();
+    VERIFY_SOON(world->CountBigWindows() == 1);
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
+    QVERIFY(!world->HasLog(QStringLiteral("Get window display failed.")));
+    program->kill();
+    program->waitForFinished();
+}
+
+QTEST_GUILESS_MAIN(TestWayland)
+#include "TestWayland.moc"

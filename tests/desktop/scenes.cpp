@@ -1,0 +1,355 @@
+// Takes the program through all its windows on a desktop of a given kind and keeps a picture of each scene:
+// names of one letter to fifteen, long paths, the documents scrolled through to their last lines, dialogs.
+// The pictures of two desktops are the same byte by byte; scripts/desktops compares them.
+//
+//   scenes --pictures DIR [--dpi N] [--xft-dpi N] [--panel top|left|bottom|right] [--fonts FOLDER]
+//
+// The locale is that of LC_ALL, the window manager that of VELODESK_WINDOW_MANAGER. FOLDER holds what a
+// user's .config may: kdeglobals, fontconfig/fonts.conf.
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <csignal>
+#include <cstdio>
+
+#include "DesktopWorld.h"
+#include "Places.h"
+
+using namespace Places;
+
+namespace {
+constexpr int LOOK_AGAIN_MS = 60;
+constexpr int LAST_PAGE_MS = 1000;
+constexpr int WHEEL_DOWN = 5;
+constexpr int NOTCHES = 4;
+constexpr int PANEL_THICKNESS = 40;
+constexpr int CORNER = 20;
+constexpr QSize CARD(896, 504);
+constexpr QSize SMALL_CARD(300, 168);
+constexpr QPoint SMALL_BLANK(20, 100);
+constexpr QRgb SMALL_GROUND = qRgb(0xF7, 0xF7, 0xF7);
+constexpr QPoint DOCUMENT_MIDDLE(300, 250);
+constexpr QPoint AGREEMENT_MIDDLE(448, 230);
+constexpr QPoint CARD_BLANK(40, 480);
+
+const QStringList TYPED_NAMES{QStringLiteral("i"),
+                              QStringLiteral("Study-PC_1"),
+                              QStringLiteral("iiiiiiiiiiiiiii"),
+                              QStringLiteral("WWWWWWWWWWWWWWW"),
+                              QStringLiteral("mmmmmmmmmmmmmmm"),
+                              QStringLiteral("___-_0123456789")};
+const QStringList STORED_NAMES{QStringLiteral("客"), QStringLiteral("客厅电脑一"),
+                               QStringLiteral("书房PC-2_a"), QStringLiteral("W一二三jj")};
+const QString FIRST_NAME = QStringLiteral("Tandra");
+const QString LONG_PATH =
+    QStringLiteral("/home/user/") + QStringLiteral("a-folder-with-a-long-name/").repeated(6);
+const QString CHINESE_PATH = QStringLiteral("/home/user/文档/手机<b>图片</b>&amp;");
+
+class Scenes
+{
+public:
+    Scenes(const QString& pictures, const DesktopWorld::Options& options)
+        : directory(pictures), world(options)
+    {}
+
+    bool Begin(const QString& fonts, const QString& panel);
+    bool Take();
+
+private:
+    void Keep(const QString& name);
+    bool KeepSmall(const QString& name);
+    void Save(const QString& name, QRect area);
+    /// The picture of an area once it has come to rest.
+    QImage AtRest(const QRect& area) const;
+    /// Keeps each page until scrolling shows nothing new.
+    void Scroll(const QString& name, const QPoint& where);
+    bool Until(const std::function<bool()>& reached, const char* what) const;
+    QRect CardRect() const { return {world.OnCard(QPoint(0, 0)), CARD}; }
+
+    bool TakeAgreement();
+    bool TakeCast();
+    bool TakeTypedNames();
+    bool TakeHelp();
+    bool TakeSettings();
+    bool TakeAbout();
+    bool TakeStoredName(const QString& name);
+    bool Quit();
+    void StoreSetting(const QByteArray& key, const QByteArray& value) const;
+
+    QDir directory;
+    DesktopWorld world;
+    int number = 0;
+};
+
+bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
+{
+    if (DesktopWorld::WaitFor(reached)) {
+        return true;
+    }
+    std::fprintf(stderr, "%s never came\n%s\n", what, qUtf8Printable(world.Describe()));
+    world.SaveScreen(directory.filePath(QStringLiteral("failed.png")));
+    return false;
+}
+
+QImage Scenes::AtRest(const QRect& area) const
+{
+    QImage last = world.Desktop().Area(area);
+    DesktopWorld::WaitFor([&] {
+        DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
+        const QImage next = world.Desktop().Area(area);
+        const bool same = next == last;
+        last = next;
+        return same;
+    });
+    return last;
+}
+
+void Scenes::Save(const QString& name, QRect area)
+{
+    QImage picture = AtRest(area).convertToFormat(QImage::Format_RGB32);
+    // What lies behind the rounded corners is the desktop's.
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const bool atSide = x < CORNER || x >= picture.width() - CORNER;
+            if (atSide && (y < CORNER || y >= picture.height() - CORNER)) {
+                picture.setPixel(x, y, 0);
+            }
+        }
+    }
+    ++number;
+    picture.save(
+        directory.filePath(QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name)));
+}
+
+void Scenes::Keep(const QString& name)
+{
+    world.Desktop().MoveTo(world.OnCard(CARD_BLANK));
+    Save(name, CardRect());
+}
+
+bool Scenes::KeepSmall(const QString& name)
+{
+    // It is there before it is drawn, and a compositor fades it in.
+    if (!Until([this] { return world.Desktop().PixelAt(world.OnSmallCard(SMALL_BLANK)) == SMALL_GROUND; },
+               "the small card")) {
+        return false;
+    }
+    world.Desktop().MoveTo(world.OnSmallCard(SMALL_BLANK));
+    Save(name, QRect(world.OnSmallCard(QPoint(0, 0)), SMALL_CARD));
+    return true;
+}
+
+void Scenes::Scroll(const QString& name, const QPoint& where)
+{
+    for (int page = 1;; ++page) {
+        Keep(QStringLiteral("%1-%2").arg(name).arg(page));
+        const QImage before = world.Desktop().Area(CardRect());
+        for (int notch = 0; notch < NOTCHES; ++notch) {
+            world.Desktop().Click(where, WHEEL_DOWN);
+        }
+        world.Desktop().MoveTo(world.OnCard(CARD_BLANK));
+        if (!DesktopWorld::WaitFor([&] { return world.Desktop().Area(CardRect()) != before; },
+                                   LAST_PAGE_MS)) {
+            return;
+        }
+    }
+}
+
+bool Scenes::Begin(const QString& fonts, const QString& panel)
+{
+    directory.mkpath(QStringLiteral("."));
+    world.SetVariable(QStringLiteral("LC_ALL"), qEnvironmentVariable("LC_ALL"));
+    if (!fonts.isEmpty()) {
+        world.SetVariable(QStringLiteral("XDG_CONFIG_HOME"), fonts);
+        world.SetVariable(QStringLiteral("XDG_CURRENT_DESKTOP"), QStringLiteral("KDE"));
+        world.SetVariable(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
+    }
+    const QString missing = world.Start();
+    if (!missing.isEmpty()) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(missing));
+        return false;
+    }
+    const QStringList edges{QStringLiteral("top"), QStringLiteral("left"), QStringLiteral("right"),
+                            QStringLiteral("bottom")};
+    const int edge = edges.indexOf(panel);
+    return edge < 0 || world.AddPanel(static_cast<Qt::Edge>(1 << edge), PANEL_THICKNESS);
+}
+
+bool Scenes::Take()
+{
+    bool ok = world.StartAssistant() && TakeAgreement() && TakeCast() && TakeTypedNames() && TakeHelp() &&
+              TakeSettings() && TakeAbout() && Quit();
+    for (const QString& name : STORED_NAMES) {
+        ok = ok && TakeStoredName(name);
+    }
+    std::printf("%d scenes in %s\n", number, qUtf8Printable(directory.path()));
+    return ok;
+}
+
+bool Scenes::TakeAgreement()
+{
+    Scroll(QStringLiteral("agreement"), world.OnCard(AGREEMENT_MIDDLE));
+    world.ClickCard(AGREE_TICK);
+    if (!Until([this] { return world.Desktop().PixelAt(world.OnCard(BEGIN_EDGE)) == BLUE; }, "the tick")) {
+        return false;
+    }
+    Keep(QStringLiteral("agreement-ticked"));
+    world.ClickCard(BEGIN_BUTTON);
+    return Until(
+        [this] {
+            return world.HasLog(QStringLiteral("Mainwindow start.")) && world.BigWindow().id != 0 &&
+                   world.ShowsIdle();
+        },
+        "the main window");
+}
+
+bool Scenes::TakeCast()
+{
+    Keep(QStringLiteral("main"));
+    world.ClickPage(CAST_BUTTON);
+    if (!Until([this] { return world.ShowsCasting(); }, "casting")) {
+        return false;
+    }
+    Keep(QStringLiteral("casting"));
+    world.ClickPage(CAST_BUTTON);
+    return Until([this] { return world.ShowsIdle(); }, "the end of the cast");
+}
+
+bool Scenes::TakeTypedNames()
+{
+    QString before = FIRST_NAME;
+    for (const QString& name : TYPED_NAMES) {
+        if (!world.BeginRename()) {
+            return false;
+        }
+        for (int i = 0; i < before.size(); ++i) {
+            world.Desktop().Key(QStringLiteral("BackSpace"));
+        }
+        world.Desktop().Type(name);
+        world.Desktop().Key(QStringLiteral("Return"));
+        if (!Until([&] { return world.SettingsText().contains(QStringLiteral("devicename=") + name + '\n'); },
+                   "the name")) {
+            return false;
+        }
+        Keep(QStringLiteral("name-") + name);
+        before = name;
+    }
+    return true;
+}
+
+bool Scenes::TakeHelp()
+{
+    bool ok = world.ChooseFromMenu(0);
+    ok = ok && Until([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); }, "the help");
+    Keep(QStringLiteral("help"));
+    world.ClickPage(HELP_ICON.center());
+    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the guide");
+    Scroll(QStringLiteral("guide"), world.OnPage(DOCUMENT_MIDDLE));
+    world.ClickPage(BACK_BUTTON);
+    ok = ok && Until([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); }, "the help again");
+    world.ClickPage(PROBLEMS_ICON.center());
+    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the problems");
+    Scroll(QStringLiteral("problems"), world.OnPage(DOCUMENT_MIDDLE));
+    return ok;
+}
+
+void Scenes::StoreSetting(const QByteArray& key, const QByteArray& value) const
+{
+    QFile file(world.Home() + QStringLiteral("/Velodesk/velodesk.conf"));
+    if (!file.open(QIODevice::ReadWrite)) {
+        return;
+    }
+    QList<QByteArray> lines = file.readAll().split('\n');
+    for (QByteArray& line : lines) {
+        if (line.startsWith(key + '=')) {
+            line = key + '=' + value;
+        }
+    }
+    file.resize(0);
+    file.write(lines.join('\n'));
+}
+
+bool Scenes::TakeSettings()
+{
+    world.AppendSettings(QStringLiteral("[VelodeskServer]\ntrustNum=2\n"));
+    QDir(world.Home()).mkpath(QStringLiteral("Velodesk/Tandra/others"));
+    bool ok = true;
+    int scene = 0;
+    for (const QString& path : {LONG_PATH, CHINESE_PATH}) {
+        StoreSetting("fileStorePath", path.toLocal8Bit());
+        const int shown = world.CountLog(QStringLiteral("Velodesk show set page."));
+        ok = ok && world.ChooseFromMenu(1) &&
+             Until([&] { return world.CountLog(QStringLiteral("Velodesk show set page.")) > shown; },
+                   "the settings");
+        Keep(QStringLiteral("settings-%1").arg(++scene));
+    }
+    world.ClickPage(CLEAR_BUTTON);
+    ok = ok && Until([this] { return world.SmallWindow().id != 0; }, "the question");
+    ok = ok && KeepSmall(QStringLiteral("clear-question"));
+    world.ClickSmallCard(RIGHT_BUTTON);
+    return ok && Until([this] { return world.SettingsText().contains(QStringLiteral("trustNum=0\n")); },
+                       "the answer");
+}
+
+bool Scenes::TakeAbout()
+{
+    bool ok = world.ChooseFromMenu(2);
+    ok = ok && Until([this] { return world.PageHasColour(ABOUT_LINK, BLUE); }, "the about page");
+    Keep(QStringLiteral("about"));
+    world.ClickPage(ABOUT_LINK.center());
+    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the agreement");
+    Scroll(QStringLiteral("about-agreement"), world.OnPage(DOCUMENT_MIDDLE));
+    return ok;
+}
+
+bool Scenes::Quit()
+{
+    world.ClickCard(CLOSE_BUTTON);
+    if (!Until([this] { return world.SmallWindow().id != 0; }, "the exit question") ||
+        !KeepSmall(QStringLiteral("quit-question"))) {
+        return false;
+    }
+    world.ClickSmallCard(RIGHT_BUTTON);
+    return world.WaitForDaemonEnd();
+}
+
+bool Scenes::TakeStoredName(const QString& name)
+{
+    StoreSetting("devicename", name.toUtf8());
+    if (!world.StartAssistant() || !Until([this] { return world.ShowsIdle(); }, "the main window")) {
+        return false;
+    }
+    Keep(QStringLiteral("name-") + name);
+    if (!world.SettingsText().contains(QStringLiteral("devicename=") + name + QLatin1Char('\n'))) {
+        std::fprintf(stderr, "the name %s is not stored as it was\n", qUtf8Printable(name));
+        return false;
+    }
+    kill(static_cast<pid_t>(world.AssistantPid()), SIGKILL);
+    return world.WaitForDaemonEnd();
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.addOptions({{QStringLiteral("pictures"), QString(), QStringLiteral("DIR")},
+                       {QStringLiteral("dpi"), QString(), QStringLiteral("N"), QStringLiteral("96")},
+                       {QStringLiteral("xft-dpi"), QString(), QStringLiteral("N")},
+                       {QStringLiteral("panel"), QString(), QStringLiteral("EDGE")},
+                       {QStringLiteral("fonts"), QString(), QStringLiteral("FOLDER")}});
+    parser.process(application);
+    DesktopWorld::Options options;
+    options.agreed = false;
+    options.dpi = parser.value(QStringLiteral("dpi")).toInt();
+    if (parser.isSet(QStringLiteral("xft-dpi"))) {
+        options.resources = QStringLiteral("Xft.dpi: ") + parser.value(QStringLiteral("xft-dpi"));
+    }
+    Scenes scenes(parser.value(QStringLiteral("pictures")), options);
+    return scenes.Begin(parser.value(QStringLiteral("fonts")), parser.value(QStringLiteral("panel"))) &&
+                   scenes.Take()
+               ? 0
+               : 1;
+}

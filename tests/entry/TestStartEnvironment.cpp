@@ -1,0 +1,107 @@
+#include <QCoreApplication>
+#include <QTest>
+
+#include "entry/StartEnvironment.h"
+#include "support/Environment.h"
+
+class TestStartEnvironment : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void platformIsXWhereThereIsADisplay_data();
+    void platformIsXWhereThereIsADisplay();
+    void dotsPerInchFollowTheScreensOwnFactor_data();
+    void dotsPerInchFollowTheScreensOwnFactor();
+    void givenEnvironmentComesBack();
+    void openGlOfTheUsersChoiceIsKept();
+    void endGivesBackToo();
+};
+
+void TestStartEnvironment::platformIsXWhereThereIsADisplay_data()
+{
+    QTest::addColumn<QByteArray>("display");
+    QTest::addColumn<QByteArray>("platform");
+    QTest::addColumn<QByteArray>("seen");
+    QTest::newRow("display") << QByteArray(":1") << QByteArray() << QByteArray("xcb");
+    QTest::newRow("empty choice") << QByteArray(":1") << QByteArray("") << QByteArray("xcb");
+    QTest::newRow("user's choice") << QByteArray(":1") << QByteArray("wayland;xcb")
+                                   << QByteArray("wayland;xcb");
+    QTest::newRow("no display") << QByteArray() << QByteArray() << QByteArray();
+    QTest::newRow("empty display") << QByteArray("") << QByteArray() << QByteArray();
+}
+
+void TestStartEnvironment::platformIsXWhereThereIsADisplay()
+{
+    QFETCH(QByteArray, display);
+    QFETCH(QByteArray, platform);
+    QFETCH(QByteArray, seen);
+    const Variable displayNow("DISPLAY", display);
+    const Variable platformNow("QT_QPA_PLATFORM", platform);
+    const StartEnvironment environment;
+    QCOMPARE(qgetenv("QT_QPA_PLATFORM"), seen);
+}
+
+void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor_data()
+{
+    QTest::addColumn<QByteArray>("factors");
+    QTest::addColumn<QByteArray>("dpi");
+    QTest::newRow("none") << QByteArray() << QByteArray("96");
+    QTest::newRow("empty") << QByteArray("") << QByteArray("96");
+    QTest::newRow("one") << QByteArray("2") << QByteArray("192");
+    QTest::newRow("two") << QByteArray("1.25;1.25") << QByteArray("120");
+    QTest::newRow("by name") << QByteArray("eDP-1=1.5;HDMI-1=1.5;") << QByteArray("144");
+    QTest::newRow("nonsense") << QByteArray("eDP-1=large") << QByteArray("96");
+    QTest::newRow("zero") << QByteArray("0") << QByteArray("96");
+}
+
+void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor()
+{
+    QFETCH(QByteArray, factors);
+    QFETCH(QByteArray, dpi);
+    const Variable now("QT_SCREEN_SCALE_FACTORS", factors);
+    const StartEnvironment environment;
+    QCOMPARE(qgetenv("QT_FONT_DPI"), dpi);
+}
+
+void TestStartEnvironment::givenEnvironmentComesBack()
+{
+    const Variable display("DISPLAY", ":1");
+    const Variable platform("QT_QPA_PLATFORM", "");
+    const Variable dpi("QT_FONT_DPI", "120");
+    const Variable style("QT_STYLE_OVERRIDE", QByteArray());
+    const Variable openGl("QT_XCB_GL_INTEGRATION", QByteArray());
+    StartEnvironment environment;
+    QCOMPARE(qgetenv("QT_STYLE_OVERRIDE"), QByteArray("fusion"));
+    QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("none"));
+    environment.GiveBack();
+    QVERIFY(qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
+    QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray(""));
+    QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("120"));
+    QVERIFY(!qEnvironmentVariableIsSet("QT_STYLE_OVERRIDE"));
+    QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"));
+    // Once: what the program sets itself afterwards stays.
+    qputenv("QT_FONT_DPI", "100");
+    environment.GiveBack();
+    QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("100"));
+}
+
+void TestStartEnvironment::openGlOfTheUsersChoiceIsKept()
+{
+    const Variable openGl("QT_XCB_GL_INTEGRATION", "xcb_egl");
+    const StartEnvironment environment;
+    QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
+}
+
+void TestStartEnvironment::endGivesBackToo()
+{
+    const Variable dpi("QT_FONT_DPI", QByteArray());
+    {
+        const StartEnvironment environment;
+        QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("96"));
+    }
+    QVERIFY(!qEnvironmentVariableIsSet("QT_FONT_DPI"));
+}
+
+QTEST_APPLESS_MAIN(TestStartEnvironment)
+#include "TestStartEnvironment.moc"

@@ -1,0 +1,90 @@
+#include <QFontInfo>
+#include <QFontMetrics>
+#include <QRawFont>
+#include <QStyle>
+#include <QTest>
+
+#include "support/ProgramMain.h"
+
+namespace {
+const QString FAMILY = QStringLiteral("Noto Sans CJK SC");
+const QString POSTSCRIPT_NAME = QStringLiteral("NotoSansCJKsc-Regular");
+
+QFont Pixels(const QString& family, int size)
+{
+    QFont font(family);
+    font.setPixelSize(size);
+    return font;
+}
+
+bool IsMissing()
+{
+    return qEnvironmentVariableIsSet("VELODESK_TEST_WITHOUT_TYPEFACE");
+}
+} // namespace
+
+/// Run once on the machine as it is, and once where that family is missing.
+class TestTypeface : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void applicationHasItAtTwelvePixels();
+    void postscriptNameIsThatFace();
+    void pointsAreThoseOf96DotsPerInch();
+    void desktopDecidesNothing();
+    void textIsDrawnInOneFaceWithoutIt();
+};
+
+void TestTypeface::applicationHasItAtTwelvePixels()
+{
+    QCOMPARE(QApplication::font().family(), FAMILY);
+    QCOMPARE(QFontInfo(QApplication::font()).pixelSize(), 12);
+    QCOMPARE(QFontInfo(QApplication::font()).family() == FAMILY, !IsMissing());
+}
+
+void TestTypeface::postscriptNameIsThatFace()
+{
+    const QRawFont named = QRawFont::fromFont(Pixels(FAMILY, 14), QFontDatabase::SimplifiedChinese);
+    const QRawFont asked = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::SimplifiedChinese);
+    QVERIFY(named.isValid());
+    QCOMPARE(asked.familyName(), named.familyName());
+    QCOMPARE(asked.styleName(), named.styleName());
+    if (!IsMissing()) {
+        QCOMPARE(asked.familyName(), FAMILY);
+        // Latin letters too.
+        const QRawFont latin = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::Latin);
+        QCOMPARE(latin.familyName().toLower(), FAMILY.toLower());
+    }
+}
+
+void TestTypeface::pointsAreThoseOf96DotsPerInch()
+{
+    // The X server says 144.
+    QWidget widget;
+    QCOMPARE(widget.logicalDpiX(), 96);
+    QFont font(FAMILY);
+    font.setPointSize(9);
+    widget.setFont(font);
+    QCOMPARE(QFontInfo(widget.font()).pixelSize(), 12);
+}
+
+void TestTypeface::desktopDecidesNothing()
+{
+    QCOMPARE(QApplication::style()->objectName(), QStringLiteral("fusion"));
+    QCOMPARE(QApplication::palette().color(QPalette::Text), QColor(Qt::black));
+    QCOMPARE(QApplication::font("QMenu"), QApplication::font());
+}
+
+void TestTypeface::textIsDrawnInOneFaceWithoutIt()
+{
+    // Whatever comes out has the letters.
+    for (const QString& family : {FAMILY, POSTSCRIPT_NAME}) {
+        const QFontMetrics metrics(Pixels(family, 14));
+        QVERIFY(metrics.inFont(QLatin1Char('A')));
+        QVERIFY(metrics.horizontalAdvance(QStringLiteral("多屏协同")) > 0);
+    }
+}
+
+PROGRAM_TEST_MAIN(TestTypeface)
+#include "TestTypeface.moc"

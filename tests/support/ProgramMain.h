@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QApplication>
+#include <QTest>
+
+#include "entry/StartEnvironment.h"
+#include "shell/Typeface.h"
+
+/// Runs a test whose windows are to look as the program's do: Qt is set up as the program sets it up.
+template <typename Test>
+int RunAsProgram(int argc, char** argv)
+{
+    const StartEnvironment environment;
+    const QApplication application(argc, argv);
+    Typeface::UseEverywhere();
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#define PROGRAM_TEST_MAIN(TestClass)                                                                         \
+    int main(int argc, char** argv)                                                                          \
+    {                                                                                                        \
+        return RunAsProgram<TestClass>(argc, argv);                                                          \
+    }
