@@ -374,6 +374,16 @@ bool DesktopWorld::AddPanel(Qt::Edge edge, int thickness) const
     });
 }
 
+bool DesktopWorld::ManagerKeepsOffPanels() const
+{
+    return options.windowManager != QLatin1String("openbox");
+}
+
+bool DesktopWorld::ManagerKeepsOnScreen() const
+{
+    return ManagerKeepsOffPanels() && !options.windowManager.startsWith(QLatin1String("xfwm4"));
+}
+
 XDesktop::Window DesktopWorld::BigWindow() const
 {
     return FindWindow(BIG_CARD);

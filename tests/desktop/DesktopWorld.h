@@ -112,6 +112,10 @@ public:
     const XDesktop& Desktop() const;
     /// Adds a panel and waits until it has taken its room; false if it never does.
     bool AddPanel(Qt::Edge edge, int thickness) const;
+    /// Whether the window manager itself keeps windows out of panels, or on the screen, wherever a program
+    /// moves them.
+    bool ManagerKeepsOffPanels() const;
+    bool ManagerKeepsOnScreen() const;
 
     /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
     XDesktop::Window BigWindow() const;

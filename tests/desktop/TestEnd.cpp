@@ -154,9 +154,9 @@ void TestEnd::minimiseKeepsTheCast()
     BeginCast(QStringLiteral("report run\n"));
     const unsigned long id = world->BigWindow().id;
     world->ClickCard(MINIMISE_BUTTON);
-    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    VERIFY_SOON(!world->Desktop().IsOnShow(id));
     QCOMPARE(world->StartSecond(), 0);
-    VERIFY_SOON(world->Desktop().IsMapped(id) && world->ShowsCasting());
+    VERIFY_SOON(world->Desktop().IsOnShow(id) && world->ShowsCasting());
     QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
 }
 

@@ -165,7 +165,7 @@ void TestStart::minimisedAgreementKeepsItsTick()
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     const unsigned long id = world->BigWindow().id;
     world->ClickCard(MINIMISE_BUTTON);
-    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    VERIFY_SOON(!world->Desktop().IsOnShow(id));
     QCOMPARE(world->StartSecond(), 0);
     VERIFY_SOON(world->BigWindow().id == id && world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
 }
@@ -185,9 +185,9 @@ void TestStart::secondStartRaisesTheWindow()
     Begin(options);
     const unsigned long id = world->BigWindow().id;
     world->Desktop().Minimise(id);
-    VERIFY_SOON(!world->Desktop().IsMapped(id));
+    VERIFY_SOON(!world->Desktop().IsOnShow(id));
     QCOMPARE(world->StartSecond(), 0);
-    VERIFY_SOON(world->Desktop().IsMapped(id) && world->Desktop().ActiveWindow() == id);
+    VERIFY_SOON(world->Desktop().IsOnShow(id) && world->Desktop().ActiveWindow() == id);
     QCOMPARE(world->CountLog(QStringLiteral("Application already running.")), 2);
     QCOMPARE(world->CountLog(QStringLiteral("Active application.")), 1);
 }

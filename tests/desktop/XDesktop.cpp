@@ -268,22 +268,32 @@ void XDesktop::Minimise(unsigned long id) const
     x->SendToRoot(id, "WM_CHANGE_STATE", IconicState);
 }
 
-bool XDesktop::IsMapped(unsigned long id) const
+bool XDesktop::IsOnShow(unsigned long id) const
 {
-    return x->Viewable(id);
+    // One that composites may keep a minimised window mapped.
+    const QList<unsigned long> state = x->Longs(id, "WM_STATE");
+    return x->Viewable(id) && (state.isEmpty() || state.first() == NormalState);
 }
 
 unsigned long XDesktop::WindowUnderPointer() const
 {
     ::Window root = 0;
-    ::Window child = 0;
+    ::Window child = x->root;
     int rootX = 0;
     int rootY = 0;
     int x1 = 0;
     int y1 = 0;
     unsigned int held = 0;
-    XQueryPointer(x->display, x->root, &root, &child, &rootX, &rootY, &x1, &y1, &held);
-    return child;
+    // A window manager has windows of its own around and under the others.
+    while (child != 0) {
+        if (!x->Longs(child, "WM_STATE").isEmpty()) {
+            return child;
+        }
+        if (XQueryPointer(x->display, child, &root, &child, &rootX, &rootY, &x1, &y1, &held) == 0) {
+            return 0;
+        }
+    }
+    return 0;
 }
 
 void XDesktop::MoveTo(const QPoint& pos) const

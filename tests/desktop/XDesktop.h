@@ -48,9 +48,10 @@ public:
     void CloseWindow(unsigned long id) const;
     /// Asks the window manager to minimise a window (ICCCM).
     void Minimise(unsigned long id) const;
-    bool IsMapped(unsigned long id) const;
+    /// Mapped and not minimised.
+    bool IsOnShow(unsigned long id) const;
 
-    /// The id of the top-level window, frame included, that the pointer is over; 0 over the desktop.
+    /// The id of the program's window that the pointer is over; 0 over the desktop.
     unsigned long WindowUnderPointer() const;
 
     void MoveTo(const QPoint& pos) const;

@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QPainter>
 #include <csignal>
 #include <cstdio>
 
@@ -20,7 +21,8 @@
 using namespace Places;
 
 namespace {
-constexpr int LOOK_AGAIN_MS = 60;
+constexpr int LOOK_AGAIN_MS = 40;
+constexpr int LOOKS_AT_REST = 3;
 constexpr int LAST_PAGE_MS = 1000;
 constexpr int WHEEL_DOWN = 5;
 constexpr int NOTCHES = 4;
@@ -33,6 +35,9 @@ constexpr QRgb SMALL_GROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QPoint DOCUMENT_MIDDLE(300, 250);
 constexpr QPoint AGREEMENT_MIDDLE(448, 230);
 constexpr QPoint CARD_BLANK(40, 480);
+/// The picture of the state, on the card. It is stretched by two pixels, and where only a part of it is
+/// painted anew, some pixels come out one step of 255 lighter or darker.
+constexpr QRect STATUS_PICTURE(168 + 207, 44 + 118, 306, 192);
 
 const QStringList TYPED_NAMES{QStringLiteral("i"),
                               QStringLiteral("Study-PC_1"),
@@ -96,12 +101,13 @@ bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
 QImage Scenes::AtRest(const QRect& area) const
 {
     QImage last = world.Desktop().Area(area);
+    int equal = 0;
     DesktopWorld::WaitFor([&] {
         DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
         const QImage next = world.Desktop().Area(area);
-        const bool same = next == last;
+        equal = next == last ? equal + 1 : 0;
         last = next;
-        return same;
+        return equal == LOOKS_AT_REST;
     });
     return last;
 }
@@ -117,6 +123,9 @@ void Scenes::Save(const QString& name, QRect area)
                 picture.setPixel(x, y, 0);
             }
         }
+    }
+    if (name.startsWith(QLatin1String("name-"))) {
+        QPainter(&picture).fillRect(STATUS_PICTURE, Qt::black);
     }
     ++number;
     picture.save(
@@ -145,14 +154,17 @@ void Scenes::Scroll(const QString& name, const QPoint& where)
 {
     for (int page = 1;; ++page) {
         Keep(QStringLiteral("%1-%2").arg(name).arg(page));
-        const QImage before = world.Desktop().Area(CardRect());
+        // One by one: a busy program sees several as one, and a picture would come too early.
         for (int notch = 0; notch < NOTCHES; ++notch) {
+            const QImage before = world.Desktop().Area(CardRect());
             world.Desktop().Click(where, WHEEL_DOWN);
-        }
-        world.Desktop().MoveTo(world.OnCard(CARD_BLANK));
-        if (!DesktopWorld::WaitFor([&] { return world.Desktop().Area(CardRect()) != before; },
-                                   LAST_PAGE_MS)) {
-            return;
+            if (!DesktopWorld::WaitFor([&] { return world.Desktop().Area(CardRect()) != before; },
+                                       LAST_PAGE_MS)) {
+                if (notch > 0) {
+                    Keep(name + QStringLiteral("-end"));
+                }
+                return;
+            }
         }
     }
 }

@@ -232,8 +232,8 @@ bool Soak::MinimiseAndRaise()
 {
     const unsigned long id = world.BigWindow().id;
     world.ClickCard(MINIMISE_BUTTON);
-    return Soon([this, id] { return !world.Desktop().IsMapped(id); }) && world.StartSecond() == 0 &&
-           Soon([this, id] { return world.Desktop().IsMapped(id); });
+    return Soon([this, id] { return !world.Desktop().IsOnShow(id); }) && world.StartSecond() == 0 &&
+           Soon([this, id] { return world.Desktop().IsOnShow(id); });
 }
 
 bool Soak::Quit()
