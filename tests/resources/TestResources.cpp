@@ -10,7 +10,11 @@
 #include <QtTest>
 #include <cmath>
 
+#include "support/Pictures.h"
+
 namespace {
+/// Of 255. The renderers of three releases of Debian differ by less than two.
+constexpr int ROUNDING = 3;
 const QString PREFIX = QStringLiteral(":/velo/");
 const QStringList DOCUMENTS = {QStringLiteral("beginnerGuide"), QStringLiteral("freQuestions"),
                                QStringLiteral("serProtocal")};
@@ -112,6 +116,7 @@ private slots:
     void statesOfAButtonDiffer_data();
     void statesOfAButtonDiffer();
     void mastersGiveTheSamePixels();
+    void roundingIsNoChangeOfShapeOrColour();
     void documentsAreWellFormed_data();
     void documentsAreWellFormed();
     void documentsHoldTheirAddresses_data();
@@ -220,6 +225,24 @@ void TestResources::statesOfAButtonDiffer()
     }
 }
 
+void TestResources::roundingIsNoChangeOfShapeOrColour()
+{
+    const QImage icon(PREFIX + QStringLiteral("setNormal"));
+    QCOMPARE(LargestDifference(icon, icon), 0);
+    QImage rounded = icon.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QImage coloured = rounded;
+    const QPoint middle(icon.width() / 2, icon.height() / 2);
+    const QColor there = rounded.pixelColor(middle);
+    const auto shade = [&there](int by) {
+        return QColor(there.red(), (there.green() + by) % 256, there.blue());
+    };
+    rounded.setPixelColor(middle, shade(2));
+    coloured.setPixelColor(middle, shade(8));
+    QVERIFY(LargestDifference(icon, rounded) <= ROUNDING);
+    QVERIFY(LargestDifference(icon, coloured) > ROUNDING);
+    QVERIFY(LargestDifference(icon, rounded.copy(1, 0, icon.width(), icon.height())) > ROUNDING);
+}
+
 void TestResources::mastersGiveTheSamePixels()
 {
     const QString resources = QStringLiteral(VELODESK_SOURCE_DIR "/src/resources/");
@@ -233,8 +256,14 @@ void TestResources::mastersGiveTheSamePixels()
     QDirIterator files(rendered.path(), {QStringLiteral("*.png")}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString name = files.next().mid(rendered.path().size() + 1);
-        QVERIFY2(QImage(files.filePath()) == QImage(resources + QStringLiteral("pictures/") + name),
-                 qPrintable(name));
+        const QImage drawn(files.filePath());
+        const QImage kept(resources + QStringLiteral("pictures/") + name);
+        // Every release of the renderer rounds a little otherwise, and hints the letters in the
+        // illustrations.
+        const bool same = name.startsWith(QLatin1String("resource/"))
+                              ? FindDifference(drawn, kept).isEmpty()
+                              : LargestDifference(drawn, kept) <= ROUNDING;
+        QVERIFY2(same, qPrintable(name));
         ++compared;
     }
     QCOMPARE(compared, 62);

@@ -16,8 +16,3 @@ struct Portrait
 /// Every window, page and state in one of the two looks. Needs a display with room for the windows and a
 /// scratch home: it writes the settings file.
 QList<Portrait> TakePortraits(bool shadow);
-
-/// Where two pictures of one size differ, as a rectangle in pixels; an empty one if they look the same.
-/// Averages over small blocks are compared, so that another font rasteriser passes, and a widget that was
-/// moved or has another colour does not.
-QRect FindDifference(const QImage& one, const QImage& other);

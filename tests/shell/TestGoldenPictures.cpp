@@ -5,6 +5,7 @@
 #include <QtTest>
 
 #include "Portraits.h"
+#include "support/Pictures.h"
 #include "support/ProgramMain.h"
 
 namespace {

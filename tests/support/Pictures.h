@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QImage>
+#include <QRect>
+
+/// Where two pictures of one size differ, as a rectangle in pixels; an empty one if they look the same.
+/// Averages over small blocks are compared, so that another font rasteriser passes, and a widget that was
+/// moved or has another colour does not.
+QRect FindDifference(const QImage& one, const QImage& other);
+
+/// The largest difference of a channel of any pixel in two pictures of one size, of 255; 255 for two sizes.
+int LargestDifference(const QImage& one, const QImage& other);
