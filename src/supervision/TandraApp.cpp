@@ -16,5 +16,5 @@ void TandraApp::EventRunning()
     }
 }
 
-#include "moc_TandraApp.cpp"
 #include "moc_BaseApp.cpp"
+#include "moc_TandraApp.cpp"
