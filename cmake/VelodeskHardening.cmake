@@ -15,8 +15,9 @@ target_compile_definitions(velodesk_hardening INTERFACE $<$<CONFIG:Release>:_FOR
 target_link_options(velodesk_hardening INTERFACE
     "$<$<CONFIG:Release>:LINKER:-z,relro,-z,now,-z,noexecstack;LINKER:--build-id=sha1>")
 
-# A part of the program: with debug information, and the same whatever the folder in which it is built.
+# A part of the program: hardened, with debug information, and the same whatever the folder in which it is built.
 function(velodesk_ship target)
+    target_link_libraries(${target} PRIVATE velodesk_hardening)
     # The build folder lies within the sources: of two maps that fit, the later counts.
     set(maps -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/velodesk -ffile-prefix-map=${PROJECT_BINARY_DIR}=/velodesk/build)
     target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-g;${maps}>")

@@ -1,24 +1,29 @@
 # What every target of this project is compiled with; nothing here is global.
 add_library(velodesk_options INTERFACE)
-target_link_libraries(velodesk_options INTERFACE velodesk_hardening)
 target_compile_features(velodesk_options INTERFACE cxx_std_17)
-target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING 
+target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
     # Qt 5.11 is the oldest we write to: what a later one deprecates may still be the only way.
     QT_NO_DEPRECATED_WARNINGS)
 # format-y2k: the log's lines begin with a two-digit year.
 target_compile_options(velodesk_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wno-format-y2k -Werror
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wno-format-y2k
     -fvisibility=hidden -fvisibility-inlines-hidden)
+if(CMAKE_COMPILE_WARNING_AS_ERROR AND CMAKE_VERSION VERSION_LESS 3.24)
+    # Older releases do not know the variable.
+    target_compile_options(velodesk_options INTERFACE -Werror)
+endif()
 target_include_directories(velodesk_options INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/src)
 
-# A target of this project: our warnings, no compiler extensions, moc and uic where they are needed.
+# A target of this project: our warnings, no compiler extensions.
+#   velodesk_configure(TARGET [MOC_AND_UIC])   with MOC_AND_UIC for one with classes that have signals or forms
 function(velodesk_configure target)
+    cmake_parse_arguments(ARG "MOC_AND_UIC" "" "" ${ARGN})
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF
         CXX_STANDARD 17
         CXX_STANDARD_REQUIRED ON
-        AUTOMOC ON
-        AUTOUIC ON
+        AUTOMOC ${ARG_MOC_AND_UIC}
+        AUTOUIC ${ARG_MOC_AND_UIC}
         POSITION_INDEPENDENT_CODE ON)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "STATIC_LIBRARY")

@@ -1,10 +1,13 @@
 # Sourced by run, test, bench/run and .ci/run: says what it installs, and builds with progress.
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
-PACKAGES_TEST=(xvfb openbox xcompmgr libxtst-dev libsm-dev libice-dev bubblewrap dbus strace
-    fonts-noto-cjk fonts-noto-core xdg-user-dirs librsvg2-bin optipng python3-minimal)
+# What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
+PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk xdg-user-dirs)
+PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
+PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
+    optipng python3-minimal)
 
-# Window managers, a Wayland session and locales, for ./test --deep.
+# Window managers, a Wayland session, two monitors and locales, for ./test --deep.
 PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
@@ -16,6 +19,30 @@ PACKAGES_EMULATION=(qemu-user-static)
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
+
+# The compiler's cache and temporary files belong to the working copy, like everything else that is written.
+export CCACHE_DIR=${CCACHE_DIR-$PWD/.cache/ccache}
+export TMPDIR=$PWD/build/tmp
+mkdir -p "$TMPDIR"
+
+# The comment at the head of the script that has sourced this, after it went to the top of the working copy.
+head_comment() { (cd "${OLDPWD-.}" && sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"); }
+
+# Ends a script that was asked what it does.
+explain() {
+    case ${1-} in
+        --help | -h)
+            head_comment
+            exit 0
+            ;;
+    esac
+}
+
+# Ends a script that was called in a way it does not know.
+misused() {
+    head_comment >&2
+    exit 2
+}
 
 say() { printf '== %s\n' "$*"; }
 
@@ -47,14 +74,49 @@ enable_architecture() {
     fi
 }
 
-# Configures where that was not done yet, and builds what has changed.
-build() {
-    local preset=$1
+# Headers that are compiled once are as good as their text to the compiler's cache.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+
+# Whether the configured build in that folder has a setting, as CMake writes it: NAME:TYPE=VALUE.
+configured() { grep -qsx "$2" "build/$1/CMakeCache.txt"; }
+
+# Configures build/CONFIGURATION; what CMake says is shown where it fails. Further arguments go to CMake.
+configure() {
+    local configuration=$1
     shift
-    if [ ! -f "build/$preset/build.ninja" ]; then
-        say "configuring $preset"
-        cmake --preset "$preset"
+    say "configuring $configuration"
+    mkdir -p "build/$configuration"
+    if ! cmake -S . -B "build/$configuration" -G Ninja -C "cmake/configurations/$configuration.cmake" "$@" \
+        >"build/$configuration/configure.log" 2>&1; then
+        cat "build/$configuration/configure.log"
+        return 1
     fi
-    say "building $preset"
-    cmake --build --preset "$preset" "$@"
+}
+
+# Configures where that was not done yet, and builds what has changed. Further arguments go to the builder.
+build() {
+    local configuration=$1
+    shift
+    if [ ! -f "build/$configuration/build.ninja" ]; then
+        configure "$configuration" || return
+    elif configured "$configuration" VELODESK_BUILD_WALK:BOOL=ON && configured "$configuration" BUILD_TESTING:BOOL=OFF; then
+        # ./run was here and left the tests out.
+        configure "$configuration" -DBUILD_TESTING=ON || return
+    fi
+    say "building $configuration"
+    cmake --build "build/$configuration" "$@"
+}
+
+# Builds only what ./run runs.
+build_walk() {
+    [ -f build/release/build.ninja ] || configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
+    say "building the assistant, its stand-ins and what walks through it"
+    cmake --build build/release --target Velodesk standin-daemon standin-engine road
+}
+
+# Runs the tests of a configuration side by side. Arguments go to CTest.
+run_tests() {
+    local configuration=$1
+    shift
+    (cd "build/$configuration" && ctest --parallel "$(nproc)" --output-on-failure "$@")
 }

@@ -11,8 +11,17 @@
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
 constexpr off_t MAX_FILE_SIZE = 1048576;
+/// A section's name of half a megabyte and a comment at each of its keys would take a hundred gigabytes.
+constexpr std::size_t MAX_COMMENT_NAMES = std::size_t{256} * 1024 * 1024;
 constexpr char DEFAULT_SECTION[] = "default";
 constexpr char COMMENT_MARK = ';';
+
+const std::string& TextOf(const std::unordered_map<std::string, std::string>& texts, const std::string& name)
+{
+    static const std::string NONE;
+    const auto found = texts.find(name);
+    return found == texts.end() ? NONE : found->second;
+}
 } // namespace
 
 namespace Brevora {
@@ -53,6 +62,7 @@ int IniParser::LoadIniFile(const std::string& filePath)
 int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
 {
     std::string section = DEFAULT_SECTION;
+    Progress progress;
     std::vector<std::string> pendingComments;
     std::string line;
     while (std::getline(stream, line)) {
@@ -62,12 +72,17 @@ int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
             continue;
         }
         if (first != '[') {
-            if (ParsingKeyValuePairs(configFile, section, line) != 0) {
+            if (TakeKeyLine(configFile, section, progress, line) != 0) {
                 return -1;
             }
             continue;
         }
         section = line.substr(1, line.find(']') - 1);
+        progress.keys = nullptr;
+        progress.commentNames += pendingComments.size() * section.size();
+        if (progress.commentNames > MAX_COMMENT_NAMES) {
+            return -1;
+        }
         const std::size_t comment = line.find(COMMENT_MARK);
         if (comment != std::string::npos) {
             configFile.inlineComments[section] = line.substr(comment);
@@ -84,6 +99,13 @@ int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
 int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& section,
                                     const std::string& line) const
 {
+    Progress progress;
+    return TakeKeyLine(configFile, section, progress, line);
+}
+
+int IniParser::TakeKeyLine(ConfigFile& configFile, const std::string& section, Progress& progress,
+                           const std::string& line) const
+{
     const std::size_t equals = line.find('=');
     const std::size_t comment = line.find(COMMENT_MARK);
     std::string key = line.substr(0, equals);
@@ -96,12 +118,20 @@ int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& s
         value = line.substr(start, comment - start);
     }
     if (comment != std::string::npos) {
+        progress.commentNames += section.size();
+        if (progress.commentNames > MAX_COMMENT_NAMES) {
+            return -1;
+        }
         configFile.inlineComments[section + "/" + key] = line.substr(comment);
     }
     if (section.empty() || key.empty()) {
         return -1;
     }
-    configFile.sections[section][std::move(key)] = std::move(value);
+    // Not looked up for each key: a long name would be gone through every time.
+    if (progress.keys == nullptr) {
+        progress.keys = &configFile.sections[section];
+    }
+    (*progress.keys)[std::move(key)] = std::move(value);
     return 0;
 }
 
@@ -138,24 +168,28 @@ bool IniParser::CheckMapEmpty(const std::string& filePath, const std::string& se
 
 int IniParser::Save(const std::string& filePath)
 {
-    ConfigFile& configFile = files[filePath];
+    const ConfigFile& configFile = files[filePath];
     if (configFile.sections.empty()) {
         LOG_DEBUG("the config file is empty!");
         return -1;
     }
     LOG_INFO("ready to save %s.", filePath.c_str());
     std::ofstream stream(filePath, std::ios::out | std::ios::trunc);
+    const bool hasComments = !configFile.commentLines.empty() || !configFile.inlineComments.empty();
     for (const auto& [section, keys] : configFile.sections) {
         WriteComments(stream, configFile, section);
-        stream << '[' << section << ']' << configFile.inlineComments[section] << '\n' << std::flush;
+        stream << '[' << section << ']' << TextOf(configFile.inlineComments, section) << '\n' << std::flush;
         for (const auto& [key, value] : keys) {
-            const std::string path = std::string(section).append("/").append(key);
+            std::string path;
+            if (hasComments) {
+                path.append(section).append("/").append(key);
+            }
             // A comment can stand here only if it belongs to a section of that name; the key is then left
             // out.
-            if (!configFile.commentLines[path + "0"].empty()) {
+            if (hasComments && !TextOf(configFile.commentLines, path + "0").empty()) {
                 continue;
             }
-            stream << key << '=' << value << configFile.inlineComments[path] << '\n' << std::flush;
+            stream << key << '=' << value << TextOf(configFile.inlineComments, path) << '\n' << std::flush;
         }
     }
     stream.close();
@@ -238,10 +272,11 @@ void IniParser::SetKeyValue(const std::string& filePath, const std::string& sect
     SetKeyValue(filePath, section, key, std::string(value ? "true" : "false"));
 }
 
-void IniParser::WriteComments(std::ofstream& stream, ConfigFile& configFile, const std::string& section)
+void IniParser::WriteComments(std::ofstream& stream, const ConfigFile& configFile,
+                              const std::string& section) const
 {
     for (std::size_t i = 0;; ++i) {
-        const std::string& comment = configFile.commentLines[section + std::to_string(i)];
+        const std::string& comment = TextOf(configFile.commentLines, section + std::to_string(i));
         if (comment.empty()) {
             return;
         }

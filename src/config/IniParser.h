@@ -31,7 +31,9 @@ class IniParser
 public:
     static IniParser& GetInstance();
 
-    /// Parses a file of at most 1048576 bytes into the entry of that path, as spelled. 0, or -1.
+    /// Parses a file of at most 1048576 bytes into the entry of that path, as spelled. 0, or -1. Each comment
+    /// is kept under a name that holds its section's: a file in which these names take more than 256 MiB
+    /// counts as unreadable.
     int LoadIniFile(const std::string& filePath);
     /// 0, or -1 at the first line that cannot be.
     int ParseFile(std::ifstream& stream, ConfigFile& configFile);
@@ -67,7 +69,17 @@ public:
                      bool value);
 
 private:
-    void WriteComments(std::ofstream& stream, ConfigFile& configFile, const std::string& section);
+    /// How far the reading of a file has come: the keys of its section, once it has one, and the bytes of the
+    /// names of its comments.
+    struct Progress
+    {
+        std::unordered_map<std::string, std::string>* keys = nullptr;
+        std::size_t commentNames = 0;
+    };
+
+    int TakeKeyLine(ConfigFile& configFile, const std::string& section, Progress& progress,
+                    const std::string& line) const;
+    void WriteComments(std::ofstream& stream, const ConfigFile& configFile, const std::string& section) const;
 
     std::unordered_map<std::string, ConfigFile> files;
 };

@@ -108,3 +108,5 @@ int SingleApplication::NewAppConnected()
     ActivateWindow();
     return 0;
 }
+
+#include "moc_SingleApplication.cpp"

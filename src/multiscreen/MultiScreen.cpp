@@ -548,3 +548,5 @@ int MultiScreen::NameWidth(const QString& text) const
 {
     return fontMetrics().horizontalAdvance(text) + NAME_WIDTH_EXTRA;
 }
+
+#include "moc_MultiScreen.cpp"

@@ -95,24 +95,26 @@ int DirOperator::RemoveDir(const std::string& path) const
 
 int DirOperator::RemoveDirAll(const std::string& path, dirent* entry) const
 {
-    std::array<char, PATH_SIZE> joined{};
+    // Not on the stack, of which each level of directories takes a piece.
+    std::string joined(PATH_SIZE, '\0');
     const int length =
         snprintf_s(joined.data(), joined.size(), joined.size() - 1, "%s/%s", path.c_str(), entry->d_name);
     if (length < 0) {
         LOG_ERROR("remove dir failed %s for sprintf error", path.c_str());
         return length;
     }
-    LOG_DEBUG("removing dir, file path is %s", joined.data());
+    joined.resize(static_cast<std::size_t>(length));
+    LOG_DEBUG("removing dir, file path is %s", joined.c_str());
     if (entry->d_type == DT_DIR) {
-        const int result = RemoveDir(joined.data());
+        const int result = RemoveDir(joined);
         if (result < 0) {
             LOG_ERROR("RemoveDir failed, %s", path.c_str());
         }
         return result;
     }
-    const int result = unlink(joined.data());
+    const int result = unlink(joined.c_str());
     if (result != 0) {
-        LOG_ERROR("unlink failed, %s", joined.data());
+        LOG_ERROR("unlink failed, %s", joined.c_str());
     }
     return result;
 }

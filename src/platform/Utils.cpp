@@ -6,7 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <regex>
+#include <string_view>
 
 #include "platform/BoundedFunctions.h"
 #include "platform/Logger.h"
@@ -132,6 +132,61 @@ int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command
     return read;
 }
 
+bool IsDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+bool IsHexDigit(char byte)
+{
+    return IsDigit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
+}
+
+/// A decimal number from 0 to 255 without leading zeros.
+bool IsAddressNumber(std::string_view text)
+{
+    constexpr std::size_t MAX_DIGITS = 3;
+    constexpr int MAX_NUMBER = 255;
+    if (text.empty() || text.size() > MAX_DIGITS || (text.size() > 1 && text.front() == '0')) {
+        return false;
+    }
+    int number = 0;
+    for (const char byte : text) {
+        if (!IsDigit(byte)) {
+            return false;
+        }
+        number = 10 * number + (byte - '0');
+    }
+    return number <= MAX_NUMBER;
+}
+
+/// Finds a piece of text while bytes come and go at the end only, in a time that does not depend on the
+/// piece: after Knuth, Morris and Pratt.
+class Matcher
+{
+public:
+    explicit Matcher(const std::string& wanted) : piece(wanted), fallbacks(wanted.size())
+    {
+        for (std::size_t i = 1; i < piece.size(); ++i) {
+            fallbacks[i] = Next(fallbacks[i - 1], piece[i]);
+        }
+    }
+
+    /// How much of the piece stands at the end of a text, once `byte` follows on a text with `matched` bytes
+    /// of it, which are not all.
+    std::size_t Next(std::size_t matched, char byte) const
+    {
+        while (matched > 0 && piece[matched] != byte) {
+            matched = fallbacks[matched - 1];
+        }
+        return piece[matched] == byte ? matched + 1 : 0;
+    }
+
+private:
+    const std::string& piece;
+    std::vector<std::size_t> fallbacks;
+};
+
 /// What one call needs of the bus, freed in the order in which it has to be.
 struct BusCall
 {
@@ -163,8 +218,14 @@ std::vector<std::string> Utils::Split(std::string text, std::string delimiter)
 {
     std::vector<std::string> pieces;
     std::size_t start = 0;
-    for (std::size_t end = text.find(delimiter); end != std::string::npos && !delimiter.empty();
-         end = text.find(delimiter, start)) {
+    while (!delimiter.empty()) {
+        // Not std::string's own search, which compares each place with the whole delimiter.
+        const void* found =
+            memmem(text.data() + start, text.size() - start, delimiter.data(), delimiter.size());
+        if (found == nullptr) {
+            break;
+        }
+        const auto end = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
         pieces.push_back(text.substr(start, end - start));
         start = end + delimiter.size();
     }
@@ -238,9 +299,24 @@ int Utils::ExecutePopenAndReturnByDbus(const std::string& command, std::string& 
 
 std::string Utils::DeleteSubStr(std::string text, std::string piece)
 {
-    for (std::size_t pos = text.find(piece); pos != std::string::npos; pos = text.find(piece)) {
-        text.erase(pos, piece.size());
+    // An empty piece is found every time, wherever it is deleted.
+    for (volatile bool isFound = piece.empty(); isFound;) {
     }
+    // What is left of the text so far never holds the piece, so the first occurrence in it is the one that
+    // the next byte completes. Each byte that is left keeps how much of the piece it ends.
+    const Matcher matcher(piece);
+    std::vector<std::size_t> matched;
+    matched.reserve(text.size());
+    std::size_t length = 0;
+    for (const char byte : text) {
+        text[length++] = byte;
+        matched.push_back(matcher.Next(matched.empty() ? 0 : matched.back(), byte));
+        if (matched.back() == piece.size()) {
+            length -= piece.size();
+            matched.resize(length);
+        }
+    }
+    text.resize(length);
     return text;
 }
 
@@ -268,36 +344,52 @@ bool Utils::IsValidUDID(const std::string& id)
     return id.size() <= MAX_UDID_LENGTH && id.find_first_not_of(VALID) == std::string::npos;
 }
 
+// The following go through the text by hand: the library's regular expressions take a piece of the stack for
+// each character.
+
 bool Utils::IsMacValid(const std::string& mac)
 {
-    if (mac.empty() || mac == "00:00:00:00:00:00" || mac == "FF:FF:FF:FF:FF:FF" ||
+    constexpr std::size_t LENGTH = 17;
+    constexpr std::size_t PAIR_AND_COLON = 3;
+    if (mac.size() != LENGTH || mac == "00:00:00:00:00:00" || mac == "FF:FF:FF:FF:FF:FF" ||
         mac == "ff:ff:ff:ff:ff:ff") {
         return false;
     }
-    static const std::regex pattern("[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:"
-                                    "[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]:[A-Fa-f0-9][A-Fa-f0-9]");
-    return std::regex_match(mac, pattern);
+    for (std::size_t i = 0; i < LENGTH; ++i) {
+        const bool isColonsPlace = i % PAIR_AND_COLON == PAIR_AND_COLON - 1;
+        if (isColonsPlace ? mac[i] != ':' : !IsHexDigit(mac[i])) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool Utils::IsStringAndNumberOnly(const std::string& text)
 {
-    static const std::regex pattern("\\w+");
-    return std::regex_match(text, pattern);
+    constexpr char VALID[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
+    return !text.empty() && text.find_first_not_of(VALID) == std::string::npos;
 }
 
 bool Utils::IsNumberOnly(const std::string& text)
 {
-    static const std::regex pattern("\\d+");
-    return std::regex_match(text, pattern);
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 bool Utils::IsIpValid(const std::string& ip)
 {
-    static const std::regex pattern("^(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|[1-9])\\."
-                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)\\."
-                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)\\."
-                                    "(1\\d{2}|2[0-4]\\d|25[0-5]|[1-9]\\d|\\d)$");
-    return std::regex_match(ip, pattern);
+    constexpr int NUMBERS = 4;
+    std::string_view rest = ip;
+    for (int i = 0; i < NUMBERS; ++i) {
+        const std::size_t dot = rest.find('.');
+        const bool isLast = i == NUMBERS - 1;
+        const std::string_view number = rest.substr(0, dot);
+        if (isLast != (dot == std::string_view::npos) || !IsAddressNumber(number) ||
+            (i == 0 && number == "0")) {
+            return false;
+        }
+        rest.remove_prefix(isLast ? rest.size() : dot + 1);
+    }
+    return true;
 }
 
 } // namespace Brevora

@@ -104,3 +104,5 @@ void AboutWin::InitConnect() const
     connect(ui->abtBackBtn, &QPushButton::clicked, dynamic_cast<VeloWin*>(parent()), &VeloWin::CloseAboutWin);
     connect(ui->proBackBtn, &QPushButton::clicked, this, &AboutWin::BackToAboutWin);
 }
+
+#include "moc_AboutWin.cpp"

@@ -98,3 +98,5 @@ void ExitWin::ApplyPlainLook(const QRect& area)
     ui->closeBtn->setStyleSheet(DialogStyle::CLOSE_BTN);
     SetFrameColor();
 }
+
+#include "moc_ExitWin.cpp"

@@ -168,3 +168,5 @@ void ProtocolWin::ApplyPlainLook(const QRect& area)
     ui->CloseBtn->setStyleSheet(CLOSE_BTN_STYLE);
     SetFrameColor();
 }
+
+#include "moc_ProtocolWin.cpp"

@@ -64,7 +64,7 @@ void SerProEdit::InitUi(QString path)
     }
     LOG_DEBUG("File %s open successful.", path.toUtf8().constData());
     const QByteArray bytes = file.readAll();
-    const int position = toPlainText().length();
+    const int position = TextLength();
     // constData() ends at the first zero byte, and so does the document.
     const QString html = ProcessHtmlLinkUrl(QString::fromUtf8(bytes.constData()));
 
@@ -93,24 +93,24 @@ QString SerProEdit::ProcessHtmlLinkUrl(const QString& text)
 {
     const QRegExp pattern(URL_PATTERN, Qt::CaseSensitive, QRegExp::RegExp);
     QString result;
-    QString rest = text;
-    for (int pos = pattern.indexIn(rest); pos != -1; pos = pattern.indexIn(rest)) {
-        const QString before = rest.left(pos);
+    int from = 0;
+    for (int pos = pattern.indexIn(text); pos != -1; pos = pattern.indexIn(text, from)) {
+        const QString before = text.mid(from, pos - from);
         result += before;
         append(before);
 
         UrlElem elem;
-        elem.start = toPlainText().length();
+        elem.start = TextLength();
         elem.url = pattern.cap(0);
         const QString link = GetLinkUrl(elem.url);
         result += link;
         append(link);
-        elem.end = toPlainText().length();
+        elem.end = TextLength();
         urlList.append(elem);
 
-        rest = rest.mid(pos + elem.url.length());
+        from = pos + elem.url.length();
     }
-    return result + rest;
+    return result + text.mid(from);
 }
 
 void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
@@ -124,3 +124,5 @@ void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
     // The press handler, on purpose: to the base class a release is a second press.
     QTextEdit::mousePressEvent(event);
 }
+
+#include "moc_SerProEdit.cpp"

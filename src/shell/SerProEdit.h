@@ -38,5 +38,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
+    /// The length of the view's plain text; the document counts one more mark at its end.
+    int TextLength() const { return document()->characterCount() - 1; }
+
     QList<UrlElem> urlList;
 };

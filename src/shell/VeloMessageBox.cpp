@@ -150,3 +150,5 @@ void VeloMessageBox::ApplyPlainLook(const QRect& area)
     ui->btnClose->setStyleSheet(DialogStyle::CLOSE_BTN);
     SetFrameColor();
 }
+
+#include "moc_VeloMessageBox.cpp"

@@ -399,3 +399,5 @@ void VeloWin::ShowExitWinCentred()
     exitWin->move(CentredCorner(geometry(), rect.bottomRight() - rect.topLeft()));
     exitWin->show();
 }
+
+#include "moc_VeloWin.cpp"

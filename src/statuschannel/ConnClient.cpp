@@ -97,3 +97,5 @@ void ConnClient::SendStatusOnce(char status)
         LOG_ERROR("Send message failed.");
     }
 }
+
+#include "moc_ConnClient.cpp"

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <atomic>
 #include <string>
 
 #include "statuschannel/AppMessage.h"
@@ -51,6 +52,7 @@ public slots:
 private:
     QLocalSocket localSocket;
     QString serverName;
-    AppStatus curStatus;
+    /// Set by any thread, read by the object's own.
+    std::atomic<AppStatus> curStatus;
     QTimer statusTimer;
 };

@@ -37,11 +37,14 @@ public slots:
     /// Reads all that the sending socket holds and parses it as one message; gives ParseMsg()'s result, or
     /// -1.
     int RecvMsg();
-    /// Notes that a client is gone.
+    /// Notes that a client is gone. Its socket lives as long as the server, but gives back all that only a
+    /// connection needs: less than 2 KiB are left of it.
     void RemoveConn() const;
 
 private:
     QString serverName;
     QLocalServer localServer;
     QString curStatus;
+    /// How many clients have gone.
+    mutable int gone = 0;
 };

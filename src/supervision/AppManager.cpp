@@ -13,6 +13,12 @@ AppManager::AppType Next(AppManager::AppType type)
 {
     return static_cast<AppManager::AppType>(type + 1);
 }
+
+/// The application of that type, whether the manager knows it at the moment or not.
+BaseApp* AppOf(AppManager::AppType type)
+{
+    return type == AppManager::TANDRA_APP ? Singleton<TandraApp>::GetInstance() : nullptr;
+}
 } // namespace
 
 AppManager::AppManager()
@@ -56,11 +62,11 @@ void AppManager::StopApp(AppType type, bool wait)
 
 void AppManager::StopAll()
 {
-    std::vector<QPointer<QSocketNotifier>> paused;
+    // A forgotten application comes back in its worker, with processes that live on the main thread.
+    PausedNotifiers paused;
     for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
-        if (const BaseApp* app = FindApp(type)) {
-            const auto notifiers = app->PauseNotifiers();
-            paused.insert(paused.end(), notifiers.begin(), notifiers.end());
+        if (const BaseApp* app = AppOf(type)) {
+            app->PauseNotifiers(paused);
         }
     }
     std::vector<std::shared_ptr<std::thread>> workers;
@@ -70,12 +76,7 @@ void AppManager::StopAll()
     for (const auto& worker : workers) {
         worker->join();
     }
-    // Those of a process that outlived the wait are still there, and its end has to be heard.
-    for (const auto& notifier : paused) {
-        if (notifier) {
-            notifier->setEnabled(true);
-        }
-    }
+    paused.Resume();
 }
 
 void AppManager::DeleteAll()
@@ -105,22 +106,24 @@ AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 
 void AppManager::InitAppMap()
 {
-    appMap[TANDRA_APP] = Singleton<TandraApp>::GetInstance();
+    appMap[TANDRA_APP] = AppOf(TANDRA_APP);
 }
 
 void AppManager::RegisterCallback()
 {
+    // The wiring of a forgotten application is still there when it comes back.
+    constexpr auto ONCE = Qt::UniqueConnection;
     for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
         const BaseApp* app = FindApp(type);
         if (app == nullptr) {
             continue;
         }
-        connect(app, &BaseApp::AppStarted, this, &AppManager::Started);
-        connect(app, &BaseApp::AppFinished, this, &AppManager::Finished);
-        connect(app, &BaseApp::AppError, this, &AppManager::Error);
-        connect(app, &BaseApp::AppEventInited, this, &AppManager::EventInited);
-        connect(app, &BaseApp::AppEventRunning, this, &AppManager::EventRunning);
-        connect(app, &BaseApp::AppEventStopped, this, &AppManager::EventStopped);
+        connect(app, &BaseApp::AppStarted, this, &AppManager::Started, ONCE);
+        connect(app, &BaseApp::AppFinished, this, &AppManager::Finished, ONCE);
+        connect(app, &BaseApp::AppError, this, &AppManager::Error, ONCE);
+        connect(app, &BaseApp::AppEventInited, this, &AppManager::EventInited, ONCE);
+        connect(app, &BaseApp::AppEventRunning, this, &AppManager::EventRunning, ONCE);
+        connect(app, &BaseApp::AppEventStopped, this, &AppManager::EventStopped, ONCE);
     }
 }
 
@@ -199,3 +202,5 @@ AppManager::AppType AppManager::SenderType() const
     const auto* app = qobject_cast<const BaseApp*>(sender());
     return app == nullptr ? APP_TYPE_END : GetTypeFromApp(*app);
 }
+
+#include "moc_AppManager.cpp"

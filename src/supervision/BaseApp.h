@@ -2,10 +2,9 @@
 
 #include <QMetaObject>
 #include <QObject>
-#include <QPointer>
 #include <QProcess>
-#include <QSocketNotifier>
 #include <QStringList>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "config/Constant.h"
 #include "platform/Logger.h"
 #include "statuschannel/ConnServer.h"
+#include "supervision/PausedNotifiers.h"
 
 /// One child application as the assistant sees it: a program with its arguments, the processes that run it,
 /// and a status server on which it reports what it is doing. Process events and reports become six signals.
@@ -74,7 +74,9 @@ public:
     virtual void Stop(bool wait)
     {
         ClearVector();
-        for (const auto& process : processVector) {
+        // A copy: the wait lets an end be heard, and who hears it may start the application anew.
+        const auto running = processVector;
+        for (const auto& process : running) {
             process->terminate();
             LOG_INFO("terminate process[%s]", name.c_str());
             if (!wait) {
@@ -89,7 +91,8 @@ public:
     }
 
     /// Forgets every process that does not run. One that is still starting counts as dead: it is destroyed,
-    /// and its `started` never comes.
+    /// and its `started` never comes. One in whose own signal this is called is destroyed as soon as that
+    /// signal has been delivered.
     void ClearVector()
     {
         const std::size_t before = processVector.size();
@@ -99,29 +102,21 @@ public:
                 ++at;
             } else {
                 UnregisterCallback(**at);
+                if (IsBeingHeard(**at)) {
+                    outlived.push_back(*at);
+                }
                 at = processVector.erase(at);
             }
         }
         LOG_INFO("delete %d invalid process", static_cast<int>(before - processVector.size()));
     }
 
-    /// The enabled socket notifiers of all processes, switched off. A wait on another thread deletes
-    /// notifiers that it cannot take out of the main thread's event loop; switched off, they are in no loop.
-    /// Main thread.
-    std::vector<QPointer<QSocketNotifier>> PauseNotifiers() const
+    /// Switches off the socket notifiers of all processes, before another thread waits for them. Main thread.
+    void PauseNotifiers(PausedNotifiers& paused) const
     {
-        std::vector<QPointer<QSocketNotifier>> paused;
         for (const auto& process : processVector) {
-            const auto notifiers =
-                process->findChildren<QSocketNotifier*>(QString(), Qt::FindDirectChildrenOnly);
-            for (QSocketNotifier* notifier : notifiers) {
-                if (notifier->isEnabled()) {
-                    notifier->setEnabled(false);
-                    paused.emplace_back(notifier);
-                }
-            }
+            paused.Pause(*process);
         }
-        return paused;
     }
 
 signals:
@@ -139,12 +134,14 @@ signals:
 public slots:
     virtual void Error(QProcess::ProcessError err)
     {
+        const Hearing hearing(*this);
         LOG_INFO("app[%s]error: %d", name.c_str(), static_cast<int>(err));
         emit AppError(err);
     }
 
     virtual void Started()
     {
+        const Hearing hearing(*this);
         LOG_INFO("app[%s] started", name.c_str());
         ++count;
         LOG_INFO("count is %d", count);
@@ -155,6 +152,7 @@ public slots:
 
     virtual void Finished(int exitCode)
     {
+        const Hearing hearing(*this);
         LOG_INFO("app[%s] finished: %d", name.c_str(), exitCode);
         if (count > 0) {
             --count;
@@ -182,6 +180,59 @@ public slots:
         LOG_INFO("app[%s] event stopped", name.c_str());
         emit AppEventStopped();
     }
+
+private:
+    /// Holds a process until the event loop is back where the process's signal came from.
+    class Holder : public QObject
+    {
+    public:
+        Holder(std::shared_ptr<QProcess> held, QObject* parent) : QObject(parent), process(std::move(held)) {}
+
+    private:
+        std::shared_ptr<QProcess> process;
+    };
+
+    /// Notes the process whose signal is being handled, for as long as a slot runs.
+    class Hearing
+    {
+    public:
+        explicit Hearing(BaseApp& owner) : app(owner)
+        {
+            app.heard.push_back(qobject_cast<QProcess*>(app.sender()));
+        }
+        ~Hearing()
+        {
+            app.heard.pop_back();
+            app.LetGo();
+        }
+        Hearing(const Hearing&) = delete;
+        Hearing& operator=(const Hearing&) = delete;
+
+    private:
+        BaseApp& app;
+    };
+
+    bool IsBeingHeard(const QProcess& process) const
+    {
+        return std::find(heard.begin(), heard.end(), &process) != heard.end();
+    }
+
+    /// Hands processes whose signals have been handled to the event loop. Not earlier: a deletion that is
+    /// asked for in a loop inside of the handler would happen in there.
+    void LetGo()
+    {
+        const auto done = std::stable_partition(
+            outlived.begin(), outlived.end(), [this](const auto& process) { return IsBeingHeard(*process); });
+        std::for_each(done, outlived.end(),
+                      [this](auto& process) { (new Holder(std::move(process), this))->deleteLater(); });
+        outlived.erase(done, outlived.end());
+    }
+
+    // In front of the processes: the destructor of one that is still starting is heard too.
+    /// The senders of the signals that are being handled, the innermost last.
+    std::vector<QProcess*> heard;
+    /// Forgotten while one of their signals was being handled.
+    std::vector<std::shared_ptr<QProcess>> outlived;
 
 protected:
     static constexpr char MODULE_TAG[] = "VELODESK";

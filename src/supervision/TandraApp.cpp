@@ -15,3 +15,6 @@ void TandraApp::EventRunning()
         emit AppEventRunning();
     }
 }
+
+#include "moc_TandraApp.cpp"
+#include "moc_BaseApp.cpp"

@@ -136,6 +136,9 @@ int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
     return replied;
 }
 
+// Older releases of systemd leave fields of these rows to be filled by the compiler.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable VTABLE[] = {
     SD_BUS_VTABLE_START(0),
     SD_BUS_METHOD("velodeskd", "s", "s", OnCommand, SD_BUS_VTABLE_UNPRIVILEGED),
@@ -146,6 +149,7 @@ const sd_bus_vtable WRONG_TYPE_VTABLE[] = {
     SD_BUS_METHOD("velodeskd", "s", "i", OnCommand, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END,
 };
+#pragma GCC diagnostic pop
 
 bool Serve(Daemon& daemon)
 {

@@ -56,6 +56,9 @@ void Engine::Terminate()
         client->AppStop();
     }
     QTimer::singleShot(LAST_REPORT_MS, this, [this] {
+        phone.disconnect();
+        phone.kill();
+        phone.waitForFinished();
         Note(QStringLiteral("ended"));
         QCoreApplication::quit();
     });
@@ -113,6 +116,8 @@ bool Engine::Do(const QString& verb, const QString& rest)
         timer->start(rest.section(QLatin1Char(' '), -1).toInt());
     } else if (verb == QLatin1String("drop")) {
         client->DisConnect();
+    } else if (verb == QLatin1String("show")) {
+        Show();
     } else if (verb == QLatin1String("ignore-terminate")) {
         ignoresTerminate = true;
     } else if (verb == QLatin1String("exit")) {
@@ -180,3 +185,15 @@ void Engine::Linger() const
     sleep(LINGER_S);
     _exit(0);
 }
+
+void Engine::Show()
+{
+    connect(&phone, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this, [this] {
+        Note(QStringLiteral("window closed"));
+        Terminate();
+    });
+    phone.setProcessChannelMode(QProcess::ForwardedChannels);
+    phone.start(QCoreApplication::applicationDirPath() + QStringLiteral("/standin-phone"), QStringList());
+}
+
+#include "moc_Engine.cpp"

@@ -3,6 +3,7 @@
 #include <QFileSystemWatcher>
 #include <QLocalSocket>
 #include <QObject>
+#include <QProcess>
 #include <QStringList>
 #include <memory>
 
@@ -22,6 +23,8 @@
 ///   connections COUNT      makes that many connections one after the other, each closed at once
 ///   linger                 leaves a child behind that ignores the termination request for a minute
 ///   drop                   closes the ConnClient's connection; its next repeat makes a new one
+///   show                   shows a drawn phone in a window of its own until the engine ends; closing it ends
+///                          the engine as a termination request does
 ///   ignore-terminate       from then on a termination request changes nothing
 ///   exit CODE | crash      ends this process
 /// What happens goes to "standin-engine.events" in the home: nanoseconds of the monotonic clock, and a word
@@ -56,11 +59,13 @@ private:
     void Connect(QLocalSocket& socket) const;
     void MakeConnections(int count) const;
     void Linger() const;
+    void Show();
 
     QString home;
     QStringList script;
     std::unique_ptr<ConnClient> client;
     QLocalSocket rawSocket;
+    QProcess phone;
     QFileSystemWatcher watcher;
     QString awaited;
     bool ignoresTerminate = false;

@@ -48,6 +48,10 @@ private slots:
     void cleanup();
 
     void instanceIsOne();
+    void longSectionNameTakesNoLongerThanAnyOtherText_data();
+    void longSectionNameTakesNoLongerThanAnyOtherText();
+    void commentsWithEndlessNamesMakeTheFileUnreadable_data();
+    void commentsWithEndlessNamesMakeTheFileUnreadable();
     void sizeIsBounded_data();
     void sizeIsBounded();
     void missingFileCountsAsOversize();
@@ -833,6 +837,55 @@ void TestIniParser::everyTextIsReadAndSavedByTheRules()
     }
     QVERIFY2(valid > TEXTS / 5, qPrintable(QString::number(valid)));
     QVERIFY2(valid < TEXTS, qPrintable(QString::number(valid)));
+}
+
+void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText_data()
+{
+    QTest::addColumn<int>("name");
+    QTest::newRow("short") << 1;
+    QTest::newRow("long") << 500 * 1024;
+}
+
+void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText()
+{
+    QFETCH(int, name);
+    constexpr int LENGTH = 1020 * 1024;
+    constexpr qint64 ALLOWED_MS = 20000;
+    const QByteArray section(name, 's');
+    QByteArray text = '[' + section + "]\n";
+    for (int i = 0; text.size() < LENGTH; ++i) {
+        text += QByteArray::number(i) + "=1\n";
+    }
+    WriteAll(path, text);
+    QElapsedTimer timer;
+    timer.start();
+    parser->SetKeyValue(Path(), section.toStdString(), "0", 2);
+    QCOMPARE(parser->GetKeyValueInt(Path(), section.toStdString(), "0"), 2);
+    QCOMPARE(parser->GetKeyValueInt(Path(), section.toStdString(), "7"), 1);
+    QVERIFY2(timer.elapsed() < ALLOWED_MS, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestIniParser::commentsWithEndlessNamesMakeTheFileUnreadable_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    // Each comment is known under a name that holds the section's.
+    QTest::newRow("at keys") << QByteArray() << QByteArray("a=;\n").repeated(600);
+    QTest::newRow("in lines") << QByteArray(";\n").repeated(600) << QByteArray("a=1\n");
+}
+
+void TestIniParser::commentsWithEndlessNamesMakeTheFileUnreadable()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    const QByteArray most = before + '[' + QByteArray(400 * 1024, 's') + "]\n" + after;
+    WriteAll(path, most);
+    QCOMPARE(parser->LoadIniFile(Path()), 0);
+    const QByteArray more = before + '[' + QByteArray(500 * 1024, 's') + "]\n" + after;
+    WriteAll(path, more);
+    QCOMPARE(parser->LoadIniFile(Path()), -1);
+    parser->SetKeyValue(Path(), "a", "b", "c");
+    QVERIFY(ReadAll(path) == more);
 }
 
 QTEST_GUILESS_MAIN(TestIniParser)

@@ -1,12 +1,13 @@
 // The servers of a DesktopWorld: display, window manager, compositor, buses.
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 
 #include "DesktopWorld.h"
 
 namespace {
-constexpr int STARTED_MS = DesktopWorld::PATIENCE_MS;
+constexpr int STARTED_MS = 120000;
 
 constexpr char BUS_CONFIGURATION[] =
     R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -101,6 +102,7 @@ QString DesktopWorld::StartXvfb()
         arguments << QStringLiteral("-dpi") << QString::number(options.dpi);
     }
     server.setProcessEnvironment(environment);
+    KeepMessages(server, QProcess::StandardError);
     server.start(QStringLiteral("Xvfb"), arguments);
     const QString number = FirstLine(server);
     return number.isEmpty() ? number : QLatin1Char(':') + number;
@@ -116,7 +118,7 @@ QString DesktopWorld::StartXorg()
     file.write(TWO_MONITORS);
     file.close();
     server.setProcessEnvironment(environment);
-    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    KeepMessages(server, QProcess::StandardError);
     // Not by its wrapper, which lets nobody in who sits at no console.
     server.start(QStringLiteral("/usr/lib/xorg/Xorg"),
                  {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-config"), path,
@@ -151,6 +153,8 @@ bool DesktopWorld::AddMonitor() const
 QString DesktopWorld::StartWeston()
 {
     const QString socket = QStringLiteral("wayland-0");
+    // It wants the folder of the X servers' sockets to be there, which the first of them makes elsewhere.
+    QDir(QStringLiteral("/tmp")).mkdir(QStringLiteral(".X11-unix"));
     server.setProcessEnvironment(environment);
     server.setProcessChannelMode(QProcess::MergedChannels);
     server.start(QStringLiteral("weston"),
@@ -172,13 +176,15 @@ QString DesktopWorld::StartWeston()
 QString DesktopWorld::StartManager()
 {
     windowManager.setProcessEnvironment(environment);
+    KeepMessages(windowManager, QProcess::StandardOutput);
     const QStringList manager = QProcess::splitCommand(options.windowManager);
     windowManager.start(manager.first(), manager.mid(1));
-    if (!WaitFor([this] { return desktop->HasWindowManager(); })) {
+    if (!WaitFor([this] { return desktop->HasWindowManager() && desktop->ManagesWindows(); })) {
         return options.windowManager + QStringLiteral(" does not start: ") + windowManager.errorString();
     }
     if (options.compositor && !desktop->HasCompositor()) {
         compositor.setProcessEnvironment(environment);
+        KeepMessages(compositor, QProcess::StandardOutput);
         compositor.start(QStringLiteral("xcompmgr"), {QStringLiteral("-n")});
         if (!WaitFor([this] { return desktop->HasCompositor(); })) {
             return QStringLiteral("xcompmgr does not start: ") + compositor.errorString();
@@ -198,6 +204,7 @@ QString DesktopWorld::StartBus(QProcess& bus, const QString& type, const QString
         QString::fromLatin1(BUS_CONFIGURATION).arg(type, scratch.filePath(QStringLiteral("run"))).toUtf8());
     file.close();
     bus.setProcessEnvironment(environment);
+    KeepMessages(bus, QProcess::StandardError);
     bus.start(QStringLiteral("dbus-daemon"),
               {QStringLiteral("--config-file=") + path, QStringLiteral("--nofork"),
                QStringLiteral("--nopidfile"), QStringLiteral("--print-address=1")});

@@ -14,8 +14,6 @@ using namespace Places;
 /// windows.
 class DesktopTest : public QObject
 {
-    Q_OBJECT
-
 protected:
     /// Makes a world, and starts the assistant in it unless that is left to the test.
     void Begin(const DesktopWorld::Options& options = {}, bool start = true)

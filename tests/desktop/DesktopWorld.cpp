@@ -11,13 +11,14 @@
 #include <csignal>
 #include <unistd.h>
 
+#include "Patience.h"
 #include "Places.h"
 
 namespace {
 constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
 constexpr int LOOK_AGAIN_MS = 5;
-constexpr int STARTED_MS = DesktopWorld::PATIENCE_MS;
-constexpr int ENDED_MS = 5000;
+constexpr int STARTED_MS = 120000;
+constexpr int ENDED_MS = 20000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
 constexpr QPoint SMALL_CARD_BLANK(20, 100);
@@ -47,6 +48,21 @@ void End(QProcess& process)
         process.kill();
         process.waitForFinished(ENDED_MS);
     }
+}
+
+/// Why the last wait was given up.
+QString& GivenUp()
+{
+    static QString reason;
+    return reason;
+}
+
+bool WaitForEnd(QProcess& process, int milliseconds = -1)
+{
+    // The world's own way to wait: it knows when there is no sense in it any more.
+    return DesktopWorld::WaitFor(
+        [&process] { return process.state() == QProcess::NotRunning || process.waitForFinished(0); },
+        milliseconds);
 }
 
 /// An /etc of links and binds in which only lsb-release is another.
@@ -106,6 +122,9 @@ DesktopWorld::DesktopWorld(Options wanted)
       scratch(QDir::tempPath() + QStringLiteral("/velodesk-XXXXXX")),
       environment(QProcessEnvironment::systemEnvironment())
 {
+    if (options.messages.isEmpty()) {
+        options.messages = scratch.filePath(QStringLiteral("messages"));
+    }
     for (const QString& name : {QStringLiteral("home"), QStringLiteral("run"), QStringLiteral("tmp")}) {
         QDir(scratch.path()).mkdir(name);
         QFile::setPermissions(scratch.filePath(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -138,6 +157,7 @@ DesktopWorld::~DesktopWorld()
         kill(static_cast<pid_t>(pid), SIGKILL);
         daemon.waitForFinished(ENDED_MS);
     }
+    EndEngines();
     desktop.reset();
     for (QProcess* process : {&daemon, &compositor, &windowManager, &server, &sessionBus, &systemBus}) {
         End(*process);
@@ -164,7 +184,7 @@ bool DesktopWorld::StartAssistant(const QStringList& daemonOptions)
               << scratch.filePath(QStringLiteral("daemon.events")) << daemonOptions << QStringLiteral("--")
               << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk");
     daemon.setProcessEnvironment(environment);
-    daemon.setProcessChannelMode(QProcess::ForwardedChannels);
+    KeepMessages(daemon, QProcess::StandardOutput);
     daemon.start(QStringLiteral("bwrap"), arguments);
     if (!daemon.waitForStarted(STARTED_MS)) {
         return false;
@@ -185,7 +205,7 @@ int DesktopWorld::StartSecond()
 int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& unset)
 {
     const auto process = LaunchProgram(arguments, unset);
-    if (!process->waitForFinished(STARTED_MS)) {
+    if (!WaitForEnd(*process)) {
         End(*process);
         return -1;
     }
@@ -201,7 +221,7 @@ std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& argumen
     }
     auto process = std::make_unique<QProcess>();
     process->setProcessEnvironment(changed);
-    process->setProcessChannelMode(QProcess::ForwardedChannels);
+    KeepMessages(*process, QProcess::StandardOutput);
     QStringList command = SandboxArguments();
     if (unset.contains(QStringLiteral("HOME"))) {
         // Without a home the program tries the root of the file system, which is the machine's own.
@@ -226,7 +246,7 @@ qint64 DesktopWorld::AssistantPid() const
 
 bool DesktopWorld::WaitForDaemonEnd(int milliseconds)
 {
-    return daemon.state() == QProcess::NotRunning || daemon.waitForFinished(milliseconds);
+    return WaitForEnd(daemon, milliseconds);
 }
 
 int DesktopWorld::DaemonStatus() const
@@ -391,13 +411,12 @@ XDesktop::Window DesktopWorld::MenuWindow() const
 
 XDesktop::Window DesktopWorld::FolderDialog() const
 {
-    const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
-    for (const XDesktop::Window& window : windows) {
-        if (window.title == QStringLiteral("选择文件夹")) {
-            return window;
-        }
-    }
-    return {0, QRect(), QString()};
+    return TitledWindow(QStringLiteral("选择文件夹"));
+}
+
+XDesktop::Window DesktopWorld::EngineWindow() const
+{
+    return TitledWindow(QStringLiteral("投屏引擎替身"));
 }
 
 QPoint DesktopWorld::OnCard(const QPoint& pos) const
@@ -508,8 +527,10 @@ bool DesktopWorld::BigCardIsDrawn() const
 bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseconds)
 {
     const QDeadlineTimer deadline(milliseconds);
+    Patience patience;
     while (!condition()) {
-        if (deadline.hasExpired()) {
+        if (milliseconds == PATIENCE_MS ? patience.IsOver() : deadline.hasExpired()) {
+            GivenUp() = patience.Reason();
             return false;
         }
         QCoreApplication::processEvents();
@@ -520,7 +541,7 @@ bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseco
 
 QString DesktopWorld::Describe() const
 {
-    QStringList lines{QStringLiteral("seen at that moment:")};
+    QStringList lines{GivenUp(), QStringLiteral("seen at that moment:")};
     const qint64 pid = AssistantPid();
     // The server may be gone by now.
     const QList<XDesktop::Window> windows =
@@ -534,6 +555,9 @@ QString DesktopWorld::Describe() const
                      .arg(window.rect.height())
                      .arg(window.title);
     }
+    if (desktop != nullptr) {
+        lines += QStringLiteral("all windows on show: %1").arg(desktop->WindowsOf(0).size());
+    }
     lines += QStringLiteral("program: ") + ProcessState(pid);
     lines += QStringLiteral("window manager: ") + ProcessState(windowManager.processId());
     lines += QStringLiteral("X server: ") + ProcessState(server.processId());
@@ -543,7 +567,14 @@ QString DesktopWorld::Describe() const
     for (const Event& event : EngineEvents()) {
         lines += QStringLiteral("engine: ") + event.what;
     }
-    return (lines + Log()).join(QLatin1Char('\n'));
+    lines += Log();
+    lines += QStringLiteral("said:\n") + Messages();
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString DesktopWorld::Messages() const
+{
+    return Content(options.messages);
 }
 
 bool DesktopWorld::SaveScreen(const QString& path) const
@@ -559,6 +590,8 @@ void DesktopWorld::Stage() const
     QFile::copy(BuiltProgram(QStringLiteral("Velodesk")), InstalledDir() + QStringLiteral("/bin/Velodesk"));
     QFile::copy(BuiltProgram(QStringLiteral("standin-engine")),
                 InstalledDir() + QStringLiteral("/tandra/bin/Tandra"));
+    QFile::copy(BuiltProgram(QStringLiteral("standin-phone")),
+                InstalledDir() + QStringLiteral("/tandra/bin/standin-phone"));
     QFile::copy(BuiltProgram(QStringLiteral("standin-daemon")),
                 scratch.filePath(QStringLiteral("standin-daemon")));
 }
@@ -613,6 +646,42 @@ XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
     const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
     for (const XDesktop::Window& window : windows) {
         if (window.rect.size() == WithMargins(cardSize)) {
+            return window;
+        }
+    }
+    return {0, QRect(), QString()};
+}
+
+void DesktopWorld::KeepMessages(QProcess& process, QProcess::ProcessChannel first) const
+{
+    process.setStandardErrorFile(options.messages, QIODevice::Append);
+    if (first == QProcess::StandardOutput) {
+        process.setStandardOutputFile(options.messages, QIODevice::Append);
+    }
+}
+
+void DesktopWorld::EndEngines() const
+{
+    // An engine outlives an assistant that was killed, and what it leaves behind outlives the engine.
+    for (const Event& event : EngineEvents()) {
+        QString pid;
+        if (event.what.startsWith(QLatin1String("started "))) {
+            pid = event.what.section(QLatin1Char(' '), 1, 1);
+        } else if (event.what.startsWith(QLatin1String("left behind "))) {
+            pid = event.what.section(QLatin1Char(' '), 2, 2);
+        }
+        // The number may be another's by now.
+        if (Content(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() == QLatin1String("Tandra")) {
+            kill(static_cast<pid_t>(pid.toLongLong()), SIGKILL);
+        }
+    }
+}
+
+XDesktop::Window DesktopWorld::TitledWindow(const QString& title) const
+{
+    const QList<XDesktop::Window> windows = desktop->WindowsOf(0);
+    for (const XDesktop::Window& window : windows) {
+        if (window.title == title) {
             return window;
         }
     }

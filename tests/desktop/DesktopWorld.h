@@ -18,8 +18,8 @@
 class DesktopWorld
 {
 public:
-    /// Longer than anything takes on a machine that is busy with other things.
-    static constexpr int PATIENCE_MS = 30000;
+    /// As long as it takes: until nothing works any more, see Patience.
+    static constexpr int PATIENCE_MS = -1;
 
     struct Options
     {
@@ -44,6 +44,9 @@ public:
         bool agreed = true;
         /// The content of /etc/lsb-release; null for the machine's own.
         QString lsbRelease;
+        /// Where everything that is started here says what it has to say; by default a file of the world's
+        /// own.
+        QString messages;
         /// The root of another system, with the program installed in it, to run that program in; empty for
         /// the built program on this machine. It stays unchanged.
         QString root;
@@ -63,7 +66,7 @@ public:
 
     /// Starts the stand-in daemon, and through it the assistant, and waits until its window is drawn where it
     /// stands: it is shown first and moved to its place then, and what is not drawn there cannot be clicked.
-    /// False if it never is.
+    /// False if it ended before, or if it never is.
     bool StartAssistant(const QStringList& daemonOptions = {});
     /// Starts the assistant once more beside the first, waits for its end and gives its exit code.
     int StartSecond();
@@ -123,6 +126,8 @@ public:
     XDesktop::Window MenuWindow() const;
     /// Qt's own dialog for choosing a folder.
     XDesktop::Window FolderDialog() const;
+    /// The stand-in engine's drawn phone.
+    XDesktop::Window EngineWindow() const;
     /// Where a point of the big window's card stands on the screen.
     QPoint OnCard(const QPoint& pos) const;
     /// Where a point of the multi-screen page stands on the screen.
@@ -147,11 +152,15 @@ public:
     bool ShowsCasting() const;
     bool ShowsIdle() const;
 
-    /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`.
+    /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`, or
+    /// when there is no more to be waited for.
     static bool WaitFor(const std::function<bool()>& condition, int milliseconds = PATIENCE_MS);
 
     /// What can be told of the program at this moment, for the message of a test that fails.
     QString Describe() const;
+
+    /// What everything that was started here has said so far.
+    QString Messages() const;
 
     /// A screen picture for people.
     bool SaveScreen(const QString& path) const;
@@ -169,6 +178,9 @@ private:
     QStringList RootArguments() const;
     QStringList SandboxArguments() const;
     XDesktop::Window FindWindow(const QSize& cardSize) const;
+    XDesktop::Window TitledWindow(const QString& title) const;
+    void KeepMessages(QProcess& process, QProcess::ProcessChannel first) const;
+    void EndEngines() const;
     QSize WithMargins(const QSize& cardSize) const;
     /// Where a point of a card stands, given the window's corner.
     QPoint OnWindow(const QPoint& corner, const QPoint& pos) const;

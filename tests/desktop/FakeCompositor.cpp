@@ -16,8 +16,12 @@ int ReadActive(sd_bus*, const char*, const char*, const char*, sd_bus_message* r
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+// Older releases of systemd leave fields of these rows to be filled by the compiler.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable COMPOSITING[] = {SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("active", "b", ReadActive, 0, 0),
                                      SD_BUS_VTABLE_END};
+#pragma GCC diagnostic pop
 #pragma GCC diagnostic pop
 } // namespace
 

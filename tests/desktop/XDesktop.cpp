@@ -1,5 +1,6 @@
 #include "XDesktop.h"
 
+#include <QElapsedTimer>
 #include <QThread>
 #include <vector>
 
@@ -14,6 +15,9 @@ struct XDesktop::Connection
 {
     Display* display = nullptr;
     ::Window root = 0;
+    /// The window that asks whether windows are managed; 0 while there is none.
+    ::Window probe = 0;
+    QElapsedTimer probeAge;
 
     /// Properties of format 32, as Xlib gives them.
     QList<unsigned long> Longs(::Window window, const char* name) const
@@ -131,6 +135,8 @@ int IgnoreError(Display*, XErrorEvent*)
 /// Long enough for a toolkit to see each step of a gesture on its own.
 constexpr unsigned long STEP_MS = 12;
 constexpr int DRAG_STEPS = 12;
+/// A window manager that has not taken charge of a window by then will not: it looks at the next one.
+constexpr int OVERLOOKED_MS = 200;
 } // namespace
 
 XDesktop::XDesktop(const QString& display) : x(std::make_unique<Connection>())
@@ -220,6 +226,23 @@ QRect XDesktop::WorkArea() const
     }
     return QRect(static_cast<int>(area[0]), static_cast<int>(area[1]), static_cast<int>(area[2]),
                  static_cast<int>(area[3]));
+}
+
+bool XDesktop::ManagesWindows() const
+{
+    const bool managed = x->probe != 0 && !x->Longs(x->probe, "WM_STATE").isEmpty();
+    const bool overlooked = x->probe != 0 && x->probeAge.hasExpired(OVERLOOKED_MS);
+    if (managed || overlooked) {
+        XDestroyWindow(x->display, x->probe);
+        x->probe = 0;
+    }
+    if (!managed && x->probe == 0) {
+        x->probe = XCreateSimpleWindow(x->display, x->root, 0, 0, 1, 1, 0, 0, 0);
+        XMapWindow(x->display, x->probe);
+        x->probeAge.start();
+    }
+    XSync(x->display, False);
+    return managed;
 }
 
 QList<XDesktop::Window> XDesktop::WindowsOf(qint64 pid) const

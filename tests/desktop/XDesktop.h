@@ -30,6 +30,10 @@ public:
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
+    /// Whether the window manager has taken charge of a window of our own (ICCCM), to be asked until it has:
+    /// one that still starts may leave lying what it finds.
+    bool ManagesWindows() const;
+
     /// Server-wide resources, such as "Xft.dpi: 144".
     void SetResources(const QString& resources) const;
     /// A panel that thick along an edge (EWMH), there as long as this object.

@@ -3,7 +3,9 @@
 //
 //   road --pictures DIR               on a virtual display, by itself
 //   road --pictures DIR --root ROOT   the same with the program that is installed in another system's root
-//   road --display DISPLAY            on a display with a person before it
+//   road --display DISPLAY DIR        on a display with a person before it
+//
+// What everything else says meanwhile goes to DIR/messages.log, and is shown where a stage fails.
 //
 // Exit status: 0 if the assistant ended with 0, the engine was stopped and the daemon was told.
 
@@ -28,23 +30,35 @@ void Interrupt(int)
 
 constexpr int LOOK_AGAIN_MS = 100;
 constexpr int INITIAL_NAME_LENGTH = 6;
+/// A cast that can be seen: the engine shows its phone.
+constexpr char VISIBLE_ENGINE[] = "report init\nwait 500\nreport run\nshow\n";
+
+/// Where everything that runs beside the assistant says what it has to say. Anew for each walk.
+QString MessagesBeside(const QString& pictures)
+{
+    const QDir directory(pictures);
+    directory.mkpath(QStringLiteral("."));
+    QFile::remove(directory.filePath(QStringLiteral("messages.log")));
+    return directory.absoluteFilePath(QStringLiteral("messages.log"));
+}
 
 class Road
 {
 public:
     explicit Road(const QString& pictures, const QString& root = {})
-        : directory(pictures), world(VirtualDesktop(root))
+        : directory(pictures), world(VirtualDesktop(root, MessagesBeside(pictures)))
     {}
 
     int Walk();
 
 private:
-    static DesktopWorld::Options VirtualDesktop(const QString& root)
+    static DesktopWorld::Options VirtualDesktop(const QString& root, const QString& messages)
     {
         DesktopWorld::Options options;
         options.root = root;
         options.compositor = true;
         options.agreed = false;
+        options.messages = messages;
         return options;
     }
 
@@ -77,6 +91,7 @@ bool Road::Stage(const QString& name, const std::function<bool()>& reached)
     return ok;
 }
 
+/// How it ended; true if in order.
 bool Ended(const DesktopWorld& world)
 {
     const auto engine = world.EngineEvents();
@@ -108,8 +123,10 @@ bool Road::WalkAgreement()
 
 bool Road::WalkCast()
 {
+    world.WriteEngineScript(QLatin1String(VISIBLE_ENGINE));
     world.ClickPage(CAST_BUTTON);
-    if (!Stage(QStringLiteral("casting"), [this] { return world.ShowsCasting(); })) {
+    if (!Stage(QStringLiteral("casting"), [this] { return world.ShowsCasting(); }) ||
+        !Stage(QStringLiteral("engine-window"), [this] { return world.EngineWindow().id != 0; })) {
         return false;
     }
     world.ClickPage(CAST_BUTTON);
@@ -189,20 +206,26 @@ bool Road::WalkQuit()
 
 int Road::Walk()
 {
-    directory.mkpath(QStringLiteral("."));
     const QString missing = world.Start();
     if (!missing.isEmpty()) {
         std::fprintf(stderr, "%s\n", qUtf8Printable(missing));
         return 1;
     }
-    const bool ok = world.StartAssistant() && WalkAgreement() && WalkCast() && WalkName() && WalkHelp() &&
-                    WalkSettings() && WalkAbout() && WalkQuit();
-    return Ended(world) && ok ? 0 : 1;
+    const bool walked = world.StartAssistant() && WalkAgreement() && WalkCast() && WalkName() && WalkHelp() &&
+                        WalkSettings() && WalkAbout() && WalkQuit();
+    if (!walked) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
+    }
+    const bool ended = Ended(world);
+    std::printf("what program, window manager and buses said: %s\n",
+                qUtf8Printable(directory.filePath(QStringLiteral("messages.log"))));
+    return walked && ended ? 0 : 1;
 }
 
-int RunForPerson(const QString& display)
+int RunForPerson(const QString& display, const QString& messages)
 {
     DesktopWorld::Options options;
+    options.messages = messages;
     options.display = display;
     options.agreed = false;
     DesktopWorld world(options);
@@ -211,7 +234,9 @@ int RunForPerson(const QString& display)
         std::fprintf(stderr, "%s\n", qUtf8Printable(missing));
         return 1;
     }
+    world.WriteEngineScript(QLatin1String(VISIBLE_ENGINE));
     if (!world.StartAssistant()) {
+        std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
         return 1;
     }
     // Ctrl-C ends it too, and leaves nothing behind.
@@ -219,6 +244,7 @@ int RunForPerson(const QString& display)
     std::signal(SIGTERM, Interrupt);
     while (interrupted == 0 && !world.WaitForDaemonEnd(LOOK_AGAIN_MS)) {
     }
+    std::printf("what program and buses said: %s\n", qUtf8Printable(messages));
     return Ended(world) ? 0 : 1;
 }
 } // namespace
@@ -234,9 +260,9 @@ int main(int argc, char** argv)
         arguments.at(3) == QLatin1String("--root")) {
         return Road(arguments.at(2), arguments.at(4)).Walk();
     }
-    if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--display")) {
-        return RunForPerson(arguments.at(2));
+    if (arguments.size() == 4 && arguments.at(1) == QLatin1String("--display")) {
+        return RunForPerson(arguments.at(2), MessagesBeside(arguments.at(3)));
     }
-    std::fprintf(stderr, "usage: road --pictures DIR [--root ROOT] | --display DISPLAY\n");
+    std::fprintf(stderr, "usage: road --pictures DIR [--root ROOT] | --display DISPLAY DIR\n");
     return 2;
 }

@@ -3,9 +3,9 @@
 //
 //   soak MINUTES [SEED]
 //
-// Prints actions a second, and memory and open descriptors at start and end. Exit status: 0 if the model
-// held, the program ended with 0 and neither memory nor descriptors grew beyond what a run of pages costs
-// once.
+// Prints a line a minute: memory, open descriptors, actions and casts so far; and at the end actions a
+// second. Exit status: 0 if the model held, the program ended with 0 and neither memory nor descriptors grew
+// beyond what a run of pages costs once.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -80,6 +80,13 @@ private:
         return QDir(QStringLiteral("/proc/%1/fd").arg(world.AssistantPid()))
             .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
             .size();
+    }
+
+    void SayHow(int minute, long memory, long descriptors, int actions) const
+    {
+        std::printf("minute %3d: memory (PSS) %6ld KiB, descriptors %3ld, actions %6d, casts %5d\n", minute,
+                    memory, descriptors, actions, casts);
+        std::fflush(stdout);
     }
 
     QRandomGenerator random;
@@ -294,7 +301,13 @@ int Soak::Run(int minutes)
     QElapsedTimer clock;
     clock.start();
     int actions = 0;
+    int told = 0;
+    SayHow(told, memory, descriptors, actions);
     for (; clock.elapsed() < qint64(minutes) * MS_PER_MINUTE; ++actions) {
+        if (clock.elapsed() >= qint64(told + 1) * MS_PER_MINUTE) {
+            ++told;
+            SayHow(told, Memory(), Descriptors(), actions);
+        }
         const auto& action = ACTIONS.at(static_cast<size_t>(Pick(static_cast<int>(ACTIONS.size()))));
         if (!(this->*action.second)() || !Agrees()) {
             std::fprintf(stderr, "the model does not hold: action %d, %s; wanted: %s, %s\n", actions,
@@ -311,8 +324,7 @@ int Soak::Run(int minutes)
     const long descriptorsAfter = Descriptors();
     std::printf("%d actions in %.0f s, %.1f a second, %d casts\n", actions, seconds, actions / seconds,
                 casts);
-    std::printf("memory (PSS): %ld KiB at the start, %ld KiB at the end\n", memory, memoryAfter);
-    std::printf("open descriptors: %ld at the start, %ld at the end\n", descriptors, descriptorsAfter);
+    SayHow(minutes, memoryAfter, descriptorsAfter, actions);
     const bool ended = Quit();
     std::printf("end: %s\n", ended ? "in order" : "NOT IN ORDER");
     return ended && memoryAfter - memory < MEMORY_GROWTH_KIB &&

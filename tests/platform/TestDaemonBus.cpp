@@ -6,6 +6,7 @@
 #include <QTest>
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
 #include <functional>
 #include <memory>
 #include <poll.h>
@@ -47,6 +48,8 @@ struct Between
     int newCallResult = 0;
     int pidResult = 0;
     bool replyIsLost = false;
+    bool textIsLost = false;
+    int callResult = 0;
     uint64_t timeout = 0;
     uint64_t asked = 0;
 };
@@ -242,11 +245,16 @@ int WrappedQuery(sd_bus_message* message, uint64_t mask,
                  sd_bus_creds** creds) __asm__("__wrap_sd_bus_query_sender_creds");
 int RealPid(sd_bus_creds* creds, pid_t* pid) __asm__("__real_sd_bus_creds_get_pid");
 int WrappedPid(sd_bus_creds* creds, pid_t* pid) __asm__("__wrap_sd_bus_creds_get_pid");
+int WrappedRead(sd_bus_message* message, const char* types, ...) __asm__("__wrap_sd_bus_message_read");
 
 int WrappedCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_error* error,
                 sd_bus_message** reply)
 {
     between.timeout = usec;
+    if (between.callResult < 0) {
+        // Without a word of why.
+        return between.callResult;
+    }
     const int result = RealCall(bus, message, usec, error, reply);
     if (between.replyIsLost) {
         *reply = sd_bus_message_unref(*reply);
@@ -273,6 +281,18 @@ int WrappedQuery(sd_bus_message* message, uint64_t mask, sd_bus_creds** creds)
 int WrappedPid(sd_bus_creds* creds, pid_t* pid)
 {
     return between.pidResult < 0 ? between.pidResult : RealPid(creds, pid);
+}
+
+int WrappedRead(sd_bus_message* message, const char* types, ...)
+{
+    if (between.textIsLost) {
+        return 1;
+    }
+    va_list args;
+    va_start(args, types);
+    const int result = sd_bus_message_readv(message, types, args);
+    va_end(args);
+    return result;
 }
 
 class TestDaemonBus : public QObject
@@ -307,6 +327,8 @@ private slots:
     void senderThatIsGoneIsRefused();
     void senderWithoutAProcessIsRefused();
     void lostReplyIsRefused();
+    void answerWithoutItsTextIsEmpty();
+    void failureWithoutAReasonHasNone();
     void callThatCannotBeMadeFails();
     void commandThatCannotBeSentFails();
     void connectionIsClosedEachTime_data();
@@ -625,6 +647,26 @@ void TestDaemonBus::lostReplyIsRefused()
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, std::string());
     QCOMPARE(Levels(), Errors({Refusal(-1, getpid())}));
+}
+
+void TestDaemonBus::answerWithoutItsTextIsEmpty()
+{
+    between.textIsLost = true;
+    const Server server(Text("done"));
+    const Outcome outcome = Call();
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.result, std::string());
+    QCOMPARE(Levels(), QStringList());
+}
+
+void TestDaemonBus::failureWithoutAReasonHasNone()
+{
+    between.callResult = -EIO;
+    const Outcome outcome = Call();
+    QCOMPARE(outcome.code, -EIO);
+    QCOMPARE(outcome.result, std::string());
+    QCOMPARE(outcome.error, std::string());
+    QCOMPARE(Levels(), Errors({QStringLiteral("Failed to call method, reason: ")}));
 }
 
 void TestDaemonBus::callThatCannotBeMadeFails()

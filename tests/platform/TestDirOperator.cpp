@@ -15,6 +15,7 @@
 #include "support/EveryLine.h"
 #include "support/Files.h"
 #include "support/PlainUser.h"
+#include "support/SmallStack.h"
 
 namespace {
 constexpr int CREATE_DIR_FAILED = 100;
@@ -77,6 +78,7 @@ private slots:
 
     void directoryIsRemovedWithAllThatItHolds();
     void everyRemovalIsToldBeforeItIsTried();
+    void deepDirectoriesTakeLittleOfTheStack();
     void missingDirectoryIsNotRemoved_data();
     void missingDirectoryIsNotRemoved();
     void linksAreRemovedAndNotFollowed();
@@ -369,6 +371,17 @@ void TestDirOperator::everyRemovalIsToldBeforeItIsTried()
     QCOMPARE(dirs.RemoveDir(Local(At("a"))), 0);
     const QString line = QStringLiteral("DEBUG UTILS removing dir, file path is %1");
     QCOMPARE(lines.Take(), QStringList({line.arg(At("a/b")), line.arg(At("a/b/file"))}));
+}
+
+void TestDirOperator::deepDirectoriesTakeLittleOfTheStack()
+{
+    constexpr int LEVELS = 60;
+    const QString top = At("top");
+    QVERIFY(QDir().mkpath(top + QStringLiteral("/level").repeated(LEVELS)));
+    int result = -1;
+    RunOnSmallStack([&] { result = dirs.RemoveDir(Local(top)); });
+    QCOMPARE(result, 0);
+    QVERIFY(!QFileInfo::exists(top));
 }
 
 void TestDirOperator::missingDirectoryIsNotRemoved_data()

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <cstdarg>
 #include <ctime>
 #include <limits>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "platform/BoundedFunctions.h"
 #include "platform/Logger.h"
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
@@ -19,6 +21,8 @@
 #include "support/PlainUser.h"
 
 namespace {
+bool printingFails = false;
+
 constexpr qint64 LIMIT = 33554432;
 constexpr int INFO = 2;
 constexpr int LONGEST_MESSAGE = 4095;
@@ -68,6 +72,24 @@ QString LineWith(const char* text)
 }
 } // namespace
 
+int WrappedPrint(char* dest, std::size_t destMax, std::size_t count, const char* format,
+                 ...) __asm__("__wrap__Z10snprintf_sPcmmPKcz");
+
+int WrappedPrint(char* dest, std::size_t destMax, std::size_t count, const char* format, ...)
+{
+    if (printingFails) {
+        return -1;
+    }
+    va_list args;
+    va_start(args, format);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    const int result = vsnprintf_s(dest, destMax, count, format, args);
+#pragma GCC diagnostic pop
+    va_end(args);
+    return result;
+}
+
 class TestLogger : public QObject
 {
     Q_OBJECT
@@ -84,6 +106,7 @@ private slots:
     void wordsOfAllLevels_data();
     void wordsOfAllLevels();
     void timeIsLocalAndToTheMicrosecond();
+    void timeThatCannotBeToldIsLeftOut();
     void lineIsOnDiskAtOnce();
     void textIsTakenAsBytes();
 
@@ -119,6 +142,7 @@ private slots:
 
     void plainFunctionsWriteTheirLevel_data();
     void plainFunctionsWriteTheirLevel();
+    void emptyMessageMakesALine();
     void plainFunctionsIgnoreNull_data();
     void plainFunctionsIgnoreNull();
     void percentSignsReachTheFileUnchanged();
@@ -251,6 +275,18 @@ void TestLogger::timeIsLocalAndToTheMicrosecond()
     told.setTimeSpec(Qt::UTC);
     told = told.addYears(100).addSecs(-(5 * 60 + 30) * 60);
     QVERIFY2(told >= before && told <= after, qPrintable(told.toString(Qt::ISODateWithMs)));
+}
+
+void TestLogger::timeThatCannotBeToldIsLeftOut()
+{
+    logger->Init(Local(path));
+    printingFails = true;
+    const std::string stamp = logger->GetTimestamp();
+    WriteText(*logger, "text");
+    printingFails = false;
+    QCOMPARE(stamp, std::string());
+    const QByteArray line = ReadAll(path);
+    QVERIFY2(line.startsWith("[] [INFO] ") && line.endsWith(": text\n"), line.constData());
 }
 
 void TestLogger::lineIsOnDiskAtOnce()
@@ -588,16 +624,20 @@ void TestLogger::overgrownTargetOfALinkIsNotTouched()
 }
 
 namespace {
-using PlainFunction = void (*)(const char*, const char*, const char*, ...);
+/// In a class of its own: Qt's columns hold no bare pointers to functions.
+struct PlainFunction
+{
+    void (*write)(const char*, const char*, const char*, ...);
+};
 
 void AddPlainFunctions()
 {
-    QTest::addColumn<PlainFunction>("write");
+    QTest::addColumn<PlainFunction>("function");
     QTest::addColumn<QString>("word");
-    QTest::newRow("debug") << &CLogDebug << QString();
-    QTest::newRow("info") << &CLogInfo << QStringLiteral("INFO");
-    QTest::newRow("warning") << &CLogWarn << QStringLiteral("WARNING");
-    QTest::newRow("error") << &CLogError << QStringLiteral("ERROR");
+    QTest::newRow("debug") << PlainFunction{&CLogDebug} << QString();
+    QTest::newRow("info") << PlainFunction{&CLogInfo} << QStringLiteral("INFO");
+    QTest::newRow("warning") << PlainFunction{&CLogWarn} << QStringLiteral("WARNING");
+    QTest::newRow("error") << PlainFunction{&CLogError} << QStringLiteral("ERROR");
 }
 } // namespace
 Q_DECLARE_METATYPE(PlainFunction)
@@ -609,13 +649,22 @@ void TestLogger::plainFunctionsWriteTheirLevel_data()
 
 void TestLogger::plainFunctionsWriteTheirLevel()
 {
-    QFETCH(PlainFunction, write);
+    QFETCH(PlainFunction, function);
     QFETCH(QString, word);
     const CapturedLog log;
-    write("TAG", "other.c", "%d of %s", 3, "four");
+    function.write("TAG", "other.c", "%d of %s", 3, "four");
     const QString wanted =
         word.isEmpty() ? QString() : QStringLiteral("[%1] [other.c:0] TAG: 3 of four\n").arg(word);
     QCOMPARE(Bare(ReadAll(log.Path())), wanted);
+}
+
+void TestLogger::emptyMessageMakesALine()
+{
+    const CapturedLog log;
+    CLogInfo("TAG", "other.c", "%s", "");
+    QCOMPARE(Bare(ReadAll(log.Path())), QStringLiteral("[INFO] [other.c:0] TAG: \n"));
+    Singleton<Brevora::Logger>::GetInstance()->WriteLog(3, "File.cpp", 7, "TAG", "%s", "");
+    QCOMPARE(Bare(ReadAll(log.Path())).split(QLatin1Char('\n')).size(), 3);
 }
 
 void TestLogger::plainFunctionsIgnoreNull_data()
@@ -625,11 +674,11 @@ void TestLogger::plainFunctionsIgnoreNull_data()
 
 void TestLogger::plainFunctionsIgnoreNull()
 {
-    QFETCH(PlainFunction, write);
+    QFETCH(PlainFunction, function);
     const CapturedLog log;
-    write(nullptr, "other.c", "text");
-    write("TAG", nullptr, "text");
-    write("TAG", "other.c", nullptr);
+    function.write(nullptr, "other.c", "text");
+    function.write("TAG", nullptr, "text");
+    function.write("TAG", "other.c", nullptr);
     QCOMPARE(ReadAll(log.Path()), QByteArray());
 }
 

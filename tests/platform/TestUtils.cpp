@@ -8,6 +8,7 @@
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
+#include "support/SmallStack.h"
 
 using Brevora::Utils;
 
@@ -32,6 +33,26 @@ private:
     rlimit before{};
 };
 
+using Judge = bool (*)(const std::string&);
+
+// A sanitizer looks at each byte, and the memory is looked at several times.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::size_t LONG = std::size_t{1024} * 1024;
+#else
+constexpr std::size_t LONG = std::size_t{16} * 1024 * 1024;
+#endif
+/// Far more than one pass over a long text takes, and nothing beside a pass for each of its bytes.
+constexpr qint64 LONG_MS = 20000;
+
+std::string Repeated(const std::string& piece, std::size_t length)
+{
+    std::string text;
+    while (text.size() < length) {
+        text += piece;
+    }
+    return text;
+}
+
 using Runner = std::string (*)(const std::string&);
 
 /// Every row once for each of the two ways to run a command.
@@ -42,6 +63,8 @@ void AddForBoth(const char* name, const QByteArray& command, const QByteArray& o
 }
 } // namespace
 Q_DECLARE_METATYPE(Runner)
+Q_DECLARE_METATYPE(Judge)
+Q_DECLARE_METATYPE(std::string)
 
 int RealMemset(void* dest, std::size_t destMax, int value,
                std::size_t count) __asm__("__real__Z8memset_sPvmim");
@@ -78,6 +101,13 @@ private slots:
     void addressIsJudged();
     void everyNumberOfAnAddressIsJudged();
     void pathIsTheEnginesOwn();
+    void longTextIsJudgedAsAShortOne_data();
+    void longTextIsJudgedAsAShortOne();
+    void longTextIsTakenApart_data();
+    void longTextIsTakenApart();
+    void longTextLosesItsPieces_data();
+    void longTextLosesItsPieces();
+    void longTextBecomesHexadecimalPairs();
 
     void outputIsTrimmed_data();
     void outputIsTrimmed();
@@ -158,6 +188,97 @@ void TestUtils::everyOccurrenceIsDeleted()
     QFETCH(QString, text);
     QFETCH(QString, piece);
     QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), piece.toStdString())), "rest");
+}
+
+void TestUtils::longTextIsJudgedAsAShortOne_data()
+{
+    QTest::addColumn<Judge>("judge");
+    QTest::addColumn<std::string>("text");
+    QTest::addColumn<bool>("valid");
+    const std::string digits(LONG, '7');
+    const std::string word = Repeated("aZ0_", LONG);
+    QTest::newRow("number") << &Utils::IsNumberOnly << digits << true;
+    QTest::newRow("number but for its end") << &Utils::IsNumberOnly << digits + "a" << false;
+    QTest::newRow("word") << &Utils::IsStringAndNumberOnly << word << true;
+    QTest::newRow("word but for its end") << &Utils::IsStringAndNumberOnly << word + "-" << false;
+    QTest::newRow("identifier") << &Utils::IsValidUDID << word << false;
+    QTest::newRow("MAC") << &Utils::IsMacValid << Repeated("AA:", LONG) << false;
+    QTest::newRow("MAC of digits") << &Utils::IsMacValid << digits << false;
+    QTest::newRow("address of digits") << &Utils::IsIpValid << digits << false;
+    QTest::newRow("address of dots") << &Utils::IsIpValid << std::string(LONG, '.') << false;
+    QTest::newRow("address that goes on") << &Utils::IsIpValid << Repeated("1.", LONG) << false;
+    QTest::newRow("address with a long end") << &Utils::IsIpValid << "1.1.1." + digits << false;
+}
+
+void TestUtils::longTextIsJudgedAsAShortOne()
+{
+    QFETCH(Judge, judge);
+    QFETCH(std::string, text);
+    QFETCH(bool, valid);
+    bool judged = !valid;
+    const qint64 elapsed = RunOnSmallStack([&] { judged = judge(text); });
+    QCOMPARE(judged, valid);
+    QVERIFY2(elapsed < LONG_MS, qPrintable(QString::number(elapsed)));
+}
+
+void TestUtils::longTextIsTakenApart_data()
+{
+    QTest::addColumn<std::string>("text");
+    QTest::addColumn<std::string>("delimiter");
+    QTest::addColumn<int>("pieces");
+    const std::string same(LONG, 'a');
+    QTest::newRow("at every byte") << std::string(LONG / 8, 'a') << std::string("a")
+                                   << static_cast<int>(LONG / 8);
+    QTest::newRow("nowhere") << same << std::string("b") << 1;
+    QTest::newRow("nearly everywhere") << same << std::string(LONG / 4, 'a') + "b" << 1;
+    QTest::newRow("nearly everywhere, from its end") << same << "b" + std::string(LONG / 4, 'a') << 1;
+    QTest::newRow("at a long delimiter") << same << std::string(LONG / 4, 'a') << 4;
+}
+
+void TestUtils::longTextIsTakenApart()
+{
+    QFETCH(std::string, text);
+    QFETCH(std::string, delimiter);
+    std::vector<std::string> pieces;
+    const qint64 elapsed = RunOnSmallStack([&] { pieces = Utils::Split(text, delimiter); });
+    QTEST(static_cast<int>(pieces.size()), "pieces");
+    QVERIFY2(elapsed < LONG_MS, qPrintable(QString::number(elapsed)));
+}
+
+void TestUtils::longTextLosesItsPieces_data()
+{
+    QTest::addColumn<std::string>("text");
+    QTest::addColumn<std::string>("piece");
+    QTest::addColumn<std::string>("rest");
+    const std::string opening(LONG / 2, 'a');
+    const std::string closing(LONG / 2, 'b');
+    QTest::newRow("from its start on") << opening << std::string("a") << std::string();
+    QTest::newRow("from its middle on") << opening + closing << std::string("ab") << std::string();
+    QTest::newRow("all but one") << opening + "a" + closing << std::string("ab") << std::string("a");
+    QTest::newRow("none") << opening + closing << std::string("ba") << opening + closing;
+    QTest::newRow("a long one") << opening + closing << std::string(LONG / 4, 'a') << closing;
+    QTest::newRow("a long one that nearly fits")
+        << opening + closing << std::string(LONG / 4, 'a') + "c" << opening + closing;
+}
+
+void TestUtils::longTextLosesItsPieces()
+{
+    QFETCH(std::string, text);
+    QFETCH(std::string, piece);
+    QFETCH(std::string, rest);
+    std::string left;
+    const qint64 elapsed = RunOnSmallStack([&] { left = Utils::DeleteSubStr(text, piece); });
+    QVERIFY(left == rest);
+    QVERIFY2(elapsed < LONG_MS, qPrintable(QString::number(elapsed)));
+}
+
+void TestUtils::longTextBecomesHexadecimalPairs()
+{
+    const std::string text(LONG, '\xAB');
+    std::string pairs;
+    const qint64 elapsed = RunOnSmallStack([&] { pairs = Utils::String2HexString(text); });
+    QVERIFY(pairs == Repeated("ab", 2 * LONG));
+    QVERIFY2(elapsed < LONG_MS, qPrintable(QString::number(elapsed)));
 }
 
 void TestUtils::bytesBecomeHexadecimalPairs_data()

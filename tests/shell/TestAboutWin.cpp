@@ -109,9 +109,12 @@ void TestAboutWin::agreementOpensAtItsTop()
     auto* bar = view->verticalScrollBar();
     bar->setValue(bar->maximum());
     QVERIFY(bar->value() > 100);
+    view->moveCursor(QTextCursor::End);
     Click("proBackBtn");
     Click("proBtn");
     QCOMPARE(bar->value(), bar->minimum());
+    QCOMPARE(view->textCursor().position(), 0);
+    QVERIFY(!view->textCursor().hasSelection());
 }
 
 void TestAboutWin::headingAndDividerStandBeforeTheAgreement()

@@ -48,6 +48,7 @@ private slots:
     void textWithoutAddressComesBackAsItIs();
     void addressesAreFound_data();
     void addressesAreFound();
+    void manyAddressesTakeNoLongerThanTheirText();
     void spanIsMeasuredInTheView();
     void clickInsideTheSpanOpens_data();
     void clickInsideTheSpanOpens();
@@ -147,6 +148,18 @@ void TestSerProEdit::addressesAreFound()
     QFETCH(QString, text);
     QFETCH(QString, result);
     QCOMPARE(view->ProcessHtmlLinkUrl(text), result);
+}
+
+void TestSerProEdit::manyAddressesTakeNoLongerThanTheirText()
+{
+    constexpr int ADDRESSES = 40000;
+    constexpr qint64 ALLOWED_MS = 30000;
+    const QString text = QStringLiteral("http://a.bc ").repeated(ADDRESSES);
+    QElapsedTimer timer;
+    timer.start();
+    const QString result = view->ProcessHtmlLinkUrl(text);
+    QVERIFY2(timer.elapsed() < ALLOWED_MS, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(result.count(view->GetLinkUrl(QStringLiteral("http://a.bc"))), ADDRESSES);
 }
 
 void TestSerProEdit::spanIsMeasuredInTheView()

@@ -330,7 +330,7 @@ void TestShadow::windowOffTheDesktopComesBackUnclamped()
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
     probe.move(-500, 100);
-    probe.Place(QRect(-100, 50, 300, 168));
+    QCOMPARE(probe.Place(QRect(-100, 50, 300, 168)), 0);
     QCOMPARE(probe.geometry(), QRect(-120, 30, 340, 208));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(1, 1, 1, 1));
     // Still outside: the same again. From inside the next one clamps.
@@ -383,7 +383,7 @@ void TestShadow::fixedSizeClampsEvenOffTheDesktop()
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
     probe.move(-500, 100);
-    probe.Place(QRect(QPoint(-100, 60), CARD), true);
+    QCOMPARE(probe.Place(QRect(QPoint(-100, 60), CARD), true), 0);
     QCOMPARE(probe.geometry(), QRect(0, 40, 320, 208));
     QCOMPARE(probe.maximumSize(), QSize(320, 208));
 }

@@ -6,6 +6,7 @@
 #include <QListWidget>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QTest>
 #include <QTimer>
@@ -49,6 +50,9 @@ private slots:
     void questionStandsInTheMiddle();
     void confirmStopsThenQuitsThenTells();
     void dragKeepsTheCardOnTheScreen();
+    void dragIsHeldAtTheFarCorner();
+    void menuButtonLosesItsHoverLookWithTheMenu_data();
+    void menuButtonLosesItsHoverLookWithTheMenu();
     void bandEndsAt895And43_data();
     void bandEndsAt895And43();
     void iconButtonsHaveNames();
@@ -406,6 +410,43 @@ void TestVeloWin::dragKeepsTheCardOnTheScreen()
     SendMouse(*window, QEvent::MouseMove, card->pos() - QPoint(3000, 3000));
     QCoreApplication::processEvents();
     QCOMPARE(card->size(), QSize(896, 504));
+}
+
+void TestVeloWin::dragIsHeldAtTheFarCorner()
+{
+    // By the card's size at the press, of which the window has no other note.
+    window.reset();
+    const Look look(true);
+    window = std::make_unique<VeloWin>(nullptr);
+    window->show();
+    QWidget* card = Find(*window, "widget_bg");
+    SendMouse(*window, QEvent::MouseButtonPress, card->pos() + QPoint(300, 10));
+    SendMouse(*window, QEvent::MouseMove, card->pos() + QPoint(3000, 3000));
+    QCoreApplication::processEvents();
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    QCOMPARE(QRect(card->mapToGlobal(QPoint()), card->size()).bottomRight(), area.bottomRight());
+}
+
+void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu_data()
+{
+    QTest::addColumn<bool>("leaves");
+    QTest::newRow("pointer has left") << true;
+    QTest::newRow("pointer is on it") << false;
+}
+
+void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu()
+{
+    QFETCH(bool, leaves);
+    auto* button = Find<QPushButton>(*window, "menu");
+    QCursor::setPos(button->mapToGlobal(button->rect().center()));
+    button->setAttribute(Qt::WA_UnderMouse);
+    window->ShowMenu();
+    if (leaves) {
+        QCursor::setPos(window->mapToGlobal(QPoint(5, 5)));
+    }
+    button->setAttribute(Qt::WA_UnderMouse);
+    Menu().hide();
+    QCOMPARE(button->underMouse(), !leaves);
 }
 
 void TestVeloWin::bandEndsAt895And43_data()

@@ -2,7 +2,13 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <malloc.h>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
 
 #include "statuschannel/ConnServer.h"
 #include "support/CapturedLog.h"
@@ -33,6 +39,53 @@ struct Channel
     QSignalSpy running{&server, &ConnServer::AppRunning};
     QSignalSpy stopped{&server, &ConnServer::AppStoped};
 };
+
+/// Clients in the same process without sockets of Qt's, whose memory would be counted too.
+class PlainClients
+{
+public:
+    PlainClients(const QString& path, int count, const QByteArray& message)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path);
+        for (int i = 0; i < count; ++i) {
+            const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            clients.push_back(client);
+            areConnected =
+                areConnected && client >= 0 &&
+                connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+                write(client, message.constData(), static_cast<size_t>(message.size())) == message.size();
+            // Not more of them at once than may wait to be taken.
+            QCoreApplication::processEvents();
+        }
+    }
+    ~PlainClients()
+    {
+        for (const int client : clients) {
+            close(client);
+        }
+    }
+    PlainClients(const PlainClients&) = delete;
+    PlainClients& operator=(const PlainClients&) = delete;
+
+    bool AreConnected() const { return areConnected; }
+
+private:
+    std::vector<int> clients;
+    bool areConnected = true;
+};
+
+/// Bytes that are allocated, with what the allocator needs for each piece.
+std::size_t Allocated()
+{
+#if __GLIBC_PREREQ(2, 33)
+    const auto info = mallinfo2();
+#else
+    const auto info = mallinfo();
+#endif
+    return static_cast<std::size_t>(info.uordblks) + static_cast<std::size_t>(info.hblkhd);
+}
 
 const QString NOTHING = QStringLiteral("0 0 0");
 const QString INITED = QStringLiteral("1 0 0");
@@ -68,6 +121,8 @@ private slots:
     void newConnectionWithoutAPendingOneIsRefused();
     void receivingWithoutASenderIsLogged();
     void acceptedSocketLivesAsLongAsTheServer();
+    void lastWordsOfAClientAreHeard();
+    void deadSocketCostsAtMostTwoKibibytes();
 
 private:
     std::unique_ptr<CapturedLog> log;
@@ -334,6 +389,52 @@ void TestConnServer::acceptedSocketLivesAsLongAsTheServer()
     QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(channel.server.findChildren<QLocalSocket*>().size(), 1);
+}
+
+void TestConnServer::lastWordsOfAClientAreHeard()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    {
+        const PlainClients client(channel.path, 1, R"({"status":"run"})");
+        QVERIFY(client.AreConnected());
+    }
+    QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
+    QCOMPARE(channel.Fired(), RUNNING);
+    const auto sockets = channel.server.findChildren<QLocalSocket*>();
+    QCOMPARE(sockets.size(), 1);
+    QCOMPARE(sockets.first()->state(), QLocalSocket::UnconnectedState);
+    QVERIFY(!sockets.first()->isOpen());
+}
+
+void TestConnServer::deadSocketCostsAtMostTwoKibibytes()
+{
+    constexpr int ROUNDS = 4;
+    constexpr int CONNECTIONS = 500;
+    constexpr std::size_t ALLOWED = 2048;
+    rlimit files{};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &files), 0);
+    const rlimit enough{std::min<rlim_t>(files.rlim_max, 4096), files.rlim_max};
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &enough), 0);
+    Channel channel;
+    channel.server.ServerStart();
+    QList<std::size_t> costs;
+    for (int round = 0; round <= ROUNDS; ++round) {
+        const std::size_t before = Allocated();
+        {
+            const PlainClients clients(channel.path, CONNECTIONS, R"({"status":"init"})");
+            QVERIFY(clients.AreConnected());
+        }
+        const int ended = (round + 1) * CONNECTIONS;
+        QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), ended);
+        QCOMPARE(channel.server.findChildren<QLocalSocket*>().size(), ended);
+        costs.append((Allocated() - before) / CONNECTIONS);
+    }
+    setrlimit(RLIMIT_NOFILE, &files);
+    // The first round also buys what stays for the next.
+    for (int round = 1; round <= ROUNDS; ++round) {
+        QVERIFY2(costs.at(round) <= ALLOWED, qPrintable(QString::number(costs.at(round))));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestConnServer)

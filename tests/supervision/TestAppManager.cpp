@@ -34,6 +34,24 @@ void UseShell(const QString& script)
     App().*OpenApp::Arguments() = QStringList{QStringLiteral("-c"), script};
 }
 
+/// What Qt warns of, as long as the object lives.
+class Warnings
+{
+public:
+    Warnings() : before(qInstallMessageHandler(&Warnings::Note)) { seen.clear(); }
+    ~Warnings() { qInstallMessageHandler(before); }
+    Warnings(const Warnings&) = delete;
+    Warnings& operator=(const Warnings&) = delete;
+
+    static QStringList Seen() { return seen; }
+
+private:
+    static void Note(QtMsgType, const QMessageLogContext&, const QString& text) { seen.append(text); }
+
+    static inline QStringList seen;
+    QtMessageHandler before;
+};
+
 const QString FOREVER = QStringLiteral("exec sleep 60");
 const QString DEAF = QStringLiteral("trap '' TERM; echo up; while :; do sleep 0.05; done");
 } // namespace
@@ -55,6 +73,14 @@ private slots:
     void forgottenApplicationComesBack();
     void forgottenApplicationIsNotHeard();
     void reallocatingTwiceWiresOnce();
+    void applicationForgottenAndBroughtBackIsHeardOnce();
+    void stoppingAForgottenApplicationLeavesTheEventLoopAlive_data();
+    void stoppingAForgottenApplicationLeavesTheEventLoopAlive();
+    void listenerOfTheEndMayStartAgain();
+    void listenerOfAFailedStartMayStartAgain();
+    void listenerMayStopEverything_data();
+    void listenerMayStopEverything();
+    void childThatClosedItsOutputDuringTheWaitIsNoError();
     void stopWithWaitingEscalates();
     void stopAllWithoutAChildOnlyLogs();
     void stopAllIsHeardOnTheMainThreadLater_data();
@@ -203,6 +229,150 @@ void TestAppManager::reallocatingTwiceWiresOnce()
     QSignalSpy event(manager.get(), &AppManager::AppEvent);
     App().EventInited();
     QCOMPARE(event.count(), 1);
+}
+
+void TestAppManager::applicationForgottenAndBroughtBackIsHeardOnce()
+{
+    UseShell(QStringLiteral("kill -SEGV $$"));
+    for (int i = 0; i < 3; ++i) {
+        manager->DeleteAll();
+        manager->StopApp(AppManager::TANDRA_APP, false);
+    }
+    QSignalSpy started(manager.get(), &AppManager::AppStarted);
+    QSignalSpy error(manager.get(), &AppManager::AppError);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    QSignalSpy event(manager.get(), &AppManager::AppEvent);
+    manager->StartApp(AppManager::TANDRA_APP);
+    QVERIFY(finished.wait());
+    App().EventInited();
+    emit App().AppEventRunning();
+    App().EventStopped();
+    QCOMPARE(started.count(), 1);
+    QCOMPARE(error.count(), 1);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(event.count(), 3);
+}
+
+void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::newRow("ends") << FOREVER;
+    QTest::newRow("ignores") << DEAF;
+}
+
+void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive()
+{
+    QFETCH(QString, script);
+    UseShell(script);
+    StartChildren(1);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    manager->DeleteAll();
+    log->Clear();
+    manager->StopAll();
+    const QString name = QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME));
+    QCOMPARE(
+        log->Messages().mid(0, 5),
+        QStringList({QStringLiteral("AppManager ReAllocResource"), QStringLiteral("stop app[0]"),
+                     QStringLiteral("processVector size is 1"), QStringLiteral("delete 0 invalid process"),
+                     QStringLiteral("terminate process[%1]").arg(name)}));
+    QTRY_COMPARE(finished.count(), 1);
+    QTest::qWait(LOOP_GOES_ON_MS);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(App().*OpenApp::Count(), 0);
+}
+
+void TestAppManager::listenerOfTheEndMayStartAgain()
+{
+    constexpr int RUNS = 5;
+    UseShell(QStringLiteral("exit 0"));
+    QList<QPointer<QProcess>> children;
+    connect(manager.get(), &AppManager::AppFinished, this, [this, &children] {
+        children.append((App().*OpenApp::Processes()).back().get());
+        if (children.size() < RUNS) {
+            manager->StartApp(AppManager::TANDRA_APP);
+            // Whoever is still at its signal finds it there, also in a loop of the listener's own.
+            QTest::qWait(1);
+            QVERIFY(!children.last().isNull());
+        }
+    });
+    manager->StartApp(AppManager::TANDRA_APP);
+    QTRY_COMPARE(children.size(), RUNS);
+    for (int i = 0; i < RUNS - 1; ++i) {
+        QTRY_VERIFY(children.at(i).isNull());
+    }
+    QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), RUNS - 1);
+    QCOMPARE((App().*OpenApp::Processes()).size(), std::size_t{1});
+    QCOMPARE(App().*OpenApp::Count(), 0);
+}
+
+void TestAppManager::listenerOfAFailedStartMayStartAgain()
+{
+    constexpr int RUNS = 5;
+    App().*OpenApp::Program() = QStringLiteral("/nowhere/engine");
+    int errors = 0;
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    connect(manager.get(), &AppManager::AppError, this, [this, &errors] {
+        ++errors;
+        if (errors == RUNS) {
+            UseShell(QStringLiteral("exit 0"));
+        }
+        if (errors <= RUNS) {
+            manager->StartApp(AppManager::TANDRA_APP);
+        }
+    });
+    manager->StartApp(AppManager::TANDRA_APP);
+    QVERIFY(finished.wait());
+    QCOMPARE(errors, RUNS);
+    QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), RUNS);
+}
+
+void TestAppManager::listenerMayStopEverything_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<bool>("atStart");
+    QTest::newRow("at the start, ends") << FOREVER << true;
+    QTest::newRow("at the start, has ended") << QStringLiteral("exit 0") << true;
+    QTest::newRow("at the end") << QStringLiteral("exit 0") << false;
+}
+
+void TestAppManager::listenerMayStopEverything()
+{
+    QFETCH(QString, script);
+    QFETCH(bool, atStart);
+    UseShell(script);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    const auto stop = [this] {
+        manager->StopAll();
+        manager->StopAll();
+        QTest::qWait(1);
+    };
+    if (atStart) {
+        connect(manager.get(), &AppManager::AppStarted, this, stop);
+    } else {
+        connect(manager.get(), &AppManager::AppFinished, this, stop);
+    }
+    manager->StartApp(AppManager::TANDRA_APP);
+    QTRY_COMPARE(finished.count(), 1);
+    QTRY_COMPARE(App().*OpenApp::Count(), 0);
+    QTRY_VERIFY((App().*OpenApp::Processes()).empty() ||
+                (App().*OpenApp::Processes()).front()->state() == QProcess::NotRunning);
+}
+
+void TestAppManager::childThatClosedItsOutputDuringTheWaitIsNoError()
+{
+    UseShell(QStringLiteral("trap 'exec >/dev/null 2>&1' TERM; echo up; while :; do sleep 0.05; done"));
+    manager->StartApp(AppManager::TANDRA_APP);
+    QTRY_VERIFY(!(App().*OpenApp::Processes()).empty() &&
+                (App().*OpenApp::Processes()).back()->bytesAvailable() > 0);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    QList<QProcess::ProcessError> errors;
+    connect(manager.get(), &AppManager::AppError, this,
+            [&errors](AppManager::AppType, QProcess::ProcessError error) { errors.append(error); });
+    const Warnings warnings;
+    manager->StopAll();
+    QTRY_COMPARE(finished.count(), 1);
+    QCOMPARE(Warnings::Seen(), QStringList());
+    QCOMPARE(errors, QList<QProcess::ProcessError>({QProcess::Crashed}));
 }
 
 void TestAppManager::stopWithWaitingEscalates()

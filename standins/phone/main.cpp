@@ -1,0 +1,21 @@
+// The window of the stand-in engine: a drawn phone. Ends with status 0 when it is closed, and with the engine.
+
+#include <QApplication>
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include "PhoneWindow.h"
+
+int main(int argc, char** argv)
+{
+    const pid_t engine = getppid();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    QApplication application(argc, argv);
+    if (getppid() != engine) {
+        return 1;
+    }
+    PhoneWindow window;
+    window.show();
+    return QApplication::exec();
+}

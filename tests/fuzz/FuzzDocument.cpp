@@ -1,0 +1,68 @@
+// Any document in the view: it is loaded behind what stands there, its top is on show, and a click anywhere
+// opens nothing but addresses that stand in it.
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QFile>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QUrl>
+#include <filesystem>
+#include <unistd.h>
+
+#include "fuzz/FuzzSupport.h"
+#include "shell/SerProEdit.h"
+
+namespace {
+/// Stands where the desktop's browser does.
+class Browser : public QObject
+{
+    Q_OBJECT
+
+public:
+    Browser()
+    {
+        QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "Open");
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "Open");
+    }
+
+    int opened = 0;
+
+public slots:
+    void Open(const QUrl&) { ++opened; }
+};
+} // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    static int argc = 1;
+    static char name[] = "fuzz";
+    static char* argv[] = {name, nullptr};
+    static const QApplication application(argc, argv);
+    static Browser browser;
+    static const QString path = QString::fromStdString(
+        std::filesystem::temp_directory_path() / ("velodesk-fuzz-" + std::to_string(getpid()) + ".html"));
+
+    Input input(data, size);
+    const QPoint where(input.Byte() * 2, input.Byte() * 2);
+    const QByteArray document = QByteArray::fromStdString(input.Rest());
+    {
+        QFile file(path);
+        MUST_HOLD(file.open(QIODevice::WriteOnly) && file.write(document) == document.size());
+    }
+    SerProEdit view(nullptr);
+    view.setFixedSize(500, 300);
+    view.append(QStringLiteral("heading"));
+    view.InitUi(path);
+    MUST_HOLD(view.toPlainText().startsWith(QLatin1String("heading")));
+    MUST_HOLD(view.verticalScrollBar()->value() == view.verticalScrollBar()->minimum());
+    browser.opened = 0;
+    QMouseEvent release(QEvent::MouseButtonRelease, where, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.viewport(), &release);
+    MUST_HOLD(browser.opened == 0 || document.contains("http"));
+    view.clear();
+    view.InitUi(path);
+    return 0;
+}
+
+#include "FuzzDocument.moc"

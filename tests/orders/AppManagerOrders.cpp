@@ -1,0 +1,243 @@
+// The manager: what the application says reaches it exactly once while it is known and wired, and never
+// otherwise, whoever starts, stops or forgets it from wherever.
+
+#include <algorithm>
+
+#include "orders/Children.h"
+#include "orders/Client.h"
+#include "orders/Orders.h"
+#include "supervision/AppManager.h"
+#include "supervision/TandraApp.h"
+
+namespace {
+constexpr std::size_t MOST_CHILDREN = 6;
+constexpr int SPARE_DESCRIPTORS = 16;
+
+class OpenApp : public BaseApp
+{
+public:
+    static auto Program() { return &OpenApp::program; }
+    static auto Arguments() { return &OpenApp::arguments; }
+    static auto Processes() { return &OpenApp::processVector; }
+    static auto Count() { return &OpenApp::count; }
+    static auto Name() { return &OpenApp::name; }
+};
+
+class AppManagerOrders : public Orders
+{
+public:
+    explicit AppManagerOrders(quint32 seed);
+
+    void Step() override;
+    void End() override;
+
+private:
+    /// What the manager has to tell, and what it has told.
+    struct Told
+    {
+        int started = 0;
+        int finished = 0;
+        int errors = 0;
+        int events = 0;
+
+        bool operator==(const Told& other) const
+        {
+            return started == other.started && finished == other.finished && errors == other.errors &&
+                   events == other.events;
+        }
+    };
+
+    void Watch();
+    void ChooseChild();
+    void Report();
+    void Ask();
+    void Rewire();
+    bool Reaches() const { return known && wired; }
+    std::vector<std::shared_ptr<QProcess>>& Processes() { return app.*OpenApp::Processes(); }
+
+    BaseApp& app{*Singleton<TandraApp>::GetInstance()};
+    Told expected;
+    Told told;
+    bool known = true;
+    bool wired = true;
+    std::unique_ptr<AppManager> manager;
+    std::vector<std::unique_ptr<Client>> clients;
+    int descriptors = 0;
+};
+
+AppManagerOrders::AppManagerOrders(quint32 seed) : Orders(seed)
+{
+    // In front of the manager's own wiring: what is counted here has to come out there next.
+    QObject::connect(&app, &BaseApp::AppStarted, &app, [this] {
+        MUST_HOLD(app.*OpenApp::Count() == 1);
+        expected.started += Reaches() ? 1 : 0;
+    });
+    QObject::connect(&app, &BaseApp::AppFinished, &app, [this] {
+        MUST_HOLD(app.*OpenApp::Count() == 0);
+        expected.finished += Reaches() ? 1 : 0;
+    });
+    QObject::connect(&app, &BaseApp::AppError, &app, [this] { expected.errors += Reaches() ? 1 : 0; });
+    const auto event = [this] {
+        expected.events += Reaches() ? 1 : 0;
+    };
+    QObject::connect(&app, &BaseApp::AppEventInited, &app, event);
+    QObject::connect(&app, &BaseApp::AppEventRunning, &app, event);
+    QObject::connect(&app, &BaseApp::AppEventStopped, &app, event);
+    manager = std::make_unique<AppManager>();
+    Watch();
+    ChooseChild();
+    descriptors = OpenDescriptors();
+}
+
+void AppManagerOrders::Watch()
+{
+    QObject::connect(manager.get(), &AppManager::AppStarted, &app, [this](AppManager::AppType type) {
+        MUST_HOLD(type == AppManager::TANDRA_APP);
+        ++told.started;
+        StepInside();
+    });
+    QObject::connect(manager.get(), &AppManager::AppFinished, &app, [this](AppManager::AppType type, int) {
+        MUST_HOLD(type == AppManager::TANDRA_APP);
+        ++told.finished;
+        StepInside();
+    });
+    QObject::connect(manager.get(), &AppManager::AppError, &app, [this] {
+        ++told.errors;
+        StepInside();
+    });
+    QObject::connect(manager.get(), &AppManager::AppEvent, &app, [this] {
+        ++told.events;
+        StepInside();
+    });
+}
+
+void AppManagerOrders::ChooseChild()
+{
+    const Children::Child child = Any(Children::All());
+    app.*OpenApp::Program() = child.program;
+    app.*OpenApp::Arguments() = child.arguments;
+}
+
+void AppManagerOrders::Report()
+{
+    if (clients.empty() || OneIn(4)) {
+        clients.push_back(std::make_unique<Client>(QString::fromStdString(app.*OpenApp::Name())));
+    } else if (clients.size() > 4 || OneIn(4)) {
+        clients.erase(clients.begin() + Pick(static_cast<int>(clients.size())));
+    } else {
+        static const QList<QByteArray> MESSAGES{R"({"status":"init"})", R"({"status":"run"})",
+                                                R"({"status":"stop"})", R"({"status")", "[]"};
+        clients.back()->Send(Any(MESSAGES));
+    }
+}
+
+void AppManagerOrders::Ask()
+{
+    const BaseApp stranger("stranger");
+    MUST_HOLD(manager->GetTypeFromApp(app) == (known ? AppManager::TANDRA_APP : AppManager::APP_TYPE_END));
+    MUST_HOLD(manager->GetTypeFromApp(stranger) == AppManager::APP_TYPE_END);
+}
+
+void AppManagerOrders::Rewire()
+{
+    switch (Pick(4)) {
+    case 0:
+        manager->RegisterCallback();
+        wired = wired || known;
+        break;
+    case 1:
+        manager->UnregisterCallback();
+        wired = wired && !known;
+        break;
+    case 2:
+        manager->InitAppMap();
+        known = true;
+        break;
+    default:
+        manager->ReAllocResource();
+        known = true;
+        wired = true;
+        break;
+    }
+}
+
+void AppManagerOrders::Step()
+{
+    const auto comeBack = [this] {
+        wired = wired || !known;
+        known = true;
+    };
+    switch (Pick(12)) {
+    case 0:
+    case 1:
+    case 2:
+        comeBack();
+        if (Processes().size() < MOST_CHILDREN) {
+            manager->StartApp(AppManager::TANDRA_APP);
+        } else {
+            manager->StopApp(AppManager::TANDRA_APP, false);
+        }
+        break;
+    case 3:
+        comeBack();
+        manager->StopApp(AppManager::TANDRA_APP, OneIn(2));
+        break;
+    case 4:
+        comeBack();
+        manager->StopAll();
+        break;
+    case 5:
+        manager->DeleteAll();
+        known = false;
+        break;
+    case 6:
+        // Both look for the application anew, whatever type they were asked for.
+        known = true;
+        wired = true;
+        if (OneIn(2)) {
+            manager->StartApp(AppManager::APP_TYPE_END);
+        } else {
+            manager->StopApp(AppManager::APP_TYPE_END, true);
+        }
+        break;
+    case 7:
+        Rewire();
+        break;
+    case 8:
+        ChooseChild();
+        break;
+    case 9:
+        Report();
+        break;
+    case 10:
+        Ask();
+        break;
+    default:
+        Spin(Pick(40));
+        break;
+    }
+    MUST_HOLD(told == expected);
+    MUST_HOLD(app.*OpenApp::Count() >= 0);
+}
+
+void AppManagerOrders::End()
+{
+    StayOutside();
+    manager->DeleteAll();
+    manager->StopAll();
+    MUST_HOLD(SpinUntil([this] {
+        return std::all_of(Processes().begin(), Processes().end(),
+                           [](const auto& process) { return process->state() == QProcess::NotRunning; });
+    }));
+    clients.clear();
+    Spin(100);
+    manager->StopAll();
+    MUST_HOLD(SpinUntil([this] { return OpenDescriptors() <= descriptors + SPARE_DESCRIPTORS; }));
+    manager.reset();
+}
+} // namespace
+
+std::unique_ptr<Orders> MakeAppManagerOrders(quint32 seed)
+{
+    return std::make_unique<AppManagerOrders>(seed);
+}

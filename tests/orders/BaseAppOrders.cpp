@@ -1,0 +1,161 @@
+// One application: its signals fit its count, and a clearing leaves those that run, in their order.
+
+#include <QTemporaryDir>
+#include <algorithm>
+
+#include "orders/Children.h"
+#include "orders/Orders.h"
+#include "supervision/BaseApp.h"
+
+namespace {
+constexpr std::size_t MOST_CHILDREN = 6;
+
+class OpenApp : public BaseApp
+{
+public:
+    using BaseApp::arguments;
+    using BaseApp::BaseApp;
+    using BaseApp::count;
+    using BaseApp::processVector;
+    using BaseApp::program;
+};
+
+class BaseAppOrders : public Orders
+{
+public:
+    explicit BaseAppOrders(quint32 seed) : Orders(seed) { Make(); }
+
+    void Step() override;
+    void End() override;
+
+private:
+    void Make();
+    void Clear();
+    void Start();
+    void CallASlot();
+
+    QTemporaryDir directory;
+    std::unique_ptr<OpenApp> app;
+    int inside = 0;
+};
+
+void BaseAppOrders::Make()
+{
+    app.reset();
+    app = std::make_unique<OpenApp>(directory.filePath(QStringLiteral("ipc")).toStdString());
+    // One that is being destroyed still tells of its children.
+    const auto step = [this] {
+        if (app == nullptr) {
+            return;
+        }
+        ++inside;
+        StepInside();
+        --inside;
+    };
+    QObject::connect(app.get(), &BaseApp::AppStarted, app.get(), [this, step] {
+        MUST_HOLD(app == nullptr || app->count == 1);
+        step();
+    });
+    QObject::connect(app.get(), &BaseApp::AppFinished, app.get(), [this, step] {
+        MUST_HOLD(app == nullptr || app->count == 0);
+        step();
+    });
+    QObject::connect(app.get(), &BaseApp::AppError, app.get(), step);
+    QObject::connect(app.get(), &BaseApp::AppEventInited, app.get(), step);
+}
+
+void BaseAppOrders::Clear()
+{
+    std::vector<QProcess*> running;
+    for (const auto& process : app->processVector) {
+        if (process->state() == QProcess::Running) {
+            running.push_back(process.get());
+        }
+    }
+    app->ClearVector();
+    std::vector<QProcess*> left;
+    for (const auto& process : app->processVector) {
+        left.push_back(process.get());
+    }
+    MUST_HOLD(left == running);
+}
+
+void BaseAppOrders::Start()
+{
+    const Children::Child child = Any(Children::All());
+    app->program = child.program;
+    app->arguments = child.arguments;
+    app->Start();
+}
+
+void BaseAppOrders::CallASlot()
+{
+    switch (Pick(4)) {
+    case 0:
+        app->Started();
+        break;
+    case 1:
+        app->Finished(Pick(256));
+        break;
+    case 2:
+        app->Error(QProcess::ReadError);
+        break;
+    default:
+        app->EventInited();
+        break;
+    }
+}
+
+void BaseAppOrders::Step()
+{
+    if (app->processVector.size() >= MOST_CHILDREN) {
+        app->Stop(OneIn(2));
+        Clear();
+    }
+    switch (Pick(8)) {
+    case 0:
+    case 1:
+    case 2:
+        Start();
+        break;
+    case 3:
+        app->Stop(OneIn(3));
+        break;
+    case 4:
+        Clear();
+        break;
+    case 5:
+        CallASlot();
+        break;
+    case 6:
+        // An application may go with its children alive, but not while one of its signals is being handled.
+        if (inside == 0 && OneIn(4)) {
+            Make();
+        }
+        break;
+    default:
+        Spin(Pick(30));
+        break;
+    }
+    MUST_HOLD(app->count >= 0);
+}
+
+void BaseAppOrders::End()
+{
+    StayOutside();
+    app->Stop(true);
+    const OpenApp& last = *app;
+    MUST_HOLD(SpinUntil([&last] {
+        return std::all_of(last.processVector.begin(), last.processVector.end(),
+                           [](const auto& process) { return process->state() == QProcess::NotRunning; });
+    }));
+    app->ClearVector();
+    MUST_HOLD(app->processVector.empty());
+    app.reset();
+}
+} // namespace
+
+std::unique_ptr<Orders> MakeBaseAppOrders(quint32 seed)
+{
+    return std::make_unique<BaseAppOrders>(seed);
+}

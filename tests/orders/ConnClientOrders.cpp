@@ -1,0 +1,154 @@
+// The client: what it says it has sent arrives, in whole messages only, whether the server comes or goes.
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QTemporaryDir>
+#include <thread>
+
+#include "orders/Orders.h"
+#include "statuschannel/ConnClient.h"
+
+namespace {
+class ConnClientOrders : public Orders
+{
+public:
+    explicit ConnClientOrders(quint32 seed) : Orders(seed)
+    {
+        Listen();
+        Make();
+    }
+
+    void Step() override;
+    void End() override;
+
+private:
+    void Make();
+    void Listen();
+    void Read(QLocalSocket* socket);
+    void SetState();
+    void Send();
+
+    QTemporaryDir directory;
+    QString path{directory.filePath(QStringLiteral("status"))};
+    std::unique_ptr<QLocalServer> server;
+    std::unique_ptr<ConnClient> client;
+    QByteArray arrived;
+    int connections = 0;
+};
+
+void ConnClientOrders::Make()
+{
+    client = std::make_unique<ConnClient>(path.toStdString());
+    connections = 0;
+    QObject::connect(client.get(), &ConnClient::SendStatusSig, client.get(), [this] { StepInside(); });
+}
+
+void ConnClientOrders::Listen()
+{
+    server.reset();
+    QLocalServer::removeServer(path);
+    server = std::make_unique<QLocalServer>();
+    MUST_HOLD(server->listen(path));
+    QObject::connect(server.get(), &QLocalServer::newConnection, server.get(), [this] {
+        QLocalSocket* socket = server->nextPendingConnection();
+        QObject::connect(socket, &QIODevice::readyRead, server.get(), [this, socket] { Read(socket); });
+        QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    });
+}
+
+void ConnClientOrders::Read(QLocalSocket* socket)
+{
+    QByteArray bytes = socket->readAll();
+    arrived = bytes;
+    for (const char* message : {R"({"status":"init"})", R"({"status":"run"})", R"({"status":"stop"})"}) {
+        bytes.replace(message, "");
+    }
+    // A message is small enough never to be torn on the way.
+    MUST_HOLD(bytes.isEmpty());
+}
+
+void ConnClientOrders::SetState()
+{
+    switch (Pick(3)) {
+    case 0:
+        client->AppInit();
+        break;
+    case 1:
+        client->AppRun();
+        break;
+    default:
+        client->AppStop();
+        break;
+    }
+}
+
+void ConnClientOrders::Send()
+{
+    const int result = client->SendAppStatus(R"({"status":"run"})");
+    MUST_HOLD(result == 0 || server == nullptr || !server->isListening() || result == -1);
+    client->SendStatusOnce(static_cast<char>(Pick(256)));
+    client->SendCurStatus();
+}
+
+void ConnClientOrders::Step()
+{
+    constexpr int MOST_CONNECTIONS = 3;
+    switch (Pick(10)) {
+    case 0:
+        // Each further call wires the signals once more.
+        if (connections < MOST_CONNECTIONS) {
+            ++connections;
+            const int result = client->ConnToServer();
+            MUST_HOLD(result == 0 || result == -1);
+        }
+        break;
+    case 1:
+    case 2:
+        SetState();
+        break;
+    case 3:
+        Send();
+        break;
+    case 4:
+        client->DisConnect();
+        break;
+    case 5:
+        if (OneIn(4)) {
+            server.reset();
+        }
+        break;
+    case 6:
+        if (server == nullptr) {
+            Listen();
+        }
+        break;
+    case 7: {
+        // From another thread the state is set there and sent here.
+        ConnClient& other = *client;
+        std::thread([&other] { other.AppRun(); }).join();
+        break;
+    }
+    default:
+        Spin(Pick(5));
+        break;
+    }
+}
+
+void ConnClientOrders::End()
+{
+    StayOutside();
+    if (server == nullptr) {
+        Listen();
+    }
+    Make();
+    arrived.clear();
+    MUST_HOLD(client->ConnToServer() == 0);
+    client->AppStop();
+    MUST_HOLD(SpinUntil([this] { return arrived == R"({"status":"stop"})"; }));
+}
+} // namespace
+
+std::unique_ptr<Orders> MakeConnClientOrders(quint32 seed)
+{
+    return std::make_unique<ConnClientOrders>(seed);
+}

@@ -1,0 +1,154 @@
+// The log: every line that fits stands in the file that was opened last, whole and once, whoever wrote it.
+
+#include <QDir>
+#include <QMap>
+#include <QTemporaryDir>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "orders/Orders.h"
+#include "platform/Logger.h"
+#include "support/Files.h"
+
+namespace {
+constexpr int LONGEST = 4095;
+
+class LoggerOrders : public Orders
+{
+public:
+    explicit LoggerOrders(quint32 seed) : Orders(seed) {}
+
+    void Step() override;
+
+private:
+    void Open();
+    void Write();
+    void WriteFromThreads();
+    void Rotate();
+    void Compare();
+    bool IsOpen() const { return !path.isEmpty(); }
+
+    QTemporaryDir directory;
+    Brevora::Logger logger;
+    QString path;
+    /// How many lines end in each message.
+    QMap<QByteArray, int> expected;
+};
+
+void LoggerOrders::Open()
+{
+    const QString next = directory.filePath(QStringLiteral("log-%1").arg(Pick(3)));
+    QFile::remove(next);
+    QDir(next).removeRecursively();
+    switch (Pick(5)) {
+    case 0:
+        QDir().mkpath(next + QStringLiteral("/content"));
+        break;
+    case 1:
+        WriteAll(directory.filePath(QStringLiteral("other")), "kept\n");
+        QFile::link(directory.filePath(QStringLiteral("other")), next);
+        break;
+    case 2:
+        logger.Init(Local(directory.filePath(QStringLiteral("none/log"))));
+        path.clear();
+        expected.clear();
+        return;
+    default:
+        break;
+    }
+    logger.Init(Local(next));
+    MUST_HOLD(ModeOf(next) == 0600U);
+    MUST_HOLD(!QFile::exists(directory.filePath(QStringLiteral("other"))) ||
+              ReadAll(directory.filePath(QStringLiteral("other"))) == "kept\n");
+    path = next;
+    expected.clear();
+}
+
+void LoggerOrders::Write()
+{
+    QByteArray message = OneIn(5) ? QByteArray(LONGEST - 1 + Pick(3), 'x') : QByteArray::number(Pick(100000));
+    message = OneIn(6) ? message + "%s%n" : message;
+    const int level = Pick(8) - 1;
+    logger.WriteLog(level, "File.cpp", Pick(1000), "TAG", "%s", message.constData());
+    if (level > 1 && message.size() <= LONGEST) {
+        ++expected[message];
+    }
+}
+
+void LoggerOrders::WriteFromThreads()
+{
+    constexpr int LINES = 20;
+    const int count = 2 + Pick(3);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back([this, i] {
+            for (int line = 0; line < LINES; ++line) {
+                logger.WriteLog(2, "Thread.cpp", line, "TAG", "thread %d", i);
+            }
+        });
+        expected["thread " + QByteArray::number(i)] += LINES;
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+void LoggerOrders::Rotate()
+{
+    const QByteArray before = ReadAll(path);
+    logger.SaveAndOpenNewFile();
+    MUST_HOLD(ReadAll(path + QStringLiteral(".old")) == before);
+    MUST_HOLD(logger.GetCurrentSize(Local(path)) == 0);
+    expected.clear();
+}
+
+void LoggerOrders::Compare()
+{
+    const QByteArray content = ReadAll(path);
+    MUST_HOLD(logger.GetCurrentSize(Local(path)) == content.size());
+    QMap<QByteArray, int> found;
+    for (const QByteArray& line : content.split('\n')) {
+        const int at = line.indexOf(" TAG: ");
+        if (at >= 0) {
+            MUST_HOLD(line.startsWith('['));
+            ++found[line.mid(at + 6)];
+        }
+    }
+    MUST_HOLD(found == expected);
+}
+
+void LoggerOrders::Step()
+{
+    switch (Pick(8)) {
+    case 0:
+        Open();
+        break;
+    case 1:
+        WriteFromThreads();
+        break;
+    case 2:
+        if (IsOpen()) {
+            Rotate();
+        }
+        break;
+    case 3:
+        if (IsOpen()) {
+            Compare();
+        }
+        break;
+    case 4:
+        MUST_HOLD(!logger.GetTimestamp().empty());
+        MUST_HOLD(!logger.GetLevelString(Pick(10) - 2).empty());
+        break;
+    default:
+        Write();
+        break;
+    }
+}
+} // namespace
+
+std::unique_ptr<Orders> MakeLoggerOrders(quint32 seed)
+{
+    return std::make_unique<LoggerOrders>(seed);
+}

@@ -1,0 +1,130 @@
+// The application object: it takes its socket's name whatever stands there, and every knock is heard.
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QWidget>
+#include <vector>
+
+#include "entry/SingleApplication.h"
+#include "orders/Client.h"
+#include "orders/Orders.h"
+#include "support/Files.h"
+
+namespace {
+class SingleApplicationOrders : public Orders
+{
+public:
+    explicit SingleApplicationOrders(quint32 seed) : Orders(seed) { ChooseName(); }
+
+    void Step() override;
+
+private:
+    void ChooseName();
+    void Bar();
+    void Establish();
+
+    QTemporaryDir directory;
+    SingleApplication& application{*static_cast<SingleApplication*>(QCoreApplication::instance())};
+    QWidget window;
+    QString name;
+    bool listens = false;
+    bool isOther = false;
+    std::vector<std::unique_ptr<Client>> clients;
+};
+
+void SingleApplicationOrders::ChooseName()
+{
+    static int number = 0;
+    clients.clear();
+    name = directory.filePath(QStringLiteral("name-%1").arg(++number));
+    application.SetServerName(Local(name));
+    isOther = true;
+}
+
+void SingleApplicationOrders::Bar()
+{
+    if (!isOther) {
+        return;
+    }
+    switch (Pick(3)) {
+    case 0:
+        QDir().mkpath(name + QStringLiteral("/content/more"));
+        break;
+    case 1:
+        if (!QFile::exists(name)) {
+            WriteAll(directory.filePath(QStringLiteral("kept")), "kept");
+            QFile::link(directory.filePath(QStringLiteral("kept")), name);
+        }
+        break;
+    default:
+        if (!QFile::exists(name)) {
+            WriteAll(name, "stale");
+        }
+        break;
+    }
+}
+
+void SingleApplicationOrders::Establish()
+{
+    if (!isOther) {
+        // Itself is another instance by now.
+        MUST_HOLD(application.InitLocalConnect() == 0);
+        MUST_HOLD(application.IsRunning());
+        return;
+    }
+    MUST_HOLD(application.InitLocalConnect() == 0);
+    MUST_HOLD(!application.IsRunning());
+    // One object listens once: under a second name it goes on without.
+    isOther = listens;
+    listens = true;
+}
+
+void SingleApplicationOrders::Step()
+{
+    constexpr std::size_t MOST_CLIENTS = 5;
+    switch (Pick(8)) {
+    case 0:
+        if (OneIn(4)) {
+            ChooseName();
+        }
+        break;
+    case 1:
+        Bar();
+        break;
+    case 2:
+        Establish();
+        break;
+    case 3:
+        if (clients.size() < MOST_CLIENTS) {
+            clients.push_back(std::make_unique<Client>(name));
+            clients.back()->Send(OneIn(2) ? AnyBytes(10) : QByteArray());
+        }
+        break;
+    case 4:
+        // A peer that stays silent is waited for.
+        clients.clear();
+        break;
+    case 5:
+        application.SetMainWindow(window);
+        application.ActivateWindow();
+        break;
+    case 6:
+        if (isOther) {
+            MUST_HOLD(application.IsServerNameValid());
+            MUST_HOLD(!QDir(name).exists());
+        }
+        break;
+    default:
+        clients.clear();
+        Spin(Pick(5));
+        break;
+    }
+    MUST_HOLD(!QFile::exists(directory.filePath(QStringLiteral("kept"))) ||
+              ReadAll(directory.filePath(QStringLiteral("kept"))) == "kept");
+}
+} // namespace
+
+std::unique_ptr<Orders> MakeSingleApplicationOrders(quint32 seed)
+{
+    return std::make_unique<SingleApplicationOrders>(seed);
+}

@@ -1,0 +1,103 @@
+// Calls the public operations of a class in random orders and holds them against a small model.
+//
+//   orders CLASS SECONDS [SEED]
+//
+// Prints how many operations there were. What does not hold ends the run with the seed that repeats it, as
+// far as children and threads let it be repeated.
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+#include "entry/SingleApplication.h"
+#include "orders/Orders.h"
+#include "platform/Logger.h"
+#include "support/Sandbox.h"
+
+namespace {
+constexpr qint64 MS_PER_SECOND = 1000;
+
+struct Target
+{
+    const char* name;
+    std::unique_ptr<Orders> (*make)(quint32);
+};
+
+constexpr Target TARGETS[] = {
+    {"AppManager", &MakeAppManagerOrders},   {"BaseApp", &MakeBaseAppOrders},
+    {"ConnServer", &MakeConnServerOrders},   {"ConnClient", &MakeConnClientOrders},
+    {"IniParser", &MakeIniParserOrders},     {"Configure", &MakeConfigureOrders},
+    {"Logger", &MakeLoggerOrders},           {"SingleApplication", &MakeSingleApplicationOrders},
+    {"MultiScreen", &MakeMultiScreenOrders},
+};
+
+quint32 usedSeed = 0;
+long steps = 0;
+
+int Run(const Target& target, int seconds)
+{
+    // The lines are formatted and written as ever, but nobody needs them. Not to a device: the log takes the
+    // rights of what it opens from everybody else.
+    Singleton<Brevora::Logger>::GetInstance()->Init(
+        (QDir::tempPath() + "/orders.log").toLocal8Bit().toStdString());
+    const std::unique_ptr<Orders> orders = target.make(usedSeed);
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < seconds * MS_PER_SECOND) {
+        orders->Step();
+        ++steps;
+    }
+    orders->End();
+    std::printf("%s: %ld operations in %d s, seed %u\n", target.name, steps, seconds, usedSeed);
+    return 0;
+}
+} // namespace
+
+void Orders::Fail(const char* file, int line, const char* condition)
+{
+    std::fprintf(stderr, "%s:%d: does not hold: %s (operation %ld, seed %u)\n", file, line, condition, steps,
+                 usedSeed);
+    std::abort();
+}
+
+QByteArray Orders::AnyBytes(int longest)
+{
+    QByteArray bytes(Pick(longest + 1), '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(Pick(256));
+    }
+    return bytes;
+}
+
+void Orders::Spin(int ms)
+{
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+int OpenDescriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+        .size();
+}
+
+int main(int argc, char** argv)
+{
+    EnterSandbox(argc, argv);
+    SingleApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    const int seconds = arguments.value(2).toInt();
+    usedSeed = arguments.value(3, QStringLiteral("1")).toUInt();
+    for (const Target& target : TARGETS) {
+        if (arguments.value(1) == QLatin1String(target.name) && seconds > 0) {
+            return Run(target, seconds);
+        }
+    }
+    std::fprintf(stderr, "usage: orders CLASS SECONDS [SEED]\n");
+    return 2;
+}

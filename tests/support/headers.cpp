@@ -1,0 +1,5 @@
+// Only its headers count: they are compiled once for all tests.
+int main()
+{
+    return 0;
+}
