@@ -7,7 +7,7 @@ PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
     optipng python3-minimal)
 
-# Window managers, a Wayland session and locales, for ./test --deep.
+# Window managers, a Wayland session, two monitors and locales, for ./test --deep.
 PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)

@@ -1,5 +1,6 @@
 // The servers of a DesktopWorld: display, window manager, compositor, buses.
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 
@@ -151,6 +152,8 @@ bool DesktopWorld::AddMonitor() const
 QString DesktopWorld::StartWeston()
 {
     const QString socket = QStringLiteral("wayland-0");
+    // It wants the folder of the X servers' sockets to be there, which the first of them makes elsewhere.
+    QDir(QStringLiteral("/tmp")).mkdir(QStringLiteral(".X11-unix"));
     server.setProcessEnvironment(environment);
     server.setProcessChannelMode(QProcess::MergedChannels);
     server.start(QStringLiteral("weston"),
