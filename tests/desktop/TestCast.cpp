@@ -25,6 +25,8 @@ private slots:
     void nextRepeatPutsRightWhatWasLost();
     void droppedConnectionComesBack();
     void reportWithoutAProcessDoesNotCount();
+    void closedPhoneOfTheStandInEndsTheCast();
+    void endedCastTakesThePhoneOfTheStandInAlong();
 
 private:
     void StartCast(const QString& script)
@@ -234,6 +236,28 @@ void TestCast::reportWithoutAProcessDoesNotCount()
     VERIFY_SOON(world->ShowsIdle());
     stranger.terminate();
     QVERIFY(stranger.waitForFinished());
+}
+
+void TestCast::closedPhoneOfTheStandInEndsTheCast()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nshow\n"));
+    VERIFY_SOON(world->EngineWindow().id != 0);
+    world->Desktop().CloseWindow(world->EngineWindow().id);
+    VERIFY_SOON(world->ShowsIdle());
+    VERIFY_SOON(EngineTime(QStringLiteral("ended")) > 0);
+    QVERIFY(EngineTime(QStringLiteral("window closed")) > 0);
+}
+
+void TestCast::endedCastTakesThePhoneOfTheStandInAlong()
+{
+    Begin();
+    StartCast(QStringLiteral("report run\nshow\n"));
+    VERIFY_SOON(world->EngineWindow().id != 0);
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsIdle());
+    VERIFY_SOON(world->EngineWindow().id == 0);
+    QVERIFY(EngineTime(QStringLiteral("window closed")) < 0);
 }
 
 QTEST_GUILESS_MAIN(TestCast)
