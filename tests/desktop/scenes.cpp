@@ -21,9 +21,9 @@
 using namespace Places;
 
 namespace {
-constexpr int LOOK_AGAIN_MS = 40;
+constexpr int LOOK_AGAIN_MS = 80;
 constexpr int LOOKS_AT_REST = 3;
-constexpr int LAST_PAGE_MS = 1000;
+constexpr int LAST_PAGE_MS = 2000;
 constexpr int WHEEL_DOWN = 5;
 constexpr int NOTCHES = 4;
 constexpr int PANEL_THICKNESS = 40;
