@@ -214,3 +214,11 @@ QString DesktopWorld::StartBus(QProcess& bus, const QString& type, const QString
     SetVariable(variable, address);
     return QString();
 }
+
+void DesktopWorld::KeepMessages(QProcess& process, QProcess::ProcessChannel first) const
+{
+    process.setStandardErrorFile(options.messages, QIODevice::Append);
+    if (first == QProcess::StandardOutput) {
+        process.setStandardOutputFile(options.messages, QIODevice::Append);
+    }
+}

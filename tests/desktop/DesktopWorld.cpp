@@ -4,10 +4,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QThread>
-#include <array>
-#include <climits>
 #include <csignal>
 #include <unistd.h>
 
@@ -15,7 +12,6 @@
 #include "Places.h"
 
 namespace {
-constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
 constexpr int LOOK_AGAIN_MS = 5;
 constexpr int STARTED_MS = 120000;
 constexpr int ENDED_MS = 20000;
@@ -32,11 +28,6 @@ constexpr int PENCIL_GONE_MS = 10000;
 constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
-
-QString BuiltProgram(const QString& name)
-{
-    return QStringLiteral(VELODESK_BINARY_DIR "/") + name;
-}
 
 void End(QProcess& process)
 {
@@ -63,31 +54,6 @@ bool WaitForEnd(QProcess& process, int milliseconds = -1)
     return DesktopWorld::WaitFor(
         [&process] { return process.state() == QProcess::NotRunning || process.waitForFinished(0); },
         milliseconds);
-}
-
-/// An /etc of links and binds in which only lsb-release is another.
-QStringList FalseEtc(const QString& lsbRelease)
-{
-    QStringList arguments{QStringLiteral("--tmpfs"), QStringLiteral("/etc")};
-    const QFileInfoList entries =
-        QDir(QStringLiteral("/etc"))
-            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& entry : entries) {
-        if (entry.fileName() == QLatin1String("lsb-release")) {
-            continue;
-        }
-        if (entry.isSymLink()) {
-            const QByteArray path = entry.filePath().toLocal8Bit();
-            std::array<char, PATH_MAX> target{};
-            if (readlink(path.constData(), target.data(), target.size() - 1) > 0) {
-                arguments << QStringLiteral("--symlink") << QString::fromLocal8Bit(target.data())
-                          << entry.filePath();
-            }
-        } else {
-            arguments << QStringLiteral("--ro-bind") << entry.filePath() << entry.filePath();
-        }
-    }
-    return arguments << QStringLiteral("--ro-bind") << lsbRelease << QStringLiteral("/etc/lsb-release");
 }
 
 QString Content(const QString& path)
@@ -210,28 +176,6 @@ int DesktopWorld::RunProgram(const QStringList& arguments, const QStringList& un
         return -1;
     }
     return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
-}
-
-std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& arguments,
-                                                      const QStringList& unset) const
-{
-    QProcessEnvironment changed = environment;
-    for (const QString& name : unset) {
-        changed.remove(name);
-    }
-    auto process = std::make_unique<QProcess>();
-    process->setProcessEnvironment(changed);
-    KeepMessages(*process, QProcess::StandardOutput);
-    QStringList command = SandboxArguments();
-    if (unset.contains(QStringLiteral("HOME"))) {
-        // Without a home the program tries the root of the file system, which is the machine's own.
-        command << QStringLiteral("--remount-ro") << QStringLiteral("/");
-    }
-    command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")
-            << arguments.first() << QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin/Velodesk")
-            << arguments.mid(1);
-    process->start(QStringLiteral("bwrap"), command);
-    return process;
 }
 
 qint64 DesktopWorld::AssistantPid() const
@@ -582,65 +526,6 @@ bool DesktopWorld::SaveScreen(const QString& path) const
     return desktop->Screen().save(path);
 }
 
-void DesktopWorld::Stage() const
-{
-    QDir stage(scratch.path());
-    stage.mkpath(QStringLiteral("files/bin"));
-    stage.mkpath(QStringLiteral("files/tandra/bin"));
-    QFile::copy(BuiltProgram(QStringLiteral("Velodesk")), InstalledDir() + QStringLiteral("/bin/Velodesk"));
-    QFile::copy(BuiltProgram(QStringLiteral("standin-engine")),
-                InstalledDir() + QStringLiteral("/tandra/bin/Tandra"));
-    QFile::copy(BuiltProgram(QStringLiteral("standin-phone")),
-                InstalledDir() + QStringLiteral("/tandra/bin/standin-phone"));
-    QFile::copy(BuiltProgram(QStringLiteral("standin-daemon")),
-                scratch.filePath(QStringLiteral("standin-daemon")));
-}
-
-QStringList DesktopWorld::RootArguments() const
-{
-    const QString programs = QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin");
-    const QString engine = QLatin1String(INSTALLED_DIR) + QStringLiteral("/tandra");
-    // The installed program below an /opt in which there is room for the engine. Display, buses and our own
-    // folders lie in /tmp.
-    QStringList arguments{QStringLiteral("--ro-bind"), options.root, QStringLiteral("/")};
-    for (const QString& shared : {QStringLiteral("/dev"), QStringLiteral("/proc"), QStringLiteral("/tmp")}) {
-        arguments << QStringLiteral("--dev-bind") << shared << shared;
-    }
-    return arguments << QStringLiteral("--tmpfs") << QStringLiteral("/opt") << QStringLiteral("--ro-bind")
-                     << options.root + programs << programs << QStringLiteral("--ro-bind")
-                     << InstalledDir() + QStringLiteral("/tandra") << engine
-                     << QStringLiteral("--die-with-parent") << QStringLiteral("--cap-drop")
-                     << QStringLiteral("ALL");
-}
-
-QStringList DesktopWorld::SandboxArguments() const
-{
-    if (!options.root.isEmpty()) {
-        return RootArguments();
-    }
-    // The empty /opt first, or missing mount points would be made on the machine itself. Without its
-    // capabilities root is refused what other users are refused.
-    QStringList arguments{QStringLiteral("--dev-bind"),
-                          QStringLiteral("/"),
-                          QStringLiteral("/"),
-                          QStringLiteral("--tmpfs"),
-                          QStringLiteral("/opt"),
-                          QStringLiteral("--bind"),
-                          InstalledDir(),
-                          QLatin1String(INSTALLED_DIR),
-                          QStringLiteral("--die-with-parent"),
-                          QStringLiteral("--cap-drop"),
-                          QStringLiteral("ALL")};
-    if (!options.lsbRelease.isNull()) {
-        QFile file(scratch.filePath(QStringLiteral("lsb-release")));
-        if (file.open(QIODevice::WriteOnly)) {
-            file.write(options.lsbRelease.toUtf8());
-        }
-        arguments << FalseEtc(file.fileName());
-    }
-    return arguments;
-}
-
 XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
 {
     const QList<XDesktop::Window> windows = desktop->WindowsOf(AssistantPid());
@@ -650,14 +535,6 @@ XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
         }
     }
     return {0, QRect(), QString()};
-}
-
-void DesktopWorld::KeepMessages(QProcess& process, QProcess::ProcessChannel first) const
-{
-    process.setStandardErrorFile(options.messages, QIODevice::Append);
-    if (first == QProcess::StandardOutput) {
-        process.setStandardOutputFile(options.messages, QIODevice::Append);
-    }
 }
 
 void DesktopWorld::EndEngines() const

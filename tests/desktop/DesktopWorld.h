@@ -21,6 +21,9 @@ public:
     /// As long as it takes: until nothing works any more, see Patience.
     static constexpr int PATIENCE_MS = -1;
 
+    /// Where the program sees its installed files.
+    static constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
+
     struct Options
     {
         /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
