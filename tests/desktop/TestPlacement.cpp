@@ -65,8 +65,10 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     Begin();
     const QPoint from = world->OnCard(TITLE_STRIP);
     QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
-    if (window.bottom() == 800 - 1) {
-        window.moveBottom(world->Desktop().WorkArea().bottom());
+    // Some managers have a bar of their own at the bottom; KWin tells of none while nothing takes room.
+    const QRect free = world->Desktop().WorkArea();
+    if (window.bottom() == 800 - 1 && !free.isEmpty()) {
+        window.moveBottom(free.bottom());
     }
     const XDesktop& desktop = world->Desktop();
     desktop.MoveTo(from);
