@@ -287,12 +287,14 @@ void TestAppManager::listenerOfTheEndMayStartAgain()
     UseShell(QStringLiteral("exit 0"));
     QList<QPointer<QProcess>> children;
     connect(manager.get(), &AppManager::AppFinished, this, [this, &children] {
-        children.append((App().*OpenApp::Processes()).back().get());
+        const QPointer<QProcess> ended((App().*OpenApp::Processes()).back().get());
+        children.append(ended);
         if (children.size() < RUNS) {
             manager->StartApp(AppManager::TANDRA_APP);
-            // Whoever is still at its signal finds it there, also in a loop of the listener's own.
+            // Whoever is still at its signal finds it there, also in a loop of the listener's own, in which
+            // the next one may end.
             QTest::qWait(1);
-            QVERIFY(!children.last().isNull());
+            QVERIFY(!ended.isNull());
         }
     });
     manager->StartApp(AppManager::TANDRA_APP);
