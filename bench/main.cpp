@@ -55,11 +55,17 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "the items are:\n");
         return List(stderr, 2);
     }
-    Report report;
-    for (const Item& item : ITEMS) {
-        if (wanted.isEmpty() || wanted.contains(&item)) {
-            item.measure(report, effort);
+    if (wanted.isEmpty()) {
+        for (const Item& item : ITEMS) {
+            wanted.append(&item);
         }
+    }
+    Report report;
+    int number = 0;
+    for (const Item* item : qAsConst(wanted)) {
+        // Beside the table, which goes to the standard output.
+        std::fprintf(stderr, "measuring %s, %d of %d\n", item->name, ++number, int(wanted.size()));
+        item->measure(report, effort);
     }
     if (!path.isEmpty() && !report.Save(path)) {
         std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(path));
