@@ -29,9 +29,36 @@ std::array<int, 4> Average(const QImage& image, const QRect& block)
     }
     return sum;
 }
+
+bool LooksLike(const std::array<int, 4>& mine, const std::array<int, 4>& yours)
+{
+    for (size_t channel = 0; channel < mine.size(); ++channel) {
+        if (std::abs(mine[channel] - yours[channel]) > TOLERANCE) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Whether the block is found in the other picture no further away than the slack, in pixels.
+bool IsNear(const QImage& one, const QRect& block, const QImage& other, int slack)
+{
+    const auto mine = Average(one, block);
+    for (int away = 0; away <= slack; ++away) {
+        for (int down = -away; down <= away; ++down) {
+            for (int right = -away; right <= away; ++right) {
+                const QRect there = block.translated(right, down);
+                if (other.rect().contains(there) && LooksLike(mine, Average(other, there))) {
+                    return true;
+                }
+            }
+        }
+    }
+    return false;
+}
 } // namespace
 
-QRect FindDifference(const QImage& one, const QImage& other)
+QRect FindDifference(const QImage& one, const QImage& other, int slack)
 {
     if (one.size() != other.size()) {
         return one.rect().united(other.rect());
@@ -42,12 +69,9 @@ QRect FindDifference(const QImage& one, const QImage& other)
     for (int y = 0; y < left.height(); y += STEP) {
         for (int x = 0; x < left.width(); x += STEP) {
             const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
-            const auto mine = Average(left, block);
-            const auto yours = Average(right, block);
-            for (size_t channel = 0; channel < mine.size(); ++channel) {
-                if (std::abs(mine[channel] - yours[channel]) > TOLERANCE) {
-                    difference = difference.united(block);
-                }
+            // Both ways: what one of them lacks is seen in the other one.
+            if (!IsNear(left, block, right, slack) || !IsNear(right, block, left, slack)) {
+                difference = difference.united(block);
             }
         }
     }
