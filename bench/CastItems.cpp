@@ -12,7 +12,7 @@
 
 namespace {
 constexpr int CAST_ROUNDS = 200;
-constexpr int IDLE_ROUNDS = 12;
+constexpr int IDLE_ROUNDS = 6;
 /// Long enough for the kernel's counts to mean something, with a report a second in it.
 constexpr int IDLE_SECONDS = 5;
 constexpr unsigned long SECOND_MS = 1000;

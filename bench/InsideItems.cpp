@@ -8,7 +8,7 @@
 #include "Items.h"
 
 namespace {
-constexpr int ROUNDS = 20;
+constexpr int ROUNDS = 12;
 constexpr double NS_PER_MS = 1e6;
 constexpr double NS_PER_US = 1e3;
 
@@ -26,7 +26,7 @@ QJsonArray RunOnce(const QString& pattern, const Effort& effort)
     process.start(BuiltProgram("bench-inside"),
                   {QStringLiteral("--benchmark_filter=") + pattern, QStringLiteral("--benchmark_format=json"),
                    QStringLiteral("--benchmark_min_time=") +
-                       (effort.quick ? QStringLiteral("0.02") : QStringLiteral("0.15"))});
+                       (effort.quick ? QStringLiteral("0.02") : QStringLiteral("0.1"))});
     process.waitForFinished(-1);
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
         qFatal("bench-inside fails for %s", qUtf8Printable(pattern));

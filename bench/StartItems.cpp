@@ -12,6 +12,8 @@
 
 namespace {
 constexpr int START_ROUNDS = 40;
+/// Three times as long, each of them.
+constexpr int BUSY_ROUNDS = 20;
 constexpr int MEMORY_ROUNDS = 15;
 constexpr double NS_PER_MS = 1e6;
 /// After its first frame a program has a little left to do, and then rests.
@@ -138,7 +140,7 @@ struct StartAims
     double wall;
 };
 
-void CompareStarts(Report& report, const Effort& effort, const QString& name, const StartAims& aims)
+void CompareStarts(Report& report, int rounds, const QString& name, const StartAims& aims)
 {
     const Desktop desktop;
     Row cpu{name + QStringLiteral(": CPU"),
@@ -154,7 +156,7 @@ void CompareStarts(Report& report, const Effort& effort, const QString& name, co
     Samples discarded;
     StartOnce(desktop, desktop.Ours(), discarded, discarded);
     StartOnce(desktop, desktop.Bare(), discarded, discarded);
-    for (int round = 0; round < effort.Rounds(START_ROUNDS); ++round) {
+    for (int round = 0; round < rounds; ++round) {
         StartOnce(desktop, desktop.Ours(), wall.ours, cpu.ours);
         StartOnce(desktop, desktop.Bare(), wall.yardstick, cpu.yardstick);
     }
@@ -165,7 +167,7 @@ void CompareStarts(Report& report, const Effort& effort, const QString& name, co
 
 void MeasureStart(Report& report, const Effort& effort)
 {
-    CompareStarts(report, effort, QStringLiteral("start"), {0.95, 1.0});
+    CompareStarts(report, effort.Rounds(START_ROUNDS), QStringLiteral("start"), {0.95, 1.0});
 }
 
 void MeasureBusyStart(Report& report, const Effort& effort)
@@ -173,7 +175,7 @@ void MeasureBusyStart(Report& report, const Effort& effort)
     const std::vector<std::string> spin{"sh", "-c", "while :; do :; done"};
     const Child first("sh", spin);
     const Child second("sh", spin);
-    CompareStarts(report, effort, QStringLiteral("start, two busy"), {1.0, 1.05});
+    CompareStarts(report, effort.Rounds(BUSY_ROUNDS), QStringLiteral("start, two busy"), {1.0, 1.05});
 }
 
 void MeasureMemory(Report& report, const Effort& effort)
