@@ -49,7 +49,7 @@ public:
     /// The standard deviation of the figure among runs that could as well have come.
     double Deviation() const
     {
-        std::mt19937 lots;
+        std::mt19937 lots(static_cast<unsigned>(ours.Count()));
         double sum = 0.0;
         double squares = 0.0;
         for (int draw = 0; draw < DRAWS; ++draw) {
