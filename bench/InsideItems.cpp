@@ -8,7 +8,7 @@
 #include "Items.h"
 
 namespace {
-constexpr int ROUNDS = 20;
+constexpr int ROUNDS = 12;
 constexpr double NS_PER_MS = 1e6;
 constexpr double NS_PER_US = 1e3;
 
@@ -26,7 +26,7 @@ QJsonArray RunOnce(const QString& pattern, const Effort& effort)
     process.start(BuiltProgram("bench-inside"),
                   {QStringLiteral("--benchmark_filter=") + pattern, QStringLiteral("--benchmark_format=json"),
                    QStringLiteral("--benchmark_min_time=") +
-                       (effort.quick ? QStringLiteral("0.02") : QStringLiteral("0.15"))});
+                       (effort.quick ? QStringLiteral("0.02") : QStringLiteral("0.1"))});
     process.waitForFinished(-1);
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
         qFatal("bench-inside fails for %s", qUtf8Printable(pattern));
@@ -84,7 +84,7 @@ void MeasureLog(Report& report, const Effort& effort)
         const Samples ours = PerSecond(samples[QStringLiteral("log/ours") + suffix]);
         const QString name = QStringLiteral("log lines, threads: %1").arg(threads);
         report.Add({name, QStringLiteral("1/s"), QStringLiteral("same calls in C"), ours,
-                    PerSecond(samples[QStringLiteral("log/plain") + suffix]), Row::RATIO_AT_LEAST, 0.8});
+                    PerSecond(samples[QStringLiteral("log/plain") + suffix]), Row::RATIO_AT_LEAST, 0.95});
         report.Add({name, QStringLiteral("1/s"), QStringLiteral("spdlog, no size look"), ours,
                     PerSecond(samples[QStringLiteral("log/spdlog") + suffix]), Row::NONE, 0.0});
     }
@@ -95,18 +95,19 @@ void MeasureRotation(Report& report, const Effort& effort)
     const SamplesByName samples = Run(QStringLiteral("^rotation/"), effort);
     report.Add({QStringLiteral("rotation of 32 MiB"), QStringLiteral("ms"), QStringLiteral("cp"),
                 Scaled(samples[QStringLiteral("rotation/ours")], 1 / NS_PER_MS),
-                Scaled(samples[QStringLiteral("rotation/cp")], 1 / NS_PER_MS), Row::RATIO_AT_MOST, 3.0});
+                Scaled(samples[QStringLiteral("rotation/cp")], 1 / NS_PER_MS), Row::RATIO_AT_MOST, 1.5});
 }
 
 void MeasureSettings(Report& report, const Effort& effort)
 {
     const SamplesByName samples = Run(QStringLiteral("^settings/"), effort);
-    for (const QString& access : {QStringLiteral("get"), QStringLiteral("set")}) {
+    for (const auto& [access, limit] :
+         {std::pair(QStringLiteral("get"), 0.4), std::pair(QStringLiteral("set"), 0.25)}) {
         const QString prefix = QStringLiteral("settings/") + access;
         report.Add({QStringLiteral("settings: ") + access, QStringLiteral("µs"), QStringLiteral("QSettings"),
                     Scaled(samples[prefix + QStringLiteral("/ours")], 1 / NS_PER_US),
                     Scaled(samples[prefix + QStringLiteral("/qsettings")], 1 / NS_PER_US), Row::RATIO_AT_MOST,
-                    0.5});
+                    limit});
     }
 }
 

@@ -22,6 +22,8 @@ struct Item
 };
 
 void MeasureStart(Report& report, const Effort& effort);
+/// The same beside two processes that never rest.
+void MeasureBusyStart(Report& report, const Effort& effort);
 void MeasureMemory(Report& report, const Effort& effort);
 void MeasureCast(Report& report, const Effort& effort);
 void MeasureIdle(Report& report, const Effort& effort);

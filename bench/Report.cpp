@@ -34,6 +34,13 @@ QString AimText(const Row& row)
     return QString();
 }
 
+QString Kind(Row::Aim aim)
+{
+    return aim == Row::P99_BELOW      ? QStringLiteral("p99")
+           : aim == Row::MORE_AT_MOST ? QStringLiteral("difference")
+                                      : QStringLiteral("ratio");
+}
+
 QString WithSpread(const Samples& samples)
 {
     return samples.Count() == 0
@@ -84,6 +91,7 @@ QJsonObject RowToJson(const Row& row)
             {QStringLiteral("ours_iqr"), row.ours.Spread()},
             {QStringLiteral("yardstick_median"), row.yardstick.Median()},
             {QStringLiteral("yardstick_iqr"), row.yardstick.Spread()},
+            {QStringLiteral("kind"), Kind(row.aim)},
             {QStringLiteral("figure"), row.Figure()},
             {QStringLiteral("aim"), AimText(row)},
             {QStringLiteral("met"), row.IsMet()},

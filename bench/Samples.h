@@ -10,6 +10,7 @@ class Samples
 public:
     void Add(double value) { values.append(value); }
     int Count() const { return values.size(); }
+    double At(int index) const { return values.at(index); }
 
     double Median() const { return Quantile(0.5); }
     /// The middle half's width: what noise there was.

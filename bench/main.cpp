@@ -8,9 +8,11 @@
 
 namespace {
 constexpr Item ITEMS[] = {
-    {"start", MeasureStart},       {"memory", MeasureMemory},     {"cast", MeasureCast},
-    {"idle", MeasureIdle},         {"quit", MeasureQuit},         {"log", MeasureLog},
-    {"rotation", MeasureRotation}, {"settings", MeasureSettings}, {"growth", MeasureGrowth},
+    {"start", MeasureStart},       {"busy-start", MeasureBusyStart},
+    {"memory", MeasureMemory},     {"cast", MeasureCast},
+    {"idle", MeasureIdle},         {"quit", MeasureQuit},
+    {"log", MeasureLog},           {"rotation", MeasureRotation},
+    {"settings", MeasureSettings}, {"growth", MeasureGrowth},
     {"erase", MeasureErase},       {"messages", MeasureMessages},
 };
 

@@ -23,7 +23,7 @@ double ScreenFactor()
 }
 } // namespace
 
-StartEnvironment::StartEnvironment()
+StartEnvironment::StartEnvironment() : openGlIsTheUsers(qEnvironmentVariableIsSet(GL_INTEGRATION))
 {
     if (!qEnvironmentVariableIsEmpty(DISPLAY_NAME) && qEnvironmentVariableIsEmpty(PLATFORM)) {
         // In a Wayland session Qt would take its plug-in for that, under which no window stands in its place
@@ -36,7 +36,7 @@ StartEnvironment::StartEnvironment()
     // What a window here leaves open is not for the desktop to settle: a dark one would write white on white.
     QApplication::setDesktopSettingsAware(false);
     Replace(STYLE, "fusion");
-    if (!qEnvironmentVariableIsSet(GL_INTEGRATION)) {
+    if (!openGlIsTheUsers) {
         // No window here draws with OpenGL, and to load it takes more than half of the start and 20 MiB.
         Replace(GL_INTEGRATION, "none");
     }
@@ -47,8 +47,21 @@ StartEnvironment::~StartEnvironment()
     GiveBack();
 }
 
+void StartEnvironment::ReadOwnPicturesOnly()
+{
+    if (!openGlIsTheUsers) {
+        pluginPaths = QCoreApplication::libraryPaths();
+        QCoreApplication::setLibraryPaths({});
+    }
+}
+
 void StartEnvironment::GiveBack()
 {
+    // Nothing is read any more once the application is gone.
+    if (!pluginPaths.isEmpty() && QCoreApplication::instance() != nullptr) {
+        QCoreApplication::setLibraryPaths(pluginPaths);
+    }
+    pluginPaths.clear();
     for (const Variable& variable : given) {
         if (variable.wasSet) {
             qputenv(variable.name, variable.value);

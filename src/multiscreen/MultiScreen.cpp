@@ -11,6 +11,8 @@
 
 #include "config/Configure.h"
 #include "config/Constant.h"
+#include "multiscreen/StatusPicture.h"
+#include "multiscreen/WhiteGround.h"
 #include "platform/DirOperator.h"
 #include "platform/Logger.h"
 #include "platform/RandomCode.h"
@@ -100,6 +102,10 @@ MultiScreen::MultiScreen(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui_MultiScreen>()), helpView(nullptr)
 {
     ui->setupUi(this);
+    // What a report changes is painted without the card's layers below it.
+    new StatusPicture(ui->StatusFrame, this);
+    new WhiteGround(ui->PreScreenBtn, this);
+    new WhiteGround(ui->ScreenLabel, this);
     fontFamily = QStringLiteral("Noto Sans CJK SC");
     for (QPushButton* button :
          {ui->PreScreenBtn, ui->NameEditBtn, ui->ReturnBtn, ui->NewHandBtn, ui->NewHandReturnBtn,
@@ -122,10 +128,15 @@ MultiScreen::~MultiScreen()
 
 void MultiScreen::SetPreScreenStatus(bool casting)
 {
+    // Each place is painted by itself: the shadow has Qt paint all that lies between places that change
+    // together.
     ui->PreScreenBtn->setText(casting ? STOP_TEXT : START_TEXT);
     ui->PreScreenBtn->setStyleSheet(casting ? STOP_BTN_STYLE : START_BTN_STYLE);
+    ui->PreScreenBtn->repaint();
     ui->ScreenLabel->setText(casting ? QStringLiteral("投屏中") : QStringLiteral("未投屏"));
+    ui->ScreenLabel->repaint();
     ui->StatusFrame->setStyleSheet(casting ? CASTING_PICTURE_STYLE : IDLE_PICTURE_STYLE);
+    ui->StatusFrame->repaint();
 }
 
 void MultiScreen::ClickPreScreenBtn()

@@ -25,36 +25,13 @@ QPixmap Outline(const QWidget& card, const QSize& size)
     card.style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, &card);
     return outline;
 }
-/// Where a length is cut in two ends and a middle.
-struct Cuts
-{
-    int start[3];
-    int length[3];
-};
+/// As wide or as high as a strip is laid out at a time.
+constexpr int TILE_LENGTH = 64;
 
-Cuts Cut(int start, int length, int end)
+/// What of the picture is the same along one direction, long enough to be laid out side by side.
+QPixmap Tile(const QPixmap& picture, const QRect& part, const QSize& size)
 {
-    return {{start, start + end, start + length - end}, {end, length - 2 * end, end}};
-}
-
-/// The corners of the picture as they are, its sides stretched, and no middle: the card hides that.
-void DrawFrame(QPainter& painter, const QRect& place, const QPixmap& picture)
-{
-    const int endX = picture.width() / 2 - 1;
-    const int endY = picture.height() / 2 - 1;
-    const Cuts toX = Cut(place.x(), place.width(), endX);
-    const Cuts toY = Cut(place.y(), place.height(), endY);
-    const Cuts fromX = Cut(0, picture.width(), endX);
-    const Cuts fromY = Cut(0, picture.height(), endY);
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            if (row != 1 || column != 1) {
-                painter.drawPixmap(
-                    QRect(toX.start[column], toY.start[row], toX.length[column], toY.length[row]), picture,
-                    QRect(fromX.start[column], fromY.start[row], fromX.length[column], fromY.length[row]));
-            }
-        }
-    }
+    return picture.copy(part).scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
 }
 } // namespace
 
@@ -67,6 +44,7 @@ void CardShadow::draw(QPainter* painter)
     const QSize sample = card->size().boundedTo(QSize(2 * CORNER_REACH, 2 * CORNER_REACH));
     if (pictureSample != sample || pictureStyle != card->styleSheet()) {
         picture = MakePicture(sample);
+        MakeTiles();
         pictureSample = sample;
         pictureStyle = card->styleSheet();
     }
@@ -74,12 +52,10 @@ void CardShadow::draw(QPainter* painter)
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }
-    const int blur = qCeil(blurRadius());
     // In place of what is there: Qt has cleared the places that changed, but lets the effect paint all that
     // lies between them, and a shadow on a shadow grows darker.
     painter->setCompositionMode(QPainter::CompositionMode_Source);
-    DrawFrame(*painter, card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint()),
-              picture);
+    DrawFrame(*painter);
     painter->setCompositionMode(QPainter::CompositionMode_SourceOver);
     drawSource(painter);
 }
@@ -109,4 +85,47 @@ QPixmap CardShadow::MakePicture(const QSize& sampleSize) const
     scene.render(&painter, QRectF(result.rect()), QRectF(both));
     painter.end();
     return result.copy(shadow.translated(-both.topLeft()));
+}
+
+void CardShadow::MakeTiles()
+{
+    if (picture.isNull()) {
+        return;
+    }
+    corner = QSize(picture.width() / 2 - 1, picture.height() / 2 - 1);
+    const QPoint end(picture.width() - corner.width(), picture.height() - corner.height());
+    const QSize middle(end.x() - corner.width(), end.y() - corner.height());
+    const QSize along(TILE_LENGTH, corner.height());
+    const QSize down(corner.width(), TILE_LENGTH);
+    top = Tile(picture, {QPoint(corner.width(), 0), QSize(middle.width(), corner.height())}, along);
+    bottom = Tile(picture, {QPoint(corner.width(), end.y()), QSize(middle.width(), corner.height())}, along);
+    left = Tile(picture, {QPoint(0, corner.height()), QSize(corner.width(), middle.height())}, down);
+    right = Tile(picture, {QPoint(end.x(), corner.height()), QSize(corner.width(), middle.height())}, down);
+}
+
+void CardShadow::DrawFrame(QPainter& painter) const
+{
+    const int blur = qCeil(blurRadius());
+    const QRect frame = card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint());
+    const QPoint endOfPicture(picture.width() - corner.width(), picture.height() - corner.height());
+    const int endX = frame.x() + frame.width() - corner.width();
+    const int endY = frame.y() + frame.height() - corner.height();
+
+    painter.drawPixmap(frame.topLeft(), picture, QRect(QPoint(0, 0), corner));
+    painter.drawPixmap(QPoint(endX, frame.y()), picture, QRect(QPoint(endOfPicture.x(), 0), corner));
+    painter.drawPixmap(QPoint(frame.x(), endY), picture, QRect(QPoint(0, endOfPicture.y()), corner));
+    painter.drawPixmap(QPoint(endX, endY), picture, QRect(endOfPicture, corner));
+
+    // The card is opaque behind its edges: of the sides only what lies beside it is seen.
+    const QRect inner = frame.adjusted(corner.width(), corner.height(), -corner.width(), -corner.height());
+    const int above = -frame.y();
+    const int below = frame.y() + frame.height() - card->height();
+    const int before = -frame.x();
+    const int behind = frame.x() + frame.width() - card->width();
+    painter.drawTiledPixmap(QRect(inner.x(), frame.y(), inner.width(), above), top);
+    painter.drawTiledPixmap(QRect(inner.x(), card->height(), inner.width(), below), bottom,
+                            QPoint(0, corner.height() - below));
+    painter.drawTiledPixmap(QRect(frame.x(), inner.y(), before, inner.height()), left);
+    painter.drawTiledPixmap(QRect(card->width(), inner.y(), behind, inner.height()), right,
+                            QPoint(corner.width() - behind, 0));
 }

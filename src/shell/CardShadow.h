@@ -25,8 +25,17 @@ private:
     /// Null for a card whose own background does not fill it: its children cast the shadow, and Qt draws it.
     QPixmap MakePicture(const QSize& sampleSize) const;
 
+    void MakeTiles();
+    void DrawFrame(QPainter& painter) const;
+
     const QWidget* card;
     QPixmap picture;
+    /// Of each corner of the picture, and what lies between two of them.
+    QSize corner;
+    QPixmap top;
+    QPixmap bottom;
+    QPixmap left;
+    QPixmap right;
     /// What the picture was made of.
     QString pictureStyle;
     QSize pictureSample;

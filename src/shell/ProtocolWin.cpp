@@ -67,6 +67,7 @@ ProtocolWin::ProtocolWin(QWidget* parent)
 {
     ui->setupUi(this);
     SetCard(ui->shadowLayout, ui->widget_bg, LAST_DRAG_POINT);
+    StyleCard();
     ui->AgreeBtn->setFocusPolicy(Qt::NoFocus);
     ui->BeginBtn->setFocusPolicy(Qt::NoFocus);
     ui->MinBtn->setFocusPolicy(Qt::NoFocus);
@@ -153,19 +154,22 @@ void ProtocolWin::InitProtocolDialogConnection() const
     connect(ui->CloseBtn, &QPushButton::clicked, this, &ProtocolWin::Exit);
 }
 
+void ProtocolWin::StyleCard()
+{
+    const bool shadow = Shadow::useShadow;
+    ui->widget_bg->setStyleSheet(shadow ? CARD_SHADOW_STYLE : CARD_PLAIN_STYLE);
+    ui->CloseBtn->setStyleSheet(shadow ? CLOSE_BTN_SHADOW_STYLE : CLOSE_BTN_STYLE);
+}
+
 void ProtocolWin::ApplyShadowLook(const QRect& area)
 {
     setAttribute(Qt::WA_TranslucentBackground, true);
     SetAdjustShadow(area);
-    ui->widget_bg->setStyleSheet(CARD_SHADOW_STYLE);
-    ui->CloseBtn->setStyleSheet(CLOSE_BTN_SHADOW_STYLE);
 }
 
 void ProtocolWin::ApplyPlainLook(const QRect& area)
 {
     SetLayout(area);
-    ui->widget_bg->setStyleSheet(CARD_PLAIN_STYLE);
-    ui->CloseBtn->setStyleSheet(CLOSE_BTN_STYLE);
     SetFrameColor();
 }
 

@@ -38,6 +38,8 @@ public slots:
 private:
     void InitProtocolDialogPage();
     void InitProtocolDialogConnection() const;
+    /// Before there is more on the card: with each style sheet all that lies below is styled again.
+    void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
 

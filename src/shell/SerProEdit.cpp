@@ -1,12 +1,16 @@
 #include "shell/SerProEdit.h"
 
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFile>
 #include <QMouseEvent>
 #include <QRegExp>
 #include <QScrollBar>
 #include <QTextCursor>
+#include <QTextDocumentFragment>
 #include <QUrl>
+#include <memory>
+#include <utility>
 
 #include "platform/Logger.h"
 
@@ -46,6 +50,29 @@ QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical {
 background:rgba(0,0,0,0%);
 border-radius:2px;
 })");
+
+/// A text and what was read from it.
+struct Reading
+{
+    QString html;
+    QTextDocumentFragment content;
+};
+/// The last one, until it was wanted a second time: the agreement stands in two views.
+std::unique_ptr<Reading> lastReading;
+
+QTextDocumentFragment Read(const QString& html, const QTextDocument* document)
+{
+    if (lastReading == nullptr) {
+        lastReading = std::make_unique<Reading>();
+        // What is read is text with fonts, and is not to outlive the application.
+        qAddPostRoutine([] { lastReading.reset(); });
+    }
+    if (lastReading->html == html) {
+        return std::exchange(*lastReading, Reading()).content;
+    }
+    *lastReading = {html, QTextDocumentFragment::fromHtml(html, document)};
+    return lastReading->content;
+}
 } // namespace
 
 SerProEdit::SerProEdit(QWidget* parent) : QTextEdit(parent) {}
@@ -74,7 +101,7 @@ void SerProEdit::InitUi(QString path)
     cursor.setPosition(position);
     cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
-    cursor.insertHtml(html);
+    cursor.insertFragment(Read(html, document()));
     cursor.movePosition(QTextCursor::Start);
     cursor.endEditBlock();
     setTextCursor(cursor);

@@ -102,6 +102,7 @@ VeloWin::VeloWin(QWidget* parent)
 {
     ui->setupUi(this);
     SetCard(ui->shadowLayout, ui->widget_bg, QPoint(LAST_DRAG_X, ui->topFrame->height() - 1));
+    StyleCard();
     ui->minBtn->setFocusPolicy(Qt::NoFocus);
     ui->exitBtn->setFocusPolicy(Qt::NoFocus);
     InitUi();
@@ -349,13 +350,18 @@ void VeloWin::InitPopMenu()
     connect(menuUi->set, &QPushButton::clicked, &popUpMenu, &QWidget::hide);
 }
 
+void VeloWin::StyleCard()
+{
+    const bool shadow = Shadow::useShadow;
+    ui->widget_bg->setStyleSheet(shadow ? CARD_SHADOW_STYLE : CARD_PLAIN_STYLE);
+    ui->menuFrame->setStyleSheet(shadow ? COLUMN_SHADOW_STYLE : COLUMN_PLAIN_STYLE);
+    ui->exitBtn->setStyleSheet(shadow ? CLOSE_BTN_SHADOW_STYLE : CLOSE_BTN_PLAIN_STYLE);
+}
+
 void VeloWin::ApplyShadowLook(const QRect& area)
 {
     setAttribute(Qt::WA_TranslucentBackground, true);
     SetAdjustShadow(area);
-    ui->widget_bg->setStyleSheet(CARD_SHADOW_STYLE);
-    ui->menuFrame->setStyleSheet(COLUMN_SHADOW_STYLE);
-    ui->exitBtn->setStyleSheet(CLOSE_BTN_SHADOW_STYLE);
     ui->justCover->hide();
     ui->justCover2->hide();
 }
@@ -363,9 +369,6 @@ void VeloWin::ApplyShadowLook(const QRect& area)
 void VeloWin::ApplyPlainLook(const QRect& area)
 {
     SetLayout(area);
-    ui->widget_bg->setStyleSheet(CARD_PLAIN_STYLE);
-    ui->menuFrame->setStyleSheet(COLUMN_PLAIN_STYLE);
-    ui->exitBtn->setStyleSheet(CLOSE_BTN_PLAIN_STYLE);
     ui->justCover->show();
     ui->justCover2->show();
     SetFrameColor();

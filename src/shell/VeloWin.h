@@ -67,6 +67,8 @@ private:
     void InitUi();
     void InitConnect() const;
     void InitPopMenu();
+    /// Before there are pages on the card: with each style sheet all that lies below is styled again.
+    void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
     void ApplyMenuShadowLook();

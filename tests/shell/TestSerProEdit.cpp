@@ -59,6 +59,7 @@ private slots:
     void loadShowsTheTop();
     void documentEndsAtItsFirstZeroByte();
     void missingDocumentLeavesTheViewAsItWas();
+    void viewsOfOneTextAreAlike();
     void viewIsReadOnlyAndStyled();
     void releaseGoesToThePressHandler();
 
@@ -269,6 +270,21 @@ void TestSerProEdit::missingDocumentLeavesTheViewAsItWas()
     QCOMPARE(view->toPlainText(), QStringLiteral("Heading"));
     QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"),
                           QStringLiteral("File /nowhere/document open failed.")));
+}
+
+void TestSerProEdit::viewsOfOneTextAreAlike()
+{
+    const QString path = Write("<p style='font-weight:bold'>one</p><p>two <i>three</i></p>");
+    view->InitUi(path);
+    // Read once for the first two, and again for the third.
+    for (int other = 0; other < 2; ++other) {
+        SerProEdit second(nullptr);
+        second.InitUi(path);
+        QCOMPARE(second.toHtml(), view->toHtml());
+        second.clear();
+    }
+    view->InitUi(Write("<p>four</p>"));
+    QVERIFY(view->toPlainText().endsWith(QStringLiteral("four")));
 }
 
 void TestSerProEdit::viewIsReadOnlyAndStyled()
