@@ -11,7 +11,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QPainter>
 #include <csignal>
 #include <cstdio>
 
@@ -35,9 +34,6 @@ constexpr QRgb SMALL_GROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QPoint DOCUMENT_MIDDLE(300, 250);
 constexpr QPoint AGREEMENT_MIDDLE(448, 230);
 constexpr QPoint CARD_BLANK(40, 480);
-/// The picture of the state, on the card. It is stretched by two pixels, and where only a part of it is
-/// painted anew, some pixels come out one step of 255 lighter or darker.
-constexpr QRect STATUS_PICTURE(168 + 207, 44 + 118, 306, 192);
 
 const QStringList TYPED_NAMES{QStringLiteral("i"),
                               QStringLiteral("Study-PC_1"),
@@ -131,9 +127,6 @@ void Scenes::Save(const QString& name, QRect area)
                 picture.setPixel(x, y, 0);
             }
         }
-    }
-    if (name.startsWith(QLatin1String("name-"))) {
-        QPainter(&picture).fillRect(STATUS_PICTURE, Qt::black);
     }
     ++number;
     picture.save(
