@@ -38,3 +38,13 @@ function(velodesk_split_debuginfo target)
         BYPRODUCTS ${program}.debug
         VERBATIM)
 endfunction()
+
+# A library that others link: without debug information, whose paths and lines would be ours.
+function(velodesk_strip_library target)
+    if(CMAKE_BUILD_TYPE STREQUAL "Release")
+        add_custom_command(TARGET ${target} POST_BUILD
+            COMMAND ${CMAKE_STRIP} --strip-debug --remove-section=.comment --enable-deterministic-archives
+                $<TARGET_FILE:${target}>
+            VERBATIM)
+    endif()
+endfunction()
