@@ -1,5 +1,5 @@
 // A cast engine in its smallest form: it reports to the assistant, and ends when it is asked to.
-//   c++ -std=c++17 engine.cpp -o Tandra $(pkg-config --cflags --libs velodesk-statuschannel)
+//   c++ -std=c++17 -fPIC engine.cpp -o Tandra $(pkg-config --cflags --libs velodesk-statuschannel)
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QTimer>
