@@ -1,6 +1,8 @@
 # Sourced after setup.bash by what works in roots of other releases of Debian, made once in build/releases.
 
 RELEASES=(bullseye bookworm trixie)
+# One and the same for all that a script starts, whatever is committed meanwhile.
+export VELODESK_COMMIT=${VELODESK_COMMIT:-$(git rev-parse HEAD)}
 
 is_release() { case " ${RELEASES[*]} " in *" $1 "*) ;; *) return 1 ;; esac; }
 
@@ -68,7 +70,7 @@ in_root() {
 # Puts the last commit into a folder of a root, over what may stand there.
 copy_commit() {
     as_root mkdir -p "$1$2"
-    as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar HEAD |
+    as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar "$VELODESK_COMMIT" |
         as_root tar --extract --no-same-owner --directory "$1$2"
 }
 
@@ -80,8 +82,8 @@ build_packages() {
     as_root rm -rf --one-file-system "${root:?}$folder"
     copy_commit "$root" "$folder" || return
     # All times in the packages are that of the commit, so that anybody gets the same bytes from it.
-    in_root "$root" --setenv SOURCE_DATE_EPOCH "$(git log -1 --format=%ct)" --setenv CCACHE_DIR /var/cache/ccache \
-        --chdir "$folder" "$@" -- packaging/build --here "$architecture"
+    in_root "$root" --setenv SOURCE_DATE_EPOCH "$(git log -1 --format=%ct "$VELODESK_COMMIT")" \
+        --setenv CCACHE_DIR /var/cache/ccache --chdir "$folder" "$@" -- packaging/build --here "$architecture"
 }
 
 # Copies the packages that were built in a folder of $root to build/packages, with the commit they are of.
@@ -93,5 +95,5 @@ take_packages() {
         cp "$package" build/packages/
         printf '%s\n' "build/packages/${package##*/}"
     done
-    git rev-parse HEAD >"build/packages/$1-$2.commit"
+    printf '%s\n' "$VELODESK_COMMIT" >"build/packages/$1-$2.commit"
 }
