@@ -51,10 +51,14 @@ as_root() {
 }
 
 install_packages() {
-    local missing=() package
+    local missing=() package architecture native
+    native=$(dpkg --print-architecture)
     for package in "$@"; do
-        # A line for each architecture that has it.
-        if ! dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed; then
+        architecture=$native
+        [ "${package%:*}" = "$package" ] || architecture=${package#*:}
+        # A line for each architecture that has it: another's library is of no use.
+        if ! dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+            grep -qxE "($architecture|all) installed"; then
             missing+=("$package")
         fi
     done
