@@ -13,7 +13,7 @@ PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
-PACKAGES_PACKAGE_TEST=(lintian mmdebstrap)
+PACKAGES_PACKAGE_TEST=(lintian)
 PACKAGES_EMULATION=(qemu-user-static)
 # The cross compiler, and the libraries of the other architecture.
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
