@@ -14,7 +14,7 @@ PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
 PACKAGES_PACKAGE_TEST=(lintian)
-PACKAGES_EMULATION=(qemu-user-static)
+PACKAGES_EMULATION=(qemu-user-static mount)
 # The cross compiler, and the libraries of the other architecture.
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
