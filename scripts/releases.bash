@@ -30,8 +30,8 @@ make_root() {
     shift 2
     as_root rm -rf --one-file-system "$root"
     mkdir -p "${root%/*}"
-    # Old releases are not signed anew.
-    as_root mmdebstrap --variant=apt --aptopt='Acquire::Check-Valid-Until "false"' \
+    # Old releases are not signed anew. A root that is lost with the power is made again.
+    as_root mmdebstrap --variant=apt --aptopt='Acquire::Check-Valid-Until "false"' --dpkgopt=force-unsafe-io \
         --keyring=/usr/share/keyrings/debian-archive-keyring.gpg "$@" \
         "$release" "$root" "deb $(debian_archive) $release main"
 }
