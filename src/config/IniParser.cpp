@@ -276,7 +276,8 @@ void IniParser::WriteComments(std::ofstream& stream, const ConfigFile& configFil
                               const std::string& section) const
 {
     for (std::size_t i = 0;; ++i) {
-        const std::string& comment = TextOf(configFile.commentLines, section + std::to_string(i));
+        const std::string key = section + std::to_string(i);
+        const std::string& comment = TextOf(configFile.commentLines, key);
         if (comment.empty()) {
             return;
         }

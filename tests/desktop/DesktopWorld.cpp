@@ -188,6 +188,11 @@ qint64 DesktopWorld::AssistantPid() const
     return 0;
 }
 
+bool DesktopWorld::AssistantSleeps() const
+{
+    return ProcessState(AssistantPid()).contains(QLatin1String("S (sleeping)"));
+}
+
 bool DesktopWorld::WaitForDaemonEnd(int milliseconds)
 {
     return WaitForEnd(daemon, milliseconds);

@@ -89,6 +89,8 @@ public:
 
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
+    /// Whether the assistant waits for events, and does not work or wait for a processor.
+    bool AssistantSleeps() const;
     bool WaitForDaemonEnd(int milliseconds = PATIENCE_MS);
     /// 0 if the daemon was told to exit, 1 if not.
     int DaemonStatus() const;

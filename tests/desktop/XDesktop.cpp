@@ -18,6 +18,9 @@ struct XDesktop::Connection
     /// The window that asks whether windows are managed; 0 while there is none.
     ::Window probe = 0;
     QElapsedTimer probeAge;
+    /// The speck and its colour; 0 while there is none.
+    ::Window speck = 0;
+    QRgb beat = 0;
 
     /// Properties of format 32, as Xlib gives them.
     QList<unsigned long> Longs(::Window window, const char* name) const
@@ -137,6 +140,8 @@ constexpr unsigned long STEP_MS = 12;
 constexpr int DRAG_STEPS = 12;
 /// A window manager that has not taken charge of a window by then will not: it looks at the next one.
 constexpr int OVERLOOKED_MS = 200;
+/// Where neither panels nor the program's windows are.
+constexpr QRect SPECK(50, 50, 2, 2);
 } // namespace
 
 XDesktop::XDesktop(const QString& display) : x(std::make_unique<Connection>())
@@ -364,6 +369,28 @@ void XDesktop::Type(const QString& text) const
         // A keysym of Latin 1 has the character's number.
         PressKey(letter.unicode());
     }
+}
+
+void XDesktop::Beat() const
+{
+    if (x->speck == 0) {
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        x->speck =
+            XCreateWindow(x->display, x->root, SPECK.x(), SPECK.y(), static_cast<unsigned int>(SPECK.width()),
+                          static_cast<unsigned int>(SPECK.height()), 0, CopyFromParent, InputOutput,
+                          CopyFromParent, CWOverrideRedirect, &attributes);
+    }
+    x->beat = qRgb(0xC0, 0x20, (qBlue(x->beat) + 1) % 256);
+    XSetWindowBackground(x->display, x->speck, x->beat & 0xFFFFFFU);
+    XMapRaised(x->display, x->speck);
+    XClearWindow(x->display, x->speck);
+    XSync(x->display, False);
+}
+
+bool XDesktop::ShowsBeat() const
+{
+    return PixelAt(SPECK.topLeft()) == x->beat;
 }
 
 QImage XDesktop::Screen() const

@@ -65,6 +65,11 @@ public:
     /// Types printable characters of ASCII.
     void Type(const QString& text) const;
 
+    /// Changes a speck near the screen's upper left corner, and whether the screen shows the last change. A
+    /// compositor may be behind what programs have drawn, or keep it until something else changes.
+    void Beat() const;
+    bool ShowsBeat() const;
+
     /// What the screen shows now.
     QImage Screen() const;
     /// A part of the screen; what lies outside it is undefined.

@@ -90,7 +90,11 @@ private:
 
 bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
 {
-    if (DesktopWorld::WaitFor(reached)) {
+    const auto drawnAndReached = [&] {
+        world.Desktop().Beat();
+        return reached();
+    };
+    if (DesktopWorld::WaitFor(drawnAndReached)) {
         return true;
     }
     std::fprintf(stderr, "%s never came\n%s\n", what, qUtf8Printable(world.Describe()));
@@ -104,8 +108,12 @@ QImage Scenes::AtRest(const QRect& area) const
     int equal = 0;
     DesktopWorld::WaitFor([&] {
         DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
+        // A busy program or compositor stands still too.
+        const bool slept = world.AssistantSleeps();
+        world.Desktop().Beat();
+        DesktopWorld::WaitFor([this] { return world.Desktop().ShowsBeat(); });
         const QImage next = world.Desktop().Area(area);
-        equal = next == last ? equal + 1 : 0;
+        equal = slept && next == last ? equal + 1 : 0;
         last = next;
         return equal == LOOKS_AT_REST;
     });

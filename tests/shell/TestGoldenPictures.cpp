@@ -1,7 +1,9 @@
 #include <QDir>
+#include <QLibraryInfo>
 #include <QPainter>
 #include <QPainterPath>
 #include <QSet>
+#include <QVersionNumber>
 #include <QtTest>
 
 #include "Portraits.h"
@@ -10,7 +12,10 @@
 
 namespace {
 const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/");
-}
+/// The pictures were taken with this Qt. Newer ones give the same; the libraries beside an older one hint
+/// letters otherwise, and one set of pictures that bears it is kept up more surely than one for each release.
+const QVersionNumber TAKEN_WITH(5, 15, 8);
+} // namespace
 
 class TestGoldenPictures : public QObject
 {
@@ -23,6 +28,7 @@ private slots:
     void comparisonSeesAMovedWidget();
     void comparisonSeesAnotherColour();
     void comparisonBearsAnotherRasteriser();
+    void comparisonForAnotherReleaseSeesWhatIsMissing();
 
 private:
     static QImage Golden(const QString& name) { return QImage(GOLDEN + name + QStringLiteral(".png")); }
@@ -38,12 +44,13 @@ void TestGoldenPictures::windowsLookAsTheyDid_data()
 void TestGoldenPictures::windowsLookAsTheyDid()
 {
     QFETCH(bool, shadow);
+    const Allowance& allowance = QLibraryInfo::version() < TAKEN_WITH ? OTHER_RELEASE : OTHER_RASTERISER;
     QStringList different;
     for (const Portrait& portrait : TakePortraits(shadow)) {
         if (!portrait.golden) {
             continue;
         }
-        const QRect difference = FindDifference(portrait.image, Golden(portrait.name));
+        const QRect difference = FindDifference(portrait.image, Golden(portrait.name), allowance);
         if (!difference.isEmpty()) {
             // Beside the test, for people to look at.
             portrait.image.save(portrait.name + QStringLiteral(".png"));
@@ -100,6 +107,21 @@ void TestGoldenPictures::comparisonSeesAnotherColour()
         }
     }
     QVERIFY(!FindDifference(before, after).isEmpty());
+}
+
+void TestGoldenPictures::comparisonForAnotherReleaseSeesWhatIsMissing()
+{
+    const QImage before = Golden(QStringLiteral("main-idle-shadow"));
+    const QRect pencil(600, 424, 24, 24);
+    QImage without = before;
+    QImage moved = before;
+    for (QImage* after : {&without, &moved}) {
+        QPainter(after).fillRect(pencil, before.pixelColor(pencil.topLeft()));
+    }
+    QPainter(&moved).drawImage(pencil.translated(8, 0), before, pencil);
+    QVERIFY(FindDifference(before, before, OTHER_RELEASE).isEmpty());
+    QVERIFY(!FindDifference(before, without, OTHER_RELEASE).isEmpty());
+    QVERIFY(!FindDifference(before, moved, OTHER_RELEASE).isEmpty());
 }
 
 void TestGoldenPictures::comparisonBearsAnotherRasteriser()

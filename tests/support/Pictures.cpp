@@ -8,9 +8,6 @@ namespace {
 constexpr int BLOCK = 8;
 /// Blocks overlap: what is seen does not depend on where a widget stands among them.
 constexpr int STEP = BLOCK / 2;
-/// Of 255, for the average of a block. Two rasterisers of one font stay below 14; the hover blue is 19 from
-/// the normal blue.
-constexpr int TOLERANCE = 15;
 
 std::array<int, 4> Average(const QImage& image, const QRect& block)
 {
@@ -29,9 +26,36 @@ std::array<int, 4> Average(const QImage& image, const QRect& block)
     }
     return sum;
 }
+
+bool LooksLike(const std::array<int, 4>& mine, const std::array<int, 4>& yours, int tones)
+{
+    for (size_t channel = 0; channel < mine.size(); ++channel) {
+        if (std::abs(mine[channel] - yours[channel]) > tones) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Whether the block is found in the other picture where it may be.
+bool IsNear(const QImage& one, const QRect& block, const QImage& other, const Allowance& allowance)
+{
+    const auto mine = Average(one, block);
+    for (int away = 0; away <= allowance.places; ++away) {
+        for (int down = -away; down <= away; ++down) {
+            for (int right = -away; right <= away; ++right) {
+                const QRect there = block.translated(right, down);
+                if (other.rect().contains(there) && LooksLike(mine, Average(other, there), allowance.tones)) {
+                    return true;
+                }
+            }
+        }
+    }
+    return false;
+}
 } // namespace
 
-QRect FindDifference(const QImage& one, const QImage& other)
+QRect FindDifference(const QImage& one, const QImage& other, const Allowance& allowance)
 {
     if (one.size() != other.size()) {
         return one.rect().united(other.rect());
@@ -42,12 +66,9 @@ QRect FindDifference(const QImage& one, const QImage& other)
     for (int y = 0; y < left.height(); y += STEP) {
         for (int x = 0; x < left.width(); x += STEP) {
             const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
-            const auto mine = Average(left, block);
-            const auto yours = Average(right, block);
-            for (size_t channel = 0; channel < mine.size(); ++channel) {
-                if (std::abs(mine[channel] - yours[channel]) > TOLERANCE) {
-                    difference = difference.united(block);
-                }
+            // Both ways: what one of them lacks is seen in the other one.
+            if (!IsNear(left, block, right, allowance) || !IsNear(right, block, left, allowance)) {
+                difference = difference.united(block);
             }
         }
     }
