@@ -18,8 +18,10 @@ target_link_options(velodesk_hardening INTERFACE
 # A part of the program: hardened, with debug information, and the same whatever the folder in which it is built.
 function(velodesk_ship target)
     target_link_libraries(${target} PRIVATE velodesk_hardening)
-    # The build folder lies within the sources: of two maps that fit, the later counts.
-    set(maps -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/velodesk -ffile-prefix-map=${PROJECT_BINARY_DIR}=/velodesk/build)
+    # The build folder lies within the sources: of two maps that fit, the later counts. It keeps its depth, for older
+    # releases of CMake name the sources from there.
+    set(maps -ffile-prefix-map=${PROJECT_SOURCE_DIR}=/velodesk
+        -ffile-prefix-map=${PROJECT_BINARY_DIR}=/velodesk/build/release)
     target_compile_options(${target} PRIVATE "$<$<CONFIG:Release>:-g;${maps}>")
 endfunction()
 
@@ -37,4 +39,14 @@ function(velodesk_split_debuginfo target)
         COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${program}.debug ${program}
         BYPRODUCTS ${program}.debug
         VERBATIM)
+endfunction()
+
+# A library that others link: without debug information, whose paths and lines would be ours.
+function(velodesk_strip_library target)
+    if(CMAKE_BUILD_TYPE STREQUAL "Release")
+        add_custom_command(TARGET ${target} POST_BUILD
+            COMMAND ${CMAKE_STRIP} --strip-debug --remove-section=.comment --enable-deterministic-archives
+                $<TARGET_FILE:${target}>
+            VERBATIM)
+    endif()
 endfunction()

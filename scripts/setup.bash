@@ -13,8 +13,8 @@ PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
-PACKAGES_PACKAGE_TEST=(lintian mmdebstrap)
-PACKAGES_EMULATION=(qemu-user-static)
+PACKAGES_PACKAGE_TEST=(lintian)
+PACKAGES_EMULATION=(qemu-user-static mount)
 # The cross compiler, and the libraries of the other architecture.
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
@@ -51,10 +51,14 @@ as_root() {
 }
 
 install_packages() {
-    local missing=() package
+    local missing=() package architecture native
+    native=$(dpkg --print-architecture)
     for package in "$@"; do
-        # A line for each architecture that has it.
-        if ! dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed; then
+        architecture=$native
+        [ "${package%:*}" = "$package" ] || architecture=${package#*:}
+        # A line for each architecture that has it: another's library is of no use.
+        if ! dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
+            grep -qxE "($architecture|all) installed"; then
             missing+=("$package")
         fi
     done

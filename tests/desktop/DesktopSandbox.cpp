@@ -47,7 +47,7 @@ void DesktopWorld::Stage() const
     stage.mkpath(QStringLiteral("files/bin"));
     stage.mkpath(QStringLiteral("files/tandra/bin"));
     QFile::copy(BuiltProgram(QStringLiteral("Velodesk")), InstalledDir() + QStringLiteral("/bin/Velodesk"));
-    QFile::copy(BuiltProgram(QStringLiteral("standin-engine")),
+    QFile::copy(options.engine.isEmpty() ? BuiltProgram(QStringLiteral("standin-engine")) : options.engine,
                 InstalledDir() + QStringLiteral("/tandra/bin/Tandra"));
     QFile::copy(BuiltProgram(QStringLiteral("standin-phone")),
                 InstalledDir() + QStringLiteral("/tandra/bin/standin-phone"));
@@ -120,4 +120,15 @@ std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& argumen
             << arguments.mid(1);
     process->start(QStringLiteral("bwrap"), command);
     return process;
+}
+
+int DesktopWorld::RunBeside(const QStringList& command, QString& output) const
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("bwrap"), SandboxArguments() + command);
+    const bool ended = process.waitForFinished();
+    output = QString::fromLocal8Bit(process.readAll());
+    return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }

@@ -297,6 +297,18 @@ QList<DesktopWorld::Event> DesktopWorld::EngineEvents() const
     return ReadEvents(Home() + QStringLiteral("/standin-engine.events"));
 }
 
+bool DesktopWorld::EngineRuns()
+{
+    const QStringList processes =
+        QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[0-9]*")}, QDir::Dirs);
+    for (const QString& process : processes) {
+        if (Content(QStringLiteral("/proc/%1/comm").arg(process)).trimmed() == QLatin1String("Tandra")) {
+            return true;
+        }
+    }
+    return false;
+}
+
 qint64 DesktopWorld::TimeOf(const QList<Event>& events, const QString& what)
 {
     for (const Event& event : events) {

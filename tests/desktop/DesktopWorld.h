@@ -53,6 +53,8 @@ public:
         /// The root of another system, with the program installed in it, to run that program in; empty for
         /// the built program on this machine. It stays unchanged.
         QString root;
+        /// Another engine than the stand-in. It leaves no events.
+        QString engine;
     };
 
     struct Event
@@ -80,6 +82,10 @@ public:
     /// The same without waiting. Killing the process kills the program.
     std::unique_ptr<QProcess> LaunchProgram(const QStringList& arguments,
                                             const QStringList& unset = {}) const;
+
+    /// Runs a command among the installed files, on this world's display and buses, and waits for its end.
+    /// Gives its exit code, and in `output` what it said; -1 if it did not exit by itself.
+    int RunBeside(const QStringList& command, QString& output) const;
 
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
@@ -111,6 +117,8 @@ public:
     void WriteEngineScript(const QString& script) const;
     QList<Event> DaemonEvents() const;
     QList<Event> EngineEvents() const;
+    /// Whether a process runs under the engine's name.
+    static bool EngineRuns();
     /// The time of the first event that begins with `what`; -1 if there is none.
     static qint64 TimeOf(const QList<Event>& events, const QString& what);
 

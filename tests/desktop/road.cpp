@@ -3,6 +3,9 @@
 //
 //   road --pictures DIR               on a virtual display, by itself
 //   road --pictures DIR --root ROOT   the same with the program that is installed in another system's root
+//   road --pictures DIR --root ROOT --engine PROGRAM
+//                                     only a cast by that engine, with the checklist of the installation
+//                                     before it
 //   road --display DISPLAY DIR        on a display with a person before it
 //
 // What everything else says meanwhile goes to DIR/messages.log, and is shown where a stage fails.
@@ -45,17 +48,21 @@ QString MessagesBeside(const QString& pictures)
 class Road
 {
 public:
-    explicit Road(const QString& pictures, const QString& root = {})
-        : directory(pictures), world(VirtualDesktop(root, MessagesBeside(pictures)))
+    explicit Road(const QString& pictures, const QString& root = {}, const QString& engine = {})
+        : directory(pictures),
+          isForeign(!engine.isEmpty()),
+          world(VirtualDesktop(root, engine, MessagesBeside(pictures)))
     {}
 
     int Walk();
 
 private:
-    static DesktopWorld::Options VirtualDesktop(const QString& root, const QString& messages)
+    static DesktopWorld::Options VirtualDesktop(const QString& root, const QString& engine,
+                                                const QString& messages)
     {
         DesktopWorld::Options options;
         options.root = root;
+        options.engine = engine;
         options.compositor = true;
         options.agreed = false;
         options.messages = messages;
@@ -66,6 +73,8 @@ private:
     bool Stage(const QString& name, const std::function<bool()>& reached);
     bool WalkAgreement();
     bool WalkCast();
+    bool WalkChecklist();
+    bool WalkForeignCast();
     bool WalkName();
     bool WalkHelp();
     bool WalkSettings();
@@ -73,6 +82,8 @@ private:
     bool WalkQuit();
 
     QDir directory;
+    /// The engine is not ours: it is only let cast.
+    bool isForeign;
     DesktopWorld world;
     int number = 0;
 };
@@ -99,7 +110,7 @@ bool Ended(const DesktopWorld& world)
     const qint64 told = DesktopWorld::TimeOf(world.DaemonEvents(), QStringLiteral("told to exit"));
     const bool engineOk = engine.isEmpty() || stopped > 0;
     std::printf("assistant: exit code %d; engine: %s; daemon: %s\n", world.AssistantStatus(),
-                engine.isEmpty() ? "never started" : (engineOk ? "stopped" : "NOT STOPPED"),
+                engine.isEmpty() ? "tells no events" : (engineOk ? "stopped" : "NOT STOPPED"),
                 told > 0 ? "told to exit" : "NOT TOLD");
     return world.AssistantStatus() == 0 && engineOk && told > 0;
 }
@@ -133,6 +144,26 @@ bool Road::WalkCast()
     return Stage(QStringLiteral("cast-stopped"), [this] {
         return world.ShowsIdle() && DesktopWorld::TimeOf(world.EngineEvents(), QStringLiteral("ended")) > 0;
     });
+}
+
+/// With everything in its place the checklist finds nothing to bring.
+bool Road::WalkChecklist()
+{
+    QString output;
+    const int status =
+        world.RunBeside({QStringLiteral("/usr/share/doc/velodesk/check-installation")}, output);
+    std::printf("%schecklist: exit code %d\n", qUtf8Printable(output), status);
+    return status == 0;
+}
+
+bool Road::WalkForeignCast()
+{
+    world.ClickPage(CAST_BUTTON);
+    if (!Stage(QStringLiteral("casting"), [this] { return world.ShowsCasting() && world.EngineRuns(); })) {
+        return false;
+    }
+    world.ClickPage(CAST_BUTTON);
+    return Stage(QStringLiteral("cast-stopped"), [this] { return world.ShowsIdle() && !world.EngineRuns(); });
 }
 
 bool Road::WalkName()
@@ -211,8 +242,13 @@ int Road::Walk()
         std::fprintf(stderr, "%s\n", qUtf8Printable(missing));
         return 1;
     }
-    const bool walked = world.StartAssistant() && WalkAgreement() && WalkCast() && WalkName() && WalkHelp() &&
-                        WalkSettings() && WalkAbout() && WalkQuit();
+    bool walked = world.StartAssistant() && WalkAgreement();
+    if (isForeign) {
+        walked = walked && WalkChecklist() && WalkForeignCast() && WalkQuit();
+    } else {
+        walked =
+            walked && WalkCast() && WalkName() && WalkHelp() && WalkSettings() && WalkAbout() && WalkQuit();
+    }
     if (!walked) {
         std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
     }
@@ -256,13 +292,18 @@ int main(int argc, char** argv)
     if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--pictures")) {
         return Road(arguments.at(2)).Walk();
     }
-    if (arguments.size() == 5 && arguments.at(1) == QLatin1String("--pictures") &&
-        arguments.at(3) == QLatin1String("--root")) {
+    const bool isInRoot = arguments.size() >= 5 && arguments.at(1) == QLatin1String("--pictures") &&
+                          arguments.at(3) == QLatin1String("--root");
+    if (isInRoot && arguments.size() == 5) {
         return Road(arguments.at(2), arguments.at(4)).Walk();
+    }
+    if (isInRoot && arguments.size() == 7 && arguments.at(5) == QLatin1String("--engine")) {
+        return Road(arguments.at(2), arguments.at(4), arguments.at(6)).Walk();
     }
     if (arguments.size() == 4 && arguments.at(1) == QLatin1String("--display")) {
         return RunForPerson(arguments.at(2), MessagesBeside(arguments.at(3)));
     }
-    std::fprintf(stderr, "usage: road --pictures DIR [--root ROOT] | --display DISPLAY DIR\n");
+    std::fprintf(stderr,
+                 "usage: road --pictures DIR [--root ROOT [--engine PROGRAM]] | --display DISPLAY DIR\n");
     return 2;
 }

@@ -169,6 +169,7 @@ TESTS = {
     "platform/RandomCode": "TestRandomCode",
     "platform/Singleton": "TestSingleton",
     "platform/Utils": "TestUtils|TestDaemonBus",
+    "platform/UtilsText": "TestUtils",
     "config/Configure": "TestConfigure",
     "config/Constant": "TestConstant",
     "config/IniParser": "TestIniParser",

@@ -131,6 +131,7 @@ private slots:
     void everyFileIsForItsOwnerAlone();
     void newRunAppends();
     void nothingIsWrittenBeforeInit();
+    void nothingIsMadeWithoutInit();
     void logThatCannotBeOpenedIsDoneWithout();
     void removedLogIsNotMadeAgain();
     void linkIsReplacedByAFile();
@@ -520,6 +521,24 @@ void TestLogger::nothingIsWrittenBeforeInit()
     logger->Init(Local(path));
     WriteText(*logger, "in time");
     QCOMPARE(Bare(ReadAll(path)), LineWith("in time"));
+}
+
+void TestLogger::nothingIsMadeWithoutInit()
+{
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(directory->path()));
+    for (const int level : {1, 2, 3, 4, 5, 6}) {
+        WriteText(*logger, "nowhere", level);
+    }
+    CLogDebug("TAG", "Place.cpp", "%s", "nowhere");
+    CLogInfo("TAG", "Place.cpp", "%s", "nowhere");
+    CLogWarn("TAG", "Place.cpp", "%s", "nowhere");
+    CLogError("TAG", "Place.cpp", "%s", "nowhere");
+    logger.reset();
+    const QStringList made =
+        QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(made, QStringList());
 }
 
 void TestLogger::logThatCannotBeOpenedIsDoneWithout()
