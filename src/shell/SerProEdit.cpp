@@ -9,7 +9,6 @@
 #include <QTextCursor>
 #include <QTextDocumentFragment>
 #include <QUrl>
-#include <memory>
 #include <utility>
 
 #include "platform/Logger.h"
@@ -58,14 +57,14 @@ struct Reading
     QTextDocumentFragment content;
 };
 /// The last one, until it was wanted a second time: the agreement stands in two views.
-std::unique_ptr<Reading> lastReading;
+Reading* lastReading = nullptr;
 
 QTextDocumentFragment Read(const QString& html, const QTextDocument* document)
 {
     if (lastReading == nullptr) {
-        lastReading = std::make_unique<Reading>();
+        lastReading = new Reading;
         // What is read is text with fonts, and is not to outlive the application.
-        qAddPostRoutine([] { lastReading.reset(); });
+        qAddPostRoutine([] { delete std::exchange(lastReading, nullptr); });
     }
     if (lastReading->html == html) {
         return std::exchange(*lastReading, Reading()).content;
