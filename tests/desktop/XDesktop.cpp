@@ -53,6 +53,31 @@ struct XDesktop::Connection
                         static_cast<int>(values.size()));
     }
 
+    QImage Copy(::Window drawable, const QRect& area) const
+    {
+        // With all that lies on the drawable, which a plain image of it need not hold.
+        const auto width = static_cast<unsigned int>(area.width());
+        const auto height = static_cast<unsigned int>(area.height());
+        XWindowAttributes attributes{};
+        if (XGetWindowAttributes(display, drawable, &attributes) == 0) {
+            return {};
+        }
+        XGCValues values{};
+        values.subwindow_mode = IncludeInferiors;
+        GC context = XCreateGC(display, drawable, GCSubwindowMode, &values);
+        const Pixmap copy =
+            XCreatePixmap(display, drawable, width, height, static_cast<unsigned int>(attributes.depth));
+        XCopyArea(display, drawable, copy, context, area.x(), area.y(), width, height, 0, 0);
+        XImage* image = XGetImage(display, copy, 0, 0, width, height, AllPlanes, ZPixmap);
+        const QImage result = QImage(reinterpret_cast<const uchar*>(image->data), area.width(), area.height(),
+                                     image->bytes_per_line, QImage::Format_RGB32)
+                                  .copy();
+        XDestroyImage(image);
+        XFreePixmap(display, copy);
+        XFreeGC(display, context);
+        return result;
+    }
+
     QString Title(::Window window) const
     {
         Atom type = 0;
@@ -400,24 +425,12 @@ QImage XDesktop::Screen() const
 
 QImage XDesktop::Area(const QRect& area) const
 {
-    // Copied with all that lies on the root window, which a plain image of the root need not hold.
-    const auto width = static_cast<unsigned int>(area.width());
-    const auto height = static_cast<unsigned int>(area.height());
-    const int screen = DefaultScreen(x->display);
-    XGCValues values{};
-    values.subwindow_mode = IncludeInferiors;
-    GC context = XCreateGC(x->display, x->root, GCSubwindowMode, &values);
-    const Pixmap copy = XCreatePixmap(x->display, x->root, width, height,
-                                      static_cast<unsigned int>(DefaultDepth(x->display, screen)));
-    XCopyArea(x->display, x->root, copy, context, area.x(), area.y(), width, height, 0, 0);
-    XImage* image = XGetImage(x->display, copy, 0, 0, width, height, AllPlanes, ZPixmap);
-    const QImage result = QImage(reinterpret_cast<const uchar*>(image->data), area.width(), area.height(),
-                                 image->bytes_per_line, QImage::Format_RGB32)
-                              .copy();
-    XDestroyImage(image);
-    XFreePixmap(x->display, copy);
-    XFreeGC(x->display, context);
-    return result;
+    return x->Copy(x->root, area);
+}
+
+QImage XDesktop::AreaOf(const Window& window, const QRect& area) const
+{
+    return x->Copy(window.id, area.translated(-window.rect.topLeft()));
 }
 
 QRgb XDesktop::PixelAt(const QPoint& pos) const

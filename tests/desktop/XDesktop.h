@@ -74,6 +74,8 @@ public:
     QImage Screen() const;
     /// A part of the screen; what lies outside it is undefined.
     QImage Area(const QRect& area) const;
+    /// The same of a window itself, whatever a compositor makes of it; the area lies within the window.
+    QImage AreaOf(const Window& window, const QRect& area) const;
     QRgb PixelAt(const QPoint& pos) const;
 
 private:

@@ -62,7 +62,8 @@ private:
     void Keep(const QString& name);
     bool KeepSmall(const QString& name);
     void Save(const QString& name, QRect area);
-    /// The picture of an area once it has come to rest.
+    /// The picture of an area of the card, or of the small one, now and once it has come to rest.
+    QImage Look(const QRect& area) const;
     QImage AtRest(const QRect& area) const;
     /// Keeps each page until scrolling shows nothing new.
     void Scroll(const QString& name, const QPoint& where);
@@ -81,6 +82,9 @@ private:
 
     QDir directory;
     DesktopWorld world;
+    /// Mutter leaves out parts of what a window has drawn until something else changes there: under it the
+    /// windows are asked, and not the screen.
+    const bool asksWindows = qgetenv("VELODESK_WINDOW_MANAGER").startsWith("mutter");
     int number = 0;
 };
 
@@ -98,9 +102,21 @@ bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
     return false;
 }
 
+QImage Scenes::Look(const QRect& area) const
+{
+    if (asksWindows) {
+        for (const XDesktop::Window& window : {world.SmallWindow(), world.BigWindow()}) {
+            if (window.id != 0 && window.rect.contains(area)) {
+                return world.Desktop().AreaOf(window, area);
+            }
+        }
+    }
+    return world.Desktop().Area(area);
+}
+
 QImage Scenes::AtRest(const QRect& area) const
 {
-    QImage last = world.Desktop().Area(area);
+    QImage last = Look(area);
     int equal = 0;
     DesktopWorld::WaitFor([&] {
         DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
@@ -108,7 +124,7 @@ QImage Scenes::AtRest(const QRect& area) const
         const bool slept = world.AssistantSleeps();
         world.Desktop().Beat();
         DesktopWorld::WaitFor([this] { return world.Desktop().ShowsBeat(); });
-        const QImage next = world.Desktop().Area(area);
+        const QImage next = Look(area);
         equal = slept && next == last ? equal + 1 : 0;
         last = next;
         return equal == LOOKS_AT_REST;
@@ -157,10 +173,9 @@ void Scenes::Scroll(const QString& name, const QPoint& where)
         Keep(QStringLiteral("%1-%2").arg(name).arg(page));
         // One by one: a busy program sees several as one, and a picture would come too early.
         for (int notch = 0; notch < NOTCHES; ++notch) {
-            const QImage before = world.Desktop().Area(CardRect());
+            const QImage before = Look(CardRect());
             world.Desktop().Click(where, WHEEL_DOWN);
-            if (!DesktopWorld::WaitFor([&] { return world.Desktop().Area(CardRect()) != before; },
-                                       LAST_PAGE_MS)) {
+            if (!DesktopWorld::WaitFor([&] { return Look(CardRect()) != before; }, LAST_PAGE_MS)) {
                 if (notch > 0) {
                     Keep(name + QStringLiteral("-end"));
                 }
