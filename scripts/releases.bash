@@ -42,6 +42,7 @@ release_root() {
     install_packages mmdebstrap gpgv debian-archive-keyring bubblewrap git
     if [ ! -e "$root/complete" ]; then
         say "making a root of $1"
+        mkdir -p "${root%/*}"
         make_root "$1" "$root" --include=git,ca-certificates >"$root.log" 2>&1 || {
             cat "$root.log"
             return 1
