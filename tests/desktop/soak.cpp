@@ -315,7 +315,11 @@ int Soak::Run(int minutes)
             for (const QString& line : world.Log().mid(world.Log().size() - 20)) {
                 std::fprintf(stderr, "%s\n", qUtf8Printable(line));
             }
-            world.SaveScreen(QStringLiteral("soak-failure.png"));
+            const QString picture =
+                QCoreApplication::applicationDirPath() + QStringLiteral("/../soak-failure.png");
+            if (world.SaveScreen(picture)) {
+                std::fprintf(stderr, "the screen: %s\n", qUtf8Printable(QDir::cleanPath(picture)));
+            }
             return 1;
         }
     }

@@ -17,6 +17,8 @@
 namespace {
 /// Of 255. The renderers of three releases of Debian differ by six at most, where a rounded shape ends.
 constexpr int ROUNDING = 7;
+/// The renderer that has drawn the pictures that are kept.
+constexpr char RENDERED_WITH[] = " 2.54.";
 const QString PREFIX = QStringLiteral(":/velo/");
 const QStringList DOCUMENTS = {QStringLiteral("beginnerGuide"), QStringLiteral("freQuestions"),
                                QStringLiteral("serProtocal")};
@@ -279,6 +281,11 @@ void TestResources::mastersGiveTheSamePixels()
                  {resources + QStringLiteral("art/render"), QStringLiteral("--into"), rendered.path()});
     QVERIFY(render.waitForFinished());
     QVERIFY2(render.exitCode() == 0, render.readAllStandardError().constData());
+    QProcess asked;
+    asked.start(QStringLiteral("rsvg-convert"), {QStringLiteral("--version")});
+    QVERIFY(asked.waitForFinished());
+    // Another processor may round the last bit otherwise.
+    const bool sameRenderer = asked.readAllStandardOutput().contains(RENDERED_WITH);
     int compared = 0;
     QDirIterator files(rendered.path(), {QStringLiteral("*.png")}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
@@ -287,9 +294,9 @@ void TestResources::mastersGiveTheSamePixels()
         const QImage kept(resources + QStringLiteral("pictures/") + name);
         // Every release of the renderer rounds a little otherwise, and sets the letters in the
         // illustrations.
-        const bool same = name.startsWith(QLatin1String("resource/"))
-                              ? FindDifference(drawn, kept, OTHER_RELEASE).isEmpty()
-                              : LargestDifference(drawn, kept) <= ROUNDING;
+        const bool same = sameRenderer || !name.startsWith(QLatin1String("resource/"))
+                              ? LargestDifference(drawn, kept) <= (sameRenderer ? 1 : ROUNDING)
+                              : FindDifference(drawn, kept, OTHER_RELEASE).isEmpty();
         QVERIFY2(same, qPrintable(name));
         ++compared;
     }
