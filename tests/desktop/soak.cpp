@@ -225,7 +225,8 @@ bool Soak::DragWindow()
     const QPoint target(Pick(room.width()), Pick(room.height()));
     const QPoint from = world.OnCard(TITLE_STRIP);
     world.Desktop().Drag(from, from + target - window.topLeft());
-    return true;
+    // Whoever clicks while it is still on its way misses it.
+    return Soon([this, target] { return world.BigWindow().rect.topLeft() == target; });
 }
 
 bool Soak::MinimiseAndRaise()

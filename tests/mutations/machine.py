@@ -124,6 +124,8 @@ def of_file(name, text):
     for match in each(r"\breturn [^;]+;"):
         value = match.group()[7:-1]
         other = {"true": "false", "false": "true", "0": "-1", "-1": "0"}.get(value)
+        if other is None and value.endswith("ACTION_SUCCESS"):
+            other = "-1"  # It is 0 itself.
         if other is None:
             other = "{}" if not value.startswith("{") else None
         if other is not None:
@@ -182,6 +184,7 @@ TESTS = {
     "supervision/TandraApp": "TestTandraApp",
     "entry/SingleApplication": "TestSingleApplication",
     "entry/RawxWindowOpt": "TestSingleApplication",
+    "entry/StartEnvironment": "TestStartEnvironment",
     "entry/VeloMain": "TestCommandLine",
     "shell/AboutWin": "TestAboutWin",
     "shell/CardShadow": "TestShadow|TestVeloMessageBox",
@@ -191,10 +194,13 @@ TESTS = {
     "shell/ProtocolWin": "TestProtocolWin",
     "shell/SerProEdit": "TestSerProEdit",
     "shell/Shadow": "TestShadow",
+    "shell/Typeface": "TestTypeface",
     "shell/VeloMessageBox": "TestVeloMessageBox",
     "shell/VeloWin": "TestVeloWin",
     "multiscreen/MultiScreen": "TestCastControl|TestDeviceName|TestSettingsView|TestTrustedDevices|TestHelpPages|"
                                "TestMultiScreenPage",
+    "multiscreen/StatusPicture": "TestCastControl",
+    "multiscreen/WhiteGround": "TestCastControl",
 }
 
 
