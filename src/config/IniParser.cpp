@@ -1,8 +1,11 @@
 #include "config/IniParser.h"
 
+#include <cstdint>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -22,6 +25,44 @@ const std::string& TextOf(const std::unordered_map<std::string, std::string>& te
     const auto found = texts.find(name);
     return found == texts.end() ? NONE : found->second;
 }
+
+/// FNV-1a, which can be continued: what names of one section have in common is gone through once.
+class NameHash
+{
+public:
+    NameHash Then(std::string_view text) const
+    {
+        NameHash longer = *this;
+        for (const char character : text) {
+            longer.state = (longer.state ^ static_cast<unsigned char>(character)) * PRIME;
+        }
+        return longer;
+    }
+    std::uint64_t Value() const { return state; }
+
+private:
+    static constexpr std::uint64_t PRIME = 1099511628211U;
+
+    std::uint64_t state = 14695981039346656037U;
+};
+
+/// Tells for nearly all names without a comment that they have none.
+class CommentedNames
+{
+public:
+    explicit CommentedNames(const Brevora::Config::ConfigFile& file)
+    {
+        for (const auto* comments : {&file.inlineComments, &file.commentLines}) {
+            for (const auto& comment : *comments) {
+                hashes.insert(NameHash().Then(comment.first).Value());
+            }
+        }
+    }
+    bool MayHold(const NameHash& name) const { return hashes.count(name.Value()) != 0; }
+
+private:
+    std::unordered_set<std::uint64_t> hashes;
+};
 } // namespace
 
 namespace Brevora {
@@ -175,21 +216,24 @@ int IniParser::Save(const std::string& filePath)
     }
     LOG_INFO("ready to save %s.", filePath.c_str());
     std::ofstream stream(filePath, std::ios::out | std::ios::trunc);
-    const bool hasComments = !configFile.commentLines.empty() || !configFile.inlineComments.empty();
+    const CommentedNames commented(configFile);
     for (const auto& [section, keys] : configFile.sections) {
         WriteComments(stream, configFile, section);
         stream << '[' << section << ']' << TextOf(configFile.inlineComments, section) << '\n' << std::flush;
+        const NameHash ofSection = NameHash().Then(section).Then("/");
         for (const auto& [key, value] : keys) {
-            std::string path;
-            if (hasComments) {
-                path.append(section).append("/").append(key);
-            }
+            const NameHash name = ofSection.Then(key);
             // A comment can stand here only if it belongs to a section of that name; the key is then left
             // out.
-            if (hasComments && !TextOf(configFile.commentLines, path + "0").empty()) {
+            if (commented.MayHold(name.Then("0")) &&
+                !TextOf(configFile.commentLines, section + "/" + key + "0").empty()) {
                 continue;
             }
-            stream << key << '=' << value << TextOf(configFile.inlineComments, path) << '\n' << std::flush;
+            stream << key << '=' << value;
+            if (commented.MayHold(name)) {
+                stream << TextOf(configFile.inlineComments, section + "/" + key);
+            }
+            stream << '\n' << std::flush;
         }
     }
     stream.close();

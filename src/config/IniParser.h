@@ -35,7 +35,7 @@ public:
     /// is kept under a name that holds its section's: a file in which these names take more than 256 MiB
     /// counts as unreadable.
     int LoadIniFile(const std::string& filePath);
-    /// 0, or -1 at the first line that cannot be.
+    /// Reads all that is left of a stream. 0, or -1 at the first line that cannot be read.
     int ParseFile(std::ifstream& stream, ConfigFile& configFile);
     int ParsingKeyValuePairs(ConfigFile& configFile, const std::string& section,
                              const std::string& line) const;
@@ -46,6 +46,7 @@ public:
     /// Rewrites the file in place from its entry. -1 if the entry is empty; a file that cannot be written
     /// gives 0.
     int Save(const std::string& filePath);
+    /// Saves every entry. Always 0.
     int SaveAll();
     /// A copy of what the file holds; null if it cannot be loaded.
     std::unique_ptr<ConfigFile> GetConfig(const std::string& filePath);

@@ -2,6 +2,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
+#include <ctime>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -18,6 +19,7 @@ using Brevora::Config::IniParser;
 
 namespace {
 constexpr int LIMIT = 1048576;
+constexpr int LONG_NAME = 500 * 1024;
 const QString OVERSIZE = QStringLiteral("DEBUG UTILS file oversize!");
 
 QMap<QByteArray, QByteArray> Plain(const std::unordered_map<std::string, std::string>& map)
@@ -37,6 +39,16 @@ QMap<QByteArray, QMap<QByteArray, QByteArray>> Sections(const ConfigFile& file)
     }
     return plain;
 }
+
+/// A section whose name is that long and as many keys as a file has room for.
+QByteArray ManyKeys(int name)
+{
+    QByteArray text = '[' + QByteArray(name, 's') + "]\n";
+    for (int i = 0; text.size() < LIMIT - 4096; ++i) {
+        text += QByteArray::number(i) + "=1\n";
+    }
+    return text;
+}
 } // namespace
 
 class TestIniParser : public QObject
@@ -50,6 +62,8 @@ private slots:
     void instanceIsOne();
     void longSectionNameTakesNoLongerThanAnyOtherText_data();
     void longSectionNameTakesNoLongerThanAnyOtherText();
+    void oneCommentMakesSavingNoSlower_data();
+    void oneCommentMakesSavingNoSlower();
     void commentsWithEndlessNamesMakeTheFileUnreadable_data();
     void commentsWithEndlessNamesMakeTheFileUnreadable();
     void sizeIsBounded_data();
@@ -843,26 +857,46 @@ void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText_data()
 {
     QTest::addColumn<int>("name");
     QTest::newRow("short") << 1;
-    QTest::newRow("long") << 500 * 1024;
+    QTest::newRow("long") << LONG_NAME;
 }
 
 void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText()
 {
     QFETCH(int, name);
-    constexpr int LENGTH = 1020 * 1024;
     constexpr qint64 ALLOWED_MS = 20000;
-    const QByteArray section(name, 's');
-    QByteArray text = '[' + section + "]\n";
-    for (int i = 0; text.size() < LENGTH; ++i) {
-        text += QByteArray::number(i) + "=1\n";
-    }
-    WriteAll(path, text);
+    WriteAll(path, ManyKeys(name));
     QElapsedTimer timer;
     timer.start();
-    parser->SetKeyValue(Path(), section.toStdString(), "0", 2);
-    QCOMPARE(parser->GetKeyValueInt(Path(), section.toStdString(), "0"), 2);
-    QCOMPARE(parser->GetKeyValueInt(Path(), section.toStdString(), "7"), 1);
+    const std::string section(static_cast<std::size_t>(name), 's');
+    parser->SetKeyValue(Path(), section, "0", 2);
+    QCOMPARE(parser->GetKeyValueInt(Path(), section, "0"), 2);
+    QCOMPARE(parser->GetKeyValueInt(Path(), section, "7"), 1);
     QVERIFY2(timer.elapsed() < ALLOWED_MS, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestIniParser::oneCommentMakesSavingNoSlower_data()
+{
+    QTest::addColumn<QByteArray>("comment");
+    QTest::newRow("at a key") << QByteArray("commented=1;why\n");
+    QTest::newRow("in a line") << QByteArray(";why\n[other]\na=1\n");
+}
+
+void TestIniParser::oneCommentMakesSavingNoSlower()
+{
+    QFETCH(QByteArray, comment);
+    const auto processorTimeOfASet = [this](const QByteArray& text) {
+        WriteAll(path, text);
+        const std::clock_t begin = std::clock();
+        parser->SetKeyValue(Path(), std::string(LONG_NAME, 's'), "0", 2);
+        return std::clock() - begin;
+    };
+    const QByteArray text = ManyKeys(LONG_NAME);
+    const std::clock_t without = processorTimeOfASet(text);
+    const std::clock_t with = processorTimeOfASet(text + comment);
+    QVERIFY(ReadAll(path).contains("why"));
+    // Were the section's name gone through for each key, it would be fifty times as long.
+    QVERIFY2(with < 5 * without + CLOCKS_PER_SEC / 2,
+             qPrintable(QStringLiteral("%1, without %2").arg(with).arg(without)));
 }
 
 void TestIniParser::commentsWithEndlessNamesMakeTheFileUnreadable_data()
