@@ -1,5 +1,6 @@
 #include "supervision/AppManager.h"
 
+#include <system_error>
 #include <thread>
 
 #include "supervision/TandraApp.h"
@@ -71,7 +72,12 @@ void AppManager::StopAll()
     }
     std::vector<std::shared_ptr<std::thread>> workers;
     for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
-        workers.push_back(std::make_shared<std::thread>([this, type] { StopApp(type, true); }));
+        try {
+            workers.push_back(std::make_shared<std::thread>([this, type] { StopApp(type, true); }));
+        } catch (const std::system_error&) {
+            // No child outlives the program because the system has no thread left.
+            StopApp(type, true);
+        }
     }
     for (const auto& worker : workers) {
         worker->join();
@@ -106,7 +112,9 @@ AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 
 void AppManager::InitAppMap()
 {
-    appMap[TANDRA_APP] = AppOf(TANDRA_APP);
+    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+        appMap[type] = AppOf(type);
+    }
 }
 
 void AppManager::RegisterCallback()

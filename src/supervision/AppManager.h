@@ -44,7 +44,7 @@ public:
     /// it.
     void StopApp(AppType type, bool wait);
     /// Stops all applications side by side, each on a worker thread with `wait`, and returns when that is
-    /// done.
+    /// done. Where no thread can be made, on the caller's.
     void StopAll();
     /// Forgets the applications without deleting them; the next StartApp() or StopApp() brings them back.
     void DeleteAll();
@@ -53,9 +53,10 @@ public:
     /// The type of `app`, or APP_TYPE_END.
     AppType GetTypeFromApp(const BaseApp& app) const;
 
+    /// The steps of ReAllocResource(): cuts the wiring, takes the applications into the map, wires them.
+    void UnregisterCallback();
     void InitAppMap();
     void RegisterCallback();
-    void UnregisterCallback();
 
 signals:
     /// The first process of the application runs; its own state is not known yet.

@@ -2,6 +2,9 @@
 #include <QTest>
 #include <QThread>
 #include <memory>
+#include <pthread.h>
+#include <system_error>
+#include <thread>
 
 #include "config/Constant.h"
 #include "supervision/AppManager.h"
@@ -52,6 +55,35 @@ private:
     QtMessageHandler before;
 };
 
+/// No thread can be made as long as the object lives: none finds room for its stack.
+class NoThreads
+{
+public:
+    NoThreads()
+    {
+        if (pthread_getattr_default_np(&before) != 0) {
+            qFatal("the threads' attributes cannot be read");
+        }
+        pthread_attr_t endless;
+        pthread_attr_init(&endless);
+        if (pthread_attr_setstacksize(&endless, std::size_t{1} << 60U) != 0 ||
+            pthread_setattr_default_np(&endless) != 0) {
+            qFatal("the threads' stacks cannot be set");
+        }
+        pthread_attr_destroy(&endless);
+    }
+    ~NoThreads()
+    {
+        pthread_setattr_default_np(&before);
+        pthread_attr_destroy(&before);
+    }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+private:
+    pthread_attr_t before{};
+};
+
 const QString FOREVER = QStringLiteral("exec sleep 60");
 const QString DEAF = QStringLiteral("trap '' TERM; echo up; while :; do sleep 0.05; done");
 } // namespace
@@ -83,6 +115,7 @@ private slots:
     void childThatClosedItsOutputDuringTheWaitIsNoError();
     void stopWithWaitingEscalates();
     void stopAllWithoutAChildOnlyLogs();
+    void stopAllWithoutAThreadToSpareStopsTheChild();
     void stopAllIsHeardOnTheMainThreadLater_data();
     void stopAllIsHeardOnTheMainThreadLater();
     void destructorStopsAgainAndReachesNobody();
@@ -397,6 +430,22 @@ void TestAppManager::stopAllWithoutAChildOnlyLogs()
     QCOMPARE(log->Messages(),
              QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 0"),
                           QStringLiteral("delete 0 invalid process")}));
+}
+
+void TestAppManager::stopAllWithoutAThreadToSpareStopsTheChild()
+{
+    UseShell(FOREVER);
+    StartChildren(1);
+    log->Clear();
+    {
+        const NoThreads none;
+        QVERIFY_EXCEPTION_THROWN(std::thread([] {}).join(), std::system_error);
+        manager->StopAll();
+    }
+    QCOMPARE(log->Messages().mid(0, 2),
+             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 1")}));
+    QCOMPARE((App().*OpenApp::Processes()).back()->state(), QProcess::NotRunning);
+    QTRY_COMPARE(App().*OpenApp::Count(), 0);
 }
 
 void TestAppManager::stopAllIsHeardOnTheMainThreadLater_data()
