@@ -1,8 +1,7 @@
 # What every target of this project is compiled with; nothing here is global.
 add_library(velodesk_options INTERFACE)
-target_compile_features(velodesk_options INTERFACE cxx_std_17)
 target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
-    # Qt 5.11 is the oldest we write to: what a later one deprecates may still be the only way.
+    # Qt 5.15.2 is the oldest we write to: what a later one deprecates may still be the only way.
     QT_NO_DEPRECATED_WARNINGS)
 # format-y2k: the log's lines begin with a two-digit year.
 target_compile_options(velodesk_options INTERFACE
@@ -12,7 +11,6 @@ if(CMAKE_COMPILE_WARNING_AS_ERROR AND CMAKE_VERSION VERSION_LESS 3.24)
     # Older releases do not know the variable.
     target_compile_options(velodesk_options INTERFACE -Werror)
 endif()
-target_include_directories(velodesk_options INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/src)
 
 # A target of this project: our warnings, no compiler extensions.
 #   velodesk_configure(TARGET [MOC_AND_UIC])   with MOC_AND_UIC for one with classes that have signals or forms
@@ -25,10 +23,13 @@ function(velodesk_configure target)
         AUTOMOC ${ARG_MOC_AND_UIC}
         AUTOUIC ${ARG_MOC_AND_UIC}
         POSITION_INDEPENDENT_CODE ON)
+    # Our warnings are nobody else's: what links a library of ours gets its headers alone.
+    target_link_libraries(${target} PRIVATE velodesk_options)
+    set(scope PRIVATE)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "STATIC_LIBRARY")
-        target_link_libraries(${target} PUBLIC velodesk_options)
-    else()
-        target_link_libraries(${target} PRIVATE velodesk_options)
+        set(scope PUBLIC)
     endif()
+    target_compile_features(${target} ${scope} cxx_std_17)
+    target_include_directories(${target} ${scope} ${velodesk_SOURCE_DIR}/src)
 endfunction()
