@@ -16,6 +16,7 @@
 #include "platform/DirOperator.h"
 #include "platform/Logger.h"
 #include "platform/RandomCode.h"
+#include "shell/Typeface.h"
 #include "shell/VeloMessageBox.h"
 #include "ui_MultiScreen.h"
 
@@ -415,12 +416,7 @@ bool MultiScreen::eventFilter(QObject* watched, QEvent* event)
 
 QFont MultiScreen::FontStyle(QString family, int pixelSize, int weight, double spacing) const
 {
-    QFont font;
-    font.setFamily(family);
-    font.setPixelSize(pixelSize);
-    font.setWeight(weight);
-    font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
-    return font;
+    return Typeface::Spaced(family, pixelSize, weight, spacing);
 }
 
 void MultiScreen::InitScreenPage()

@@ -30,7 +30,7 @@ public:
     /// Removes a directory with all that it holds; links in it are removed, not followed. 0, or negative at
     /// the first entry that cannot be removed, with the rest left in place.
     int RemoveDir(const std::string& path) const;
-    /// Removes one entry of the directory `path`.
+    /// Removes one entry of the directory `path`. 0, or negative as RemoveDir().
     int RemoveDirAll(const std::string& path, dirent* entry) const;
 
     /// $HOME, if it is a directory.

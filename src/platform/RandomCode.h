@@ -15,6 +15,7 @@ public:
     /// Reads `len` bytes from the kernel, again and again while it has none: there is no time-out. 0,
     /// POINTER_IS_NULL or GET_RANDOM_SEEDS_FAILED.
     static int GetDevRandBytes(char* buf, int len);
+    /// 32 random bits; 0 if the library has none.
     static unsigned int GetDevRandNum();
     /// Mixes fresh kernel entropy into the library's generator. 0 or GET_RANDOM_SEEDS_FAILED.
     static int ProduceRandSeed();

@@ -3,6 +3,7 @@
 #include <QScrollBar>
 
 #include "platform/Logger.h"
+#include "shell/Typeface.h"
 #include "shell/VeloWin.h"
 #include "ui_AboutWin.h"
 
@@ -47,12 +48,7 @@ AboutWin::~AboutWin() = default;
 
 QFont AboutWin::FontStyle(QString family, int pixelSize, int weight, double spacing) const
 {
-    QFont font;
-    font.setFamily(family);
-    font.setPixelSize(pixelSize);
-    font.setWeight(weight);
-    font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
-    return font;
+    return Typeface::Spaced(family, pixelSize, weight, spacing);
 }
 
 void AboutWin::ShowSerProWin()

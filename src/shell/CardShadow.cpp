@@ -11,6 +11,8 @@
 namespace {
 /// Along an edge the shadow is the same everywhere once the corners are this far away.
 constexpr int CORNER_REACH = 48;
+/// As wide or as high as a strip is laid out at a time.
+constexpr int TILE_LENGTH = 64;
 constexpr int OPAQUE = 255;
 
 /// The card's background alone, as its style draws it.
@@ -25,8 +27,6 @@ QPixmap Outline(const QWidget& card, const QSize& size)
     card.style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, &card);
     return outline;
 }
-/// As wide or as high as a strip is laid out at a time.
-constexpr int TILE_LENGTH = 64;
 
 /// What of the picture is the same along one direction, long enough to be laid out side by side.
 QPixmap Tile(const QPixmap& picture, const QRect& part, const QSize& size)

@@ -2,6 +2,7 @@
 
 #include "config/Configure.h"
 #include "shell/Shadow.h"
+#include "shell/Typeface.h"
 #include "ui_ProtocolWin.h"
 
 namespace {
@@ -106,12 +107,7 @@ void ProtocolWin::Exit()
 
 QFont ProtocolWin::FontStyle(QString family, int pixelSize, int weight) const
 {
-    QFont font;
-    font.setFamily(family);
-    font.setPixelSize(pixelSize);
-    font.setWeight(weight);
-    font.setLetterSpacing(QFont::AbsoluteSpacing, LETTER_SPACING);
-    return font;
+    return Typeface::Spaced(family, pixelSize, weight, LETTER_SPACING);
 }
 
 void ProtocolWin::ClickAgreeBtn()

@@ -34,6 +34,16 @@ void ShapeInNoLanguage(const QFont& font)
 }
 } // namespace
 
+QFont Typeface::Spaced(const QString& family, int pixelSize, int weight, double spacing)
+{
+    QFont font;
+    font.setFamily(family);
+    font.setPixelSize(pixelSize);
+    font.setWeight(weight);
+    font.setLetterSpacing(QFont::AbsoluteSpacing, spacing);
+    return font;
+}
+
 void Typeface::UseEverywhere()
 {
     QFont font(FAMILY);
