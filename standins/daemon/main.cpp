@@ -224,13 +224,18 @@ bool TakeOption(Daemon& daemon, const std::string& name, const std::string& valu
     return true;
 }
 
-/// Lets a child serve the bus while the assistant is given the parent's id. The parent only waits.
-bool IsParentOfServer()
+/// Lets a child serve the bus while the assistant is given the parent's id: returns in the child, the parent
+/// only waits for its end.
+void LeaveServingToChild()
 {
     const pid_t server = fork();
-    if (server <= 0) {
+    if (server < 0) {
+        std::perror("standin-daemon: fork");
+        std::exit(FAILED);
+    }
+    if (server == 0) {
         prctl(PR_SET_PDEATHSIG, SIGTERM);
-        return false;
+        return;
     }
     int status = 0;
     while (waitpid(server, &status, 0) == -1 && errno == EINTR) {
@@ -259,7 +264,7 @@ int main(int argc, char** argv)
 
     const pid_t daemonPid = getpid();
     if (daemon.misbehaviour == Misbehaviour::OTHER_PROCESS) {
-        IsParentOfServer();
+        LeaveServingToChild();
     }
 
     sigset_t blocked;

@@ -115,6 +115,9 @@ bool Engine::Do(const QString& verb, const QString& rest)
         connect(timer, &QTimer::timeout, this, [this, text] { SendRaw(text.toUtf8()); });
         timer->start(rest.section(QLatin1Char(' '), -1).toInt());
     } else if (verb == QLatin1String("drop")) {
+        if (client == nullptr) {
+            qFatal("standin-engine: nothing to drop before the first report");
+        }
         client->DisConnect();
     } else if (verb == QLatin1String("show")) {
         Show();
