@@ -20,7 +20,7 @@ private slots:
     void menuButtonIsNotLeftHovered();
     void hoverOnAnIconColoursTheWords();
     void helpLeadsThereAndBack();
-    void settingsShowWhatIsStored();
+    void settingsWithoutAPhoneClearNothingAndLeadBack();
     void folderIsChosen();
     void unusableFolderIsRefused_data();
     void unusableFolderIsRefused();
@@ -201,7 +201,7 @@ void TestPages::helpLeadsThereAndBack()
     VERIFY_SOON(world->ShowsIdle());
 }
 
-void TestPages::settingsShowWhatIsStored()
+void TestPages::settingsWithoutAPhoneClearNothingAndLeadBack()
 {
     Begin();
     OpenSettings();

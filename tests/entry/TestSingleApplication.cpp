@@ -20,6 +20,7 @@
 #include "entry/RawxWindowOpt.h"
 #include "entry/SingleApplication.h"
 #include "support/CapturedLog.h"
+#include "support/Files.h"
 #include "support/Sandbox.h"
 
 namespace {
@@ -32,13 +33,31 @@ const QString ACTIVE = QStringLiteral("Active application.");
 constexpr char INSTANCE[] = "--instance";
 constexpr int ENDED_MS = 10000;
 
-void WriteFile(const QString& path)
+class OpenApplication : public SingleApplication
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write("x") != 1) {
-        qFatal("%s cannot be written", qPrintable(path));
+public:
+    /// What the slot that runs was called by.
+    static auto Sender() { return &OpenApplication::sender; }
+};
+
+/// Does something as soon as anybody asks for its window.
+class AskedWindow : public QWidget
+{
+public:
+    explicit AskedWindow(std::function<void()> given) : answer(std::move(given)) {}
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::WinIdChange) {
+            answer();
+        }
+        return QWidget::event(event);
     }
-}
+
+private:
+    std::function<void()> answer;
+};
 
 /// A socket beneath the library's own, for a peer or a server that does not behave.
 class RawSocket
@@ -111,6 +130,7 @@ private slots:
     void withoutADisplayNothingElseGoesWrong();
     void silentPeerIsAwaitedForASecond();
     void noConnectionIsRefused();
+    void waitingConnectionIsAnswered();
     void serverEndsWithItsObject();
     void messageNamesAnyWindow();
 
@@ -228,7 +248,7 @@ void TestSingleApplication::whatBarsTheNameIsCleared()
 {
     QFETCH(int, kind);
     const QString target = directory->filePath(QStringLiteral("target"));
-    WriteFile(target);
+    WriteAll(target, "x");
     if (kind == 0) {
         QVERIFY(QFile::link(target, Blocker()));
     } else {
@@ -236,7 +256,7 @@ void TestSingleApplication::whatBarsTheNameIsCleared()
     }
     if (kind == 2) {
         QVERIFY(QDir(Blocker()).mkpath(QStringLiteral("a/b")));
-        WriteFile(Blocker() + QStringLiteral("/a/b/file"));
+        WriteAll(Blocker() + QStringLiteral("/a/b/file"), "x");
         QVERIFY(QFile::link(target, Blocker() + QStringLiteral("/a/link")));
         QVERIFY(QFile::link(directory->path(), Blocker() + QStringLiteral("/up")));
     }
@@ -263,7 +283,7 @@ void TestSingleApplication::whatBarsNothingStays()
     if (link) {
         QVERIFY(QFile::link(QStringLiteral("/nonexistent"), Blocker()));
     } else {
-        WriteFile(Blocker());
+        WriteAll(Blocker(), "x");
     }
     QCOMPARE(application->InitLocalConnect(), 0);
     QCOMPARE(QFileInfo(Blocker()).isSymLink(), link);
@@ -275,7 +295,7 @@ void TestSingleApplication::linkToADirectoryLosesTheContentAndBars()
 {
     const QDir here(directory->path());
     QVERIFY(here.mkdir(QStringLiteral("target")));
-    WriteFile(here.filePath(QStringLiteral("target/file")));
+    WriteAll(here.filePath(QStringLiteral("target/file")), "x");
     QVERIFY(QFile::link(here.filePath(QStringLiteral("target")), Blocker()));
     QCOMPARE(application->InitLocalConnect(), -1);
     QVERIFY(log->Contains(WARNING, UTILS, QStringLiteral("RemoveDir dir:%1 failed").arg(name)));
@@ -288,7 +308,7 @@ void TestSingleApplication::undeletableDirectoryBars()
 {
     const QString closed = Blocker() + QStringLiteral("/closed");
     QVERIFY(QDir().mkpath(closed));
-    WriteFile(closed + QStringLiteral("/file"));
+    WriteAll(closed + QStringLiteral("/file"), "x");
     QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0500), 0);
     const int result = application->InitLocalConnect();
     QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0700), 0);
@@ -468,6 +488,32 @@ void TestSingleApplication::noConnectionIsRefused()
     QCOMPARE(result, -1);
     QCOMPARE(log->Messages(), QStringList(QStringLiteral("No connection.")));
     QVERIFY(log->Contains(ERROR, UTILS, QStringLiteral("No connection.")));
+}
+
+void TestSingleApplication::waitingConnectionIsAnswered()
+{
+    Start();
+    QObject* server = nullptr;
+    AskedWindow window([this, &server] { server = ((*application).*OpenApplication::Sender())(); });
+    application->SetMainWindow(window);
+    {
+        const RawSocket peer(SocketPath());
+        QVERIFY(peer.Connect());
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(log->Count(ACTIVE), 1, ENDED_MS);
+    auto* listening = qobject_cast<QLocalServer*>(server);
+    QVERIFY(listening != nullptr);
+    // Nobody takes the next one but who asks.
+    disconnect(listening, nullptr, application.get(), nullptr);
+    {
+        const RawSocket peer(SocketPath());
+        QVERIFY(peer.Connect());
+    }
+    QTRY_VERIFY(listening->hasPendingConnections());
+    int result = -1;
+    QVERIFY(QMetaObject::invokeMethod(application.get(), "NewAppConnected", Q_RETURN_ARG(int, result)));
+    QCOMPARE(result, 0);
+    QCOMPARE(log->Count(ACTIVE), 2);
 }
 
 void TestSingleApplication::serverEndsWithItsObject()

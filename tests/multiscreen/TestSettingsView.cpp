@@ -16,6 +16,7 @@
 #include "multiscreen/MultiScreen.h"
 #include "shell/VeloMessageBox.h"
 #include "support/CapturedLog.h"
+#include "support/Files.h"
 #include "support/Looks.h"
 #include "support/Sandbox.h"
 
@@ -38,13 +39,6 @@ QString Accepted(const QString& path)
 void Store(const QByteArray& path)
 {
     SettingsFile::Write("[Tandra]\nfileStorePath=" + path + "\n");
-}
-
-void SetMode(const QString& path, mode_t mode)
-{
-    if (chmod(path.toLocal8Bit().constData(), mode) != 0) {
-        qFatal("the mode of %s cannot be set", qPrintable(path));
-    }
 }
 
 /// Takes `folder` in the dialog, as a person does who types the path.

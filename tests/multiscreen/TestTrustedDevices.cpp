@@ -11,6 +11,7 @@
 #include "multiscreen/MultiScreen.h"
 #include "shell/VeloMessageBox.h"
 #include "support/CapturedLog.h"
+#include "support/Files.h"
 #include "support/Looks.h"
 #include "support/Sandbox.h"
 
@@ -29,14 +30,6 @@ const QByteArray SECRET(1000, 's');
 QString Others()
 {
     return QDir::homePath() + QStringLiteral("/Velodesk/Tandra/others/");
-}
-
-void WriteFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("%s cannot be written", qPrintable(path));
-    }
 }
 
 QStringList Present()
@@ -103,7 +96,7 @@ void TestTrustedDevices::init()
     SettingsFile::Write("[VelodeskServer]\ntrustNum=3\n[Tandra]\ndevicename=Old\nfileStorePath=/x\n");
     QVERIFY(QDir().mkpath(Others()));
     for (const QString& name : NAMES) {
-        WriteFile(Others() + name, SECRET);
+        WriteAll(Others() + name, SECRET);
     }
     log = std::make_unique<CapturedLog>();
     page = std::make_unique<MultiScreen>(nullptr);
@@ -255,7 +248,7 @@ void TestTrustedDevices::failureStopsNothing()
 {
     QFETCH(int, number);
     QFETCH(int, size);
-    WriteFile(Others() + NAMES.at(number), QByteArray(size, 's'));
+    WriteAll(Others() + NAMES.at(number), QByteArray(size, 's'));
     DialogScript script({Confirm});
     Click();
     QCOMPARE(Present(), QStringList(NAMES.at(number)));
@@ -267,7 +260,7 @@ void TestTrustedDevices::failureStopsNothing()
 
 void TestTrustedDevices::otherFilesStay()
 {
-    WriteFile(Others() + QStringLiteral("other"), SECRET);
+    WriteAll(Others() + QStringLiteral("other"), SECRET);
     DialogScript script({Confirm});
     Click();
     QCOMPARE(Present(), QStringList(QStringLiteral("other")));
@@ -295,7 +288,7 @@ void TestTrustedDevices::everyQuestionIsAnsweredAnew()
     Click();
     QVERIFY(confirmed.IsPlayedOut());
     SettingsFile::Write("[VelodeskServer]\ntrustNum=3\n");
-    WriteFile(Others() + NAMES.first(), SECRET);
+    WriteAll(Others() + NAMES.first(), SECRET);
     page->ShowSetView();
     log->Clear();
     const QByteArray before = SettingsFile::Content();

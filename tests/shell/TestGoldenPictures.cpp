@@ -53,7 +53,8 @@ void TestGoldenPictures::windowsLookAsTheyDid()
         const QRect difference = FindDifference(portrait.image, Golden(portrait.name), allowance);
         if (!difference.isEmpty()) {
             // Beside the test, for people to look at.
-            portrait.image.save(portrait.name + QStringLiteral(".png"));
+            portrait.image.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + portrait.name +
+                                QStringLiteral(".png"));
             different += QStringLiteral("%1 at %2,%3 %4x%5")
                              .arg(portrait.name)
                              .arg(difference.x())

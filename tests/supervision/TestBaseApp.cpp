@@ -240,7 +240,8 @@ void TestBaseApp::stopWithoutWaitingOnlyAsks()
     QElapsedTimer timer;
     timer.start();
     app.Stop(false);
-    QVERIFY(timer.elapsed() < 500);
+    // Waiting would take three seconds.
+    QVERIFY(timer.elapsed() < 2500);
     QTRY_VERIFY(process.bytesAvailable() > 0);
     QCOMPARE(process.readAll(), QByteArray("asked\n"));
     QCOMPARE(app.count, 1);
@@ -260,7 +261,7 @@ void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
     timer.start();
     app.Stop(true);
     const qint64 elapsed = timer.elapsed();
-    QVERIFY2(elapsed >= 3000 && elapsed < 4500, qPrintable(QString::number(elapsed)));
+    QVERIFY2(elapsed >= 3000, qPrintable(QString::number(elapsed)));
     QCOMPARE(log->Messages().filter(QStringLiteral("process[")),
              QStringList({Line("terminate process[%1]"), Line("kill process[%1]")}));
     QVERIFY(watched.finished.count() == 1 || watched.finished.wait());
