@@ -40,15 +40,20 @@ make_root() {
 release_root() {
     root=$PWD/build/releases/$1
     install_packages mmdebstrap gpgv debian-archive-keyring bubblewrap git
+    mkdir -p "${root%/*}"
+    # Whoever comes second waits until the first has made it.
+    local lock
+    exec {lock}>"$root.lock"
+    flock "$lock"
     if [ ! -e "$root/complete" ]; then
         say "making a root of $1"
-        mkdir -p "${root%/*}"
         make_root "$1" "$root" --include=git,ca-certificates >"$root.log" 2>&1 || {
             cat "$root.log"
             return 1
         }
         as_root touch "$root/complete"
     fi
+    exec {lock}>&-
 }
 
 # Runs a command as root in a root: with processes, /dev and /run of its own, and nothing of this machine but its
@@ -68,11 +73,13 @@ in_root() {
     as_root bwrap "${options[@]}" "$@"
 }
 
-# Puts the last commit into a folder of a root, over what may stand there.
+# Puts the last commit into a folder of a root, in place of the one that may stand there; what was built stays.
 copy_commit() {
     as_root mkdir -p "$1$2"
+    as_root find "$1$2" -mindepth 1 -maxdepth 1 ! -name build ! -name .cache -exec rm -rf --one-file-system {} +
+    # A commit's files have its time, which says nothing about what was built from another one.
     as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar "$VELODESK_COMMIT" |
-        as_root tar --extract --no-same-owner --directory "$1$2"
+        as_root tar --extract --touch --no-same-owner --directory "$1$2"
 }
 
 # Builds the packages of the last commit in a folder of $root, which is made anew; they are in build/packages there.

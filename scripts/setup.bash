@@ -1,4 +1,4 @@
-# Sourced by run, test, bench/run and .ci/run: says what it installs, and builds with progress.
+# Sourced by run, test and the scripts of scripts, bench and packaging: says what it installs, and builds with progress.
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
 # What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
