@@ -18,8 +18,7 @@ const QString TITLE_BAR_STYLE = QStringLiteral("border-radius:0px;border-top-lef
 QRect MainCardArea(const QWidget& page)
 {
     const QPoint topLeft = page.mapToGlobal(-PAGE_POS);
-    const QRect rect = page.rect();
-    return {topLeft, topLeft + PAGE_POS + QPoint(rect.right() - rect.left(), rect.bottom() - rect.top())};
+    return {topLeft, topLeft + PAGE_POS + page.rect().bottomRight()};
 }
 } // namespace
 
