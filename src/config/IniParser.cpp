@@ -26,6 +26,15 @@ const std::string& TextOf(const std::unordered_map<std::string, std::string>& te
     return found == texts.end() ? NONE : found->second;
 }
 
+/// The name under which the comment of a key is kept.
+std::string NameOf(const std::string& section, const std::string& key)
+{
+    std::string name = section;
+    name += '/';
+    name += key;
+    return name;
+}
+
 /// FNV-1a, which can be continued: what names of one section have in common is gone through once.
 class NameHash
 {
@@ -163,7 +172,7 @@ int IniParser::TakeKeyLine(ConfigFile& configFile, const std::string& section, P
         if (progress.commentNames > MAX_COMMENT_NAMES) {
             return -1;
         }
-        configFile.inlineComments[section + "/" + key] = line.substr(comment);
+        configFile.inlineComments[NameOf(section, key)] = line.substr(comment);
     }
     if (section.empty() || key.empty()) {
         return -1;
@@ -226,12 +235,12 @@ int IniParser::Save(const std::string& filePath)
             // A comment can stand here only if it belongs to a section of that name; the key is then left
             // out.
             if (commented.MayHold(name.Then("0")) &&
-                !TextOf(configFile.commentLines, section + "/" + key + "0").empty()) {
+                !TextOf(configFile.commentLines, NameOf(section, key).append("0")).empty()) {
                 continue;
             }
             stream << key << '=' << value;
             if (commented.MayHold(name)) {
-                stream << TextOf(configFile.inlineComments, section + "/" + key);
+                stream << TextOf(configFile.inlineComments, NameOf(section, key));
             }
             stream << '\n' << std::flush;
         }
