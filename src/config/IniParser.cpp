@@ -1,5 +1,6 @@
 #include "config/IniParser.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <sstream>
@@ -161,12 +162,8 @@ int IniParser::TakeKeyLine(ConfigFile& configFile, const std::string& section, P
     std::string key = line.substr(0, equals);
     // Without "=" the line is its own value.
     const std::size_t start = equals == std::string::npos ? 0 : equals + 1;
-    std::string value;
-    if (comment == std::string::npos) {
-        value = line.substr(start);
-    } else if (comment > start) {
-        value = line.substr(start, comment - start);
-    }
+    // Up to the comment, or to the end; nothing if the comment comes first.
+    std::string value = line.substr(start, std::max(start, comment) - start);
     if (comment != std::string::npos) {
         progress.commentNames += section.size();
         if (progress.commentNames > MAX_COMMENT_NAMES) {

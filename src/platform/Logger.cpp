@@ -59,7 +59,6 @@ void Logger::Init(const std::string& path)
     // Without a path and a file while the guard works: it logs too, and its line could otherwise rotate an
     // overgrown log through the very link that is about to go.
     stream.close();
-    stream.clear();
     filePath.clear();
     if (FileOperator::GetInstance().IsLinkExist(path)) {
         unlink(path.c_str());

@@ -105,18 +105,10 @@ void Shadow::CheckRect(QRect& rect, const QRect& bounds)
         rect.bottom() - rect.top() > bounds.bottom() - bounds.top()) {
         return;
     }
-    if (rect.left() < bounds.left()) {
-        rect.moveLeft(bounds.left());
-    }
-    if (rect.top() < bounds.top()) {
-        rect.moveTop(bounds.top());
-    }
-    if (rect.right() > bounds.right()) {
-        rect.moveRight(bounds.right());
-    }
-    if (rect.bottom() > bounds.bottom()) {
-        rect.moveBottom(bounds.bottom());
-    }
+    rect.moveLeft(qMax(rect.left(), bounds.left()));
+    rect.moveTop(qMax(rect.top(), bounds.top()));
+    rect.moveRight(qMin(rect.right(), bounds.right()));
+    rect.moveBottom(qMin(rect.bottom(), bounds.bottom()));
 }
 
 int Shadow::ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, QRect rect, bool fixedSize)

@@ -176,7 +176,6 @@ void VeloWin::AddAppListItem(QString icon, QString text)
     layout->addWidget(iconLabel, 0, 0);
     layout->addWidget(textLabel, 0, 1);
     SetItemLayoutMargins(*layout);
-    container->setLayout(layout);
 
     auto* item = new (std::nothrow) QListWidgetItem(ui->appList);
     if (item == nullptr) {

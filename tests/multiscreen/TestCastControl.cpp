@@ -117,6 +117,7 @@ private slots:
     void clickWhileCastingStopsTheEngine();
     void clickRepeatsItsRequest();
     void anyOtherTextStarts_data();
+    void changeIsDrawnAtOnce();
     void anyOtherTextStarts();
     void castEndedByTheEngineIsStartedAgain();
     void crashReturnsToIdleInSilence();
@@ -365,6 +366,33 @@ void TestCastControl::anyOtherTextStarts_data()
     QTest::newRow("nothing") << QString();
     QTest::newRow("blank behind") << QStringLiteral("结束投屏 ");
     QTest::newRow("something else") << QStringLiteral("stop");
+}
+
+void TestCastControl::changeIsDrawnAtOnce()
+{
+    // Place by place, or Qt would draw all that lies between them.
+    class Order : public QObject
+    {
+    public:
+        QStringList painted;
+
+    protected:
+        bool eventFilter(QObject* watched, QEvent* event) override
+        {
+            if (event->type() == QEvent::Paint) {
+                painted.append(watched->objectName());
+            }
+            return false;
+        }
+    } order;
+    QVERIFY(QTest::qWaitForWindowExposed(page.get()));
+    const QStringList places{QStringLiteral("PreScreenBtn"), QStringLiteral("ScreenLabel"),
+                             QStringLiteral("StatusFrame")};
+    for (const QString& place : places) {
+        Find(*page, place.toLatin1().constData())->installEventFilter(&order);
+    }
+    page->SetPreScreenStatus(true);
+    QCOMPARE(order.painted, places);
 }
 
 void TestCastControl::anyOtherTextStarts()

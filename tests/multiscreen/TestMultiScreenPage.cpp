@@ -101,6 +101,7 @@ private slots:
     void fontsAreSet_data();
     void fontsAreSet();
     void fontStyleMakesFonts();
+    void whatLiesOnThePageKeepsTheApplicationsSize();
     void widgetsAreStackedAsTold_data();
     void widgetsAreStackedAsTold();
     void clickOnAnIconReachesTheButtonOverIt();
@@ -334,6 +335,21 @@ void TestMultiScreenPage::fontStyleMakesFonts()
     QCOMPARE(font.weight(), 63);
     QCOMPARE(font.letterSpacing(), 1.5);
     QCOMPARE(font.letterSpacingType(), QFont::AbsoluteSpacing);
+}
+
+void TestMultiScreenPage::whatLiesOnThePageKeepsTheApplicationsSize()
+{
+    const QFont before = QApplication::font();
+    QFont font = before;
+    font.setPixelSize(13);
+    QApplication::setFont(font);
+    const MultiScreen inPixels(nullptr);
+    QCOMPARE(Find(inPixels, "ScreenWidget")->font().pixelSize(), 13);
+    font.setPointSizeF(11.5);
+    QApplication::setFont(font);
+    const MultiScreen inPoints(nullptr);
+    QCOMPARE(Find(inPoints, "ScreenWidget")->font().pointSizeF(), 11.5);
+    QApplication::setFont(before);
 }
 
 void TestMultiScreenPage::widgetsAreStackedAsTold_data()

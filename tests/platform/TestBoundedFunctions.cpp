@@ -147,7 +147,7 @@ void TestBoundedFunctions::textThatDoesNotFitFails()
             QCOMPARE(result, text.size());
             QCOMPARE(QByteArray(buffer.data()), text);
         } else {
-            QVERIFY(result < 0);
+            QCOMPARE(result, -1);
             QCOMPARE(QByteArray(buffer.data()), QByteArray());
         }
         QCOMPARE(Bytes(buffer).mid(limit), Bytes(Fresh()).mid(limit));
@@ -160,9 +160,9 @@ void TestBoundedFunctions::formattingToNothingFails()
     const char* const noFormat = nullptr;
     const char* const text = "a";
     for (const auto format : {&snprintf_s, &ByList}) {
-        QVERIFY(format(nullptr, 8, 7, "%s", text) < 0);
-        QVERIFY(format(buffer.data(), 0, 0, "%s", text) < 0);
-        QVERIFY(format(buffer.data(), 8, 7, noFormat, text) < 0);
+        QCOMPARE(format(nullptr, 8, 7, "%s", text), -1);
+        QCOMPARE(format(buffer.data(), 0, 0, "%s", text), -1);
+        QCOMPARE(format(buffer.data(), 8, 7, noFormat, text), -1);
     }
     QCOMPARE(Bytes(buffer), Bytes(Fresh()));
 }
@@ -172,7 +172,7 @@ void TestBoundedFunctions::badFormatFails()
     Buffer buffer = Fresh();
     // A wide character that has no bytes in any encoding.
     const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
-    QVERIFY(snprintf_s(buffer.data(), buffer.size(), buffer.size() - 1, "%ls", unwritable.c_str()) < 0);
+    QCOMPARE(snprintf_s(buffer.data(), buffer.size(), buffer.size() - 1, "%ls", unwritable.c_str()), -1);
 }
 
 void TestBoundedFunctions::argumentsAreFormatted()

@@ -108,6 +108,7 @@ private slots:
     void timeIsLocalAndToTheMicrosecond();
     void timeThatCannotBeToldIsLeftOut();
     void lineIsOnDiskAtOnce();
+    void linesLeaveNoDescriptorOpen();
     void textIsTakenAsBytes();
 
     void longMessageIsWholeOrNotThere_data();
@@ -133,12 +134,15 @@ private slots:
     void nothingIsWrittenBeforeInit();
     void nothingIsMadeWithoutInit();
     void logThatCannotBeOpenedIsDoneWithout();
+    void modeOfAFileThatCannotBeOpenedStays();
+    void secondLogTakesOver();
     void removedLogIsNotMadeAgain();
     void linkIsReplacedByAFile();
     void danglingLinkIsFollowed();
     void directoryIsReplacedByAFile();
     void linkToADirectoryEmptiesItAndStays();
     void overgrownLogIsOpenAfterInit();
+    void overgrownTargetOfALinkIsNotTouched_data();
     void overgrownTargetOfALinkIsNotTouched();
 
     void plainFunctionsWriteTheirLevel_data();
@@ -297,6 +301,18 @@ void TestLogger::lineIsOnDiskAtOnce()
         WriteText(*logger, "text");
         QCOMPARE(LinesOf(ReadAll(path)).size(), i);
     }
+}
+
+void TestLogger::linesLeaveNoDescriptorOpen()
+{
+    const auto open = [] {
+        return QDir(QStringLiteral("/proc/self/fd")).entryList().size();
+    };
+    logger->Init(Local(path));
+    WriteText(*logger, "text");
+    const int before = open();
+    WriteText(*logger, "text");
+    QCOMPARE(open(), before);
 }
 
 void TestLogger::textIsTakenAsBytes()
@@ -555,6 +571,29 @@ void TestLogger::logThatCannotBeOpenedIsDoneWithout()
     QVERIFY(!QFileInfo::exists(path));
 }
 
+void TestLogger::modeOfAFileThatCannotBeOpenedStays()
+{
+    SetMode(directory->path(), 0777);
+    const PlainUser plain;
+    WriteAll(path, "text");
+    SetMode(path, 0400);
+    logger->Init(Local(path));
+    WriteText(*logger, "more");
+    QCOMPARE(ModeOf(path), mode_t(0400));
+    QCOMPARE(ReadAll(path), QByteArray("text"));
+}
+
+void TestLogger::secondLogTakesOver()
+{
+    const QString second = directory->filePath(QStringLiteral("second"));
+    logger->Init(Local(path));
+    WriteText(*logger, "to the first");
+    logger->Init(Local(second));
+    WriteText(*logger, "to the second");
+    QCOMPARE(Bare(ReadAll(path)), LineWith("to the first"));
+    QCOMPARE(Bare(ReadAll(second)), LineWith("to the second"));
+}
+
 void TestLogger::removedLogIsNotMadeAgain()
 {
     Grow(LIMIT + 1);
@@ -628,13 +667,24 @@ void TestLogger::overgrownLogIsOpenAfterInit()
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
+void TestLogger::overgrownTargetOfALinkIsNotTouched_data()
+{
+    QTest::addColumn<bool>("wasLog");
+    QTest::newRow("at the start") << false;
+    QTest::newRow("where the log has been") << true;
+}
+
 void TestLogger::overgrownTargetOfALinkIsNotTouched()
 {
+    QFETCH(bool, wasLog);
+    Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
+    if (wasLog) {
+        shared.Init(Local(path));
+    }
     Grow(LIMIT + 1);
     const QString target = directory->filePath(QStringLiteral("target"));
     QVERIFY(QFile::rename(path, target));
     QVERIFY(QFile::link(target, path));
-    Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
     shared.Init(Local(path));
     WriteText(shared, "text");
     QCOMPARE(QFileInfo(target).size(), LIMIT + 1);

@@ -4,6 +4,7 @@
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QTest>
+#include <QTextBlock>
 #include <memory>
 
 #include "shell/AboutWin.h"
@@ -66,9 +67,16 @@ void TestAboutWin::isBuiltAsTold()
         // A font keeps its spacing in 64ths of a pixel.
         QVERIFY(qAbs(used.letterSpacing() - 0.7) < 1.0 / 64);
     }
+    for (const char* name : {"abtTitle", "proTiltle", "abtName", "abtVersion"}) {
+        QCOMPARE(Find(Page(), name)->styleSheet(), QStringLiteral("color:#1F1F1F;"));
+    }
+    for (const char* name : {"abtLogo", "abtName"}) {
+        QCOMPARE(Find<QLabel>(Page(), name)->alignment(), Qt::AlignHCenter);
+    }
     for (const char* name : {"abtBackBtn", "proBackBtn", "proBtn"}) {
         QCOMPARE(Find(Page(), name)->focusPolicy(), Qt::NoFocus);
     }
+    QCOMPARE(Page().property("useStyleWindowManager"), QVariant(false));
     QCOMPARE(Find(Page(), "abtBackBtn")->accessibleName(), QStringLiteral("返回"));
     const auto* view = Page().findChild<SerProEdit*>();
     QCOMPARE(view->geometry(), QRect(20, 17, 588, 351));
@@ -121,8 +129,23 @@ void TestAboutWin::headingAndDividerStandBeforeTheAgreement()
 {
     const auto* view = Page().findChild<SerProEdit*>();
     const QString text = view->toPlainText();
-    QVERIFY2(text.startsWith(QStringLiteral("维乐助手\n版本1.0\n")), qPrintable(text.left(40)));
+    // The divider is a picture, for which the text has a mark, and a line break.
+    QVERIFY2(text.startsWith(QStringLiteral("维乐助手\n版本1.0\n\uFFFC\n")), qPrintable(text.left(40)));
     QVERIFY(view->toHtml().contains(QStringLiteral(":/velo/splitter")));
+    const struct
+    {
+        int pixelSize;
+        int weight;
+    } fonts[] = {{24, QFont::Bold}, {14, QFont::Normal}};
+    QTextBlock line = view->document()->firstBlock();
+    for (const auto& font : fonts) {
+        const QTextCharFormat format = line.begin().fragment().charFormat();
+        QCOMPARE(format.font().pixelSize(), font.pixelSize);
+        QCOMPARE(format.font().weight(), font.weight);
+        QCOMPARE(format.font().letterSpacing(), 1.0);
+        QCOMPARE(format.foreground().color(), QColor(0x1F, 0x1F, 0x1F));
+        line = line.next();
+    }
 }
 
 void TestAboutWin::missingParentIsHarmless()

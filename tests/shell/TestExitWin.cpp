@@ -21,6 +21,11 @@ private slots:
     void clicksCheckTheirButtonFirst();
     void closeHides();
     void bandIsTheTop32Rows();
+    void bandEndsInItsCorners_data();
+    void bandEndsInItsCorners();
+    void standsOverTheMiddleOfItsParent_data();
+    void standsOverTheMiddleOfItsParent();
+    void isNotSeenWhileItIsBuilt();
 };
 
 void TestExitWin::isBuiltAsTold_data()
@@ -39,6 +44,7 @@ void TestExitWin::isBuiltAsTold()
     QVERIFY(window.hasMouseTracking());
     QVERIFY(!window.isVisible());
     QVERIFY(!window.testAttribute(Qt::WA_DontShowOnScreen));
+    QVERIFY(!window.autoFillBackground());
     QCOMPARE(window.property("useStyleWindowManager"), QVariant(false));
     QCOMPARE(Find(window, "exitBtn")->geometry(), QRect(158, 120, 82, 24));
     QCOMPARE(Find(window, "cancelBtn")->geometry(), QRect(60, 120, 82, 24));
@@ -66,7 +72,10 @@ void TestExitWin::looksDiffer()
     QCOMPARE(Find(window, "widget_bg")->styleSheet(),
              shadow ? QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);")
                     : QStringLiteral("background-color: rgb(247, 247, 247);"));
-    QCOMPARE(Find(window, "closeBtn")->styleSheet().contains(QStringLiteral("close_hover_shadow")), shadow);
+    QCOMPARE(
+        Find(window, "closeBtn")->styleSheet(),
+        shadow ? CornerButtonStyle(true, "close_normal_shadow", "close_hover_shadow", "close_pressed_shadow")
+               : CornerButtonStyle(false, "close_normal", "close_hover", "close_pressed"));
     QCOMPARE(window.palette().color(QPalette::Window) == QColor(0xE2, 0xE2, 0xE2), !shadow);
 }
 
@@ -140,6 +149,66 @@ void TestExitWin::bandIsTheTop32Rows()
     const QPoint ends = window.mapToGlobal(card + QPoint(40, 51)) - QPoint(30, 31);
     SendMouse(window, QEvent::MouseMove, card + QPoint(40, 51));
     QCOMPARE(window.pos(), ends);
+}
+
+void TestExitWin::bandEndsInItsCorners_data()
+{
+    AddBothLooks();
+}
+
+void TestExitWin::bandEndsInItsCorners()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    ExitWin window(nullptr);
+    window.show();
+    QVERIFY(Drags(window, QPoint(0, 0)));
+    QVERIFY(Drags(window, QPoint(299, 31)));
+    QVERIFY(!Drags(window, QPoint(300, 31)));
+    QVERIFY(!Drags(window, QPoint(299, 32)));
+}
+
+void TestExitWin::standsOverTheMiddleOfItsParent_data()
+{
+    AddBothLooks();
+}
+
+void TestExitWin::standsOverTheMiddleOfItsParent()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    QWidget parent;
+    parent.setGeometry(150, 100, 500, 400);
+    ExitWin window(&parent);
+    window.show();
+    const QPoint middle((150 + 649) / 2, (100 + 499) / 2);
+    if (shadow) {
+        QCOMPARE(window.mapToGlobal(Find(window, "widget_bg")->pos()), middle - QPoint(299 / 2, 167 / 2));
+    } else {
+        QCOMPARE(window.pos(), middle - QPoint(301 / 2, 169 / 2));
+    }
+}
+
+void TestExitWin::isNotSeenWhileItIsBuilt()
+{
+    // What a window is shown by, on the screen.
+    class Shows : public QObject
+    {
+    public:
+        int count = 0;
+
+    protected:
+        bool eventFilter(QObject* object, QEvent* event) override
+        {
+            count += object->isWindowType() && event->type() == QEvent::Show ? 1 : 0;
+            return false;
+        }
+    } shows;
+    qApp->installEventFilter(&shows);
+    ExitWin window(nullptr);
+    QCOMPARE(shows.count, 0);
+    window.show();
+    QCOMPARE(shows.count, 1);
 }
 
 QTEST_MAIN(TestExitWin)

@@ -40,6 +40,8 @@ private slots:
     void exitTellsFirstThenCloses();
     void exitWithoutAHookJustCloses();
     void closeByTheWindowManagerTellsNobody();
+    void bandEndsInItsCorners_data();
+    void bandEndsInItsCorners();
 
 private:
     void VerifyTicked(bool ticked);
@@ -67,6 +69,7 @@ void TestProtocolWin::isBuiltAsTold()
     QCOMPARE(window->windowModality(), Qt::WindowModal);
     QCOMPARE(window->windowTitle(), QStringLiteral("维乐助手"));
     QVERIFY(window->hasMouseTracking());
+    QVERIFY(!window->autoFillBackground());
     QCOMPARE(window->property("useStyleWindowManager"), QVariant(false));
     const QMap<QByteArray, QRect> geometry{
         {"TopFrame", QRect(168, 0, 728, 44)},    {"MinBtn", QRect(616, 0, 56, 44)},
@@ -83,12 +86,18 @@ void TestProtocolWin::isBuiltAsTold()
     QCOMPARE(Find(*window, "TitleLabel")->font().pixelSize(), 24);
     QCOMPARE(Find(*window, "TitleLabel")->font().weight(), 63);
     QCOMPARE(Button("AgreeLabel")->font().pixelSize(), 12);
+    QCOMPARE(Button("AgreeLabel")->font().weight(), 63);
+    for (const char* name : {"TitleLabel", "AgreeLabel"}) {
+        QCOMPARE(Find(*window, name)->font().family(), QStringLiteral("Noto Sans CJK SC"));
+        QCOMPARE(Find(*window, name)->font().letterSpacing(), 1.0);
+    }
     for (const char* name : {"AgreeBtn", "BeginBtn", "MinBtn", "CloseBtn", "AgreeLabel"}) {
         QCOMPARE(Find(*window, name)->focusPolicy(), Qt::NoFocus);
     }
     const auto* view = window->findChild<SerProEdit*>();
     QCOMPARE(view->geometry(), QRect(12, 10, 694, 269));
     QCOMPARE(view->parentWidget(), Find(*window, "ContentFrame"));
+    QVERIFY(view->toPlainText().size() > 1000);
     // The words of the tick lie over everything else.
     window->show();
     QCOMPARE(Find(*window, "widget_bg")->childAt(150, 399), static_cast<QWidget*>(Button("AgreeLabel")));
@@ -109,7 +118,9 @@ void TestProtocolWin::looksDiffer()
     QCOMPARE(Find(other, "widget_bg")->styleSheet(),
              shadow ? QStringLiteral("border-radius:20px;background-color:#F9F9F9;")
                     : QStringLiteral("border-radius:0px;background-color:#F9F9F9;"));
-    QCOMPARE(Find(other, "CloseBtn")->styleSheet().contains(QStringLiteral("exitHoverShadow")), shadow);
+    QCOMPARE(Find(other, "CloseBtn")->styleSheet(),
+             shadow ? CornerButtonStyle(true, "exitNormalShadow", "exitHoverShadow", "exitClickShadow")
+                    : CornerButtonStyle(false, "exitNormal", "exitHover", "exitClick"));
     QCOMPARE(other.palette().color(QPalette::Disabled, QPalette::Window) == QColor(0xE2, 0xE2, 0xE2),
              !shadow);
 }
@@ -204,6 +215,22 @@ void TestProtocolWin::closeByTheWindowManagerTellsNobody()
     window->close();
     QCOMPARE(told, 0);
     QVERIFY(!window->isVisible());
+}
+
+void TestProtocolWin::bandEndsInItsCorners_data()
+{
+    AddBothLooks();
+}
+
+void TestProtocolWin::bandEndsInItsCorners()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    ProtocolWin other(nullptr);
+    other.show();
+    QVERIFY(!Drags(other, QPoint(896, 43)));
+    QVERIFY(!Drags(other, QPoint(895, 44)));
+    QVERIFY(Drags(other, QPoint(895, 43)));
 }
 
 QTEST_MAIN(TestProtocolWin)

@@ -96,6 +96,8 @@ void TestScarceMemory::withoutAQuestionOnlyACloseCommandCloses()
     window.show();
     succeeding = 0;
     QTest::mouseClick(Find(window, "exitBtn"), Qt::LeftButton);
+    QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("VELODESK"),
+                          QStringLiteral("ExitWin is nullptr.")));
     QCOMPARE(log->Count(QStringLiteral("ExitWin is nullptr.")), 1);
     QCOMPARE(log->Count(QStringLiteral("Velodesk show exit window.")), 0);
     succeeding = 0;

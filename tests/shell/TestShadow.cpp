@@ -3,11 +3,15 @@
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
 #include <functional>
 
 #include "shell/CardWindow.h"
 #include "shell/Shadow.h"
+#include "support/CapturedLog.h"
+#include "support/Environment.h"
+#include "support/Files.h"
 #include "support/Looks.h"
 
 Q_DECLARE_METATYPE(QMargins)
@@ -44,7 +48,8 @@ public:
     {
         const int result = Shadow::ShadowWinPlace(this, shadowLayout, cardWidget, cardRect);
         shadowLayout->activate();
-        return result;
+        // What is built can be made larger and smaller still.
+        return maximumSize() == QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) ? result : -1;
     }
     QRect CardOnScreen() const { return QRect(mapToGlobal(cardWidget->pos()), cardWidget->size()); }
     QRegion Mask() const { return mask(); }
@@ -65,9 +70,12 @@ protected:
     void paintEvent(QPaintEvent*) override { ++count; }
 };
 
+using CardChange = std::function<void(QWidget* window, QWidget* card)>;
+
 /// A translucent window with a card of that size and style, 20 pixels of room around it and a child on it.
-QImage Portrait(const QSize& size, const QString& style,
-                const std::function<void(QWidget* window, QWidget* card)>& addEffect)
+/// With `change` as it looks once that was done to a card that has been seen.
+QImage Portrait(const QSize& size, const QString& style, const CardChange& addEffect,
+                const CardChange& change = nullptr)
 {
     QWidget window;
     window.setAttribute(Qt::WA_TranslucentBackground);
@@ -82,10 +90,44 @@ QImage Portrait(const QSize& size, const QString& style,
     child->setAutoFillBackground(true);
     addEffect(&window, card);
     window.show();
+    if (change) {
+        window.grab();
+        change(&window, card);
+    }
     return window.grab().toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
+void AddOurs(QWidget* window, QWidget* card)
+{
+    Shadow::AddShadowEffect(window, card);
+}
+
+void AddQts(QWidget* window, QWidget* card)
+{
+    auto* effect = new QGraphicsDropShadowEffect(window);
+    effect->setOffset(0.0, 2.0);
+    effect->setColor(QColor(0, 0, 0, 51));
+    effect->setBlurRadius(20.0);
+    card->setGraphicsEffect(effect);
+}
+
+/// Empty if the two are as dark everywhere, to within one step of 255.
+QString Difference(const QImage& ours, const QImage& qts)
+{
+    for (int y = 0; y < qts.height(); ++y) {
+        for (int x = 0; x < qts.width(); ++x) {
+            const int difference = qAbs(qAlpha(ours.pixel(x, y)) - qAlpha(qts.pixel(x, y)));
+            if (difference > 1) {
+                return QStringLiteral("%1 at %2, %3").arg(difference).arg(x).arg(y);
+            }
+        }
+    }
+    return {};
+}
+
 constexpr QSize CARD(300, 168);
+const QString ROUND = QStringLiteral("#card{background-color:white;border-radius:20px;}");
+const QString SQUARE = QStringLiteral("#card{background-color:white;}");
 
 QRect Area()
 {
@@ -98,10 +140,14 @@ class TestShadow : public QObject
     Q_OBJECT
 
 private slots:
+    void lookIsDecidedByDistributionAndCompositor_data();
+    void lookIsDecidedByDistributionAndCompositor();
     void effectRefusesNull();
     void effectIsSetUpOnce();
     void shadowIsThatOfQtsOwnEffect_data();
     void shadowIsThatOfQtsOwnEffect();
+    void shadowFollowsItsCard_data();
+    void shadowFollowsItsCard();
     void changeOnTheCardPaintsOnlyThatPlace();
     void changesAroundACornerLeaveItsShadowAsItWas();
     void adjustTakesTheCheapestWay();
@@ -115,6 +161,7 @@ private slots:
     void windowOffTheDesktopComesBackUnclamped();
     void windowThatIsBuiltOffTheDesktopIsClamped();
     void windowThatIsBuiltTooLargeHasItsShadow();
+    void windowThatIsBuiltAsLargeAsTheDesktopHasNone();
     void windowThatIsBuiltWithoutEffectHasNoMargin();
     void fixedSizeClampsEvenOffTheDesktop();
     void moveKeepsTheCardsSize();
@@ -125,8 +172,62 @@ private slots:
     void anyReleaseEndsTheDrag();
     void dragIsClampedWithShadowOnly_data();
     void dragIsClampedWithShadowOnly();
+    void pointerOverTheShadowReachesWhatLiesBehind();
+    void mouseEventsAreLeftToWhomeverLiesBelow();
     void centringTruncatesTowardZero();
 };
+
+void TestShadow::lookIsDecidedByDistributionAndCompositor_data()
+{
+    QTest::addColumn<QByteArray>("release");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<bool>("shadow");
+    QTest::addColumn<QStringList>("lines");
+    const QByteArray that("DISTRIB_ID=UoS\n");
+    const QByteArray reply("method return\n   variant       boolean ");
+    const auto check = [](const char* active) {
+        return QStringLiteral("INFO TANDRA_UI check KWinSpecialEffect , ") + QLatin1String(active);
+    };
+    const QString off = QStringLiteral("INFO TANDRA_UI WinSpecialEffect is not open");
+    QTest::newRow("another distribution") << QByteArray("DISTRIB_ID=other\n") << reply + "false\n"
+                                          << true << QStringList();
+    QTest::newRow("it composites") << that << reply + "true\n" << true << QStringList(check("true"));
+    QTest::newRow("it does not") << that << reply + "false\n" << false << QStringList({check("false"), off});
+    QTest::newRow("another word") << that << reply + "False\n" << true << QStringList(check("False"));
+    QTest::newRow("no answer") << that << QByteArray() << true << QStringList(check(""));
+}
+
+void TestShadow::lookIsDecidedByDistributionAndCompositor()
+{
+    QFETCH(QByteArray, release);
+    QFETCH(QByteArray, answer);
+    // In place of the file and of the compositor.
+    const QTemporaryDir commands;
+    const auto stub = [&commands](const char* name, const QByteArray& output) {
+        const QString path = commands.filePath(QLatin1String(name));
+        WriteAll(path + QStringLiteral(".output"), output);
+        WriteAll(path, "#!/bin/sh\nprintf '%s ' \"$@\" > \"$0.asked\"\ncat \"$0.output\"\n");
+        SetMode(path, 0700);
+        return path + QStringLiteral(".asked");
+    };
+    const QString head = stub("head", release);
+    const QString dbusSend = stub("dbus-send", answer);
+    const Variable path("PATH", commands.path().toLocal8Bit() + ':' + qgetenv("PATH"));
+    const CapturedLog log;
+    QTEST(Shadow::IsShadowEffectEnable(), "shadow");
+    QStringList lines;
+    for (const CapturedLog::Line& line : log.Lines()) {
+        lines.append(line.level + QLatin1Char(' ') + line.module + QLatin1Char(' ') + line.message);
+    }
+    QTEST(lines, "lines");
+    QCOMPARE(ReadAll(head), QByteArray("/etc/lsb-release "));
+    QCOMPARE(QFile::exists(dbusSend), !lines.isEmpty());
+    if (!lines.isEmpty()) {
+        QCOMPARE(ReadAll(dbusSend), QByteArray("--session --dest=org.kde.KWin --print-reply /Compositor "
+                                               "org.freedesktop.DBus.Properties.Get "
+                                               "string:org.kde.kwin.Compositing string:active "));
+    }
+}
 
 void TestShadow::effectRefusesNull()
 {
@@ -155,11 +256,11 @@ void TestShadow::shadowIsThatOfQtsOwnEffect_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<QString>("style");
-    QTest::newRow("large, round") << QSize(896, 504)
-                                  << QStringLiteral("#card{background-color:white;border-radius:20px;}");
+    QTest::newRow("large, round") << QSize(896, 504) << ROUND;
     QTest::newRow("small, round") << QSize(120, 97)
                                   << QStringLiteral("#card{background-color:white;border-radius:8px;}");
-    QTest::newRow("square") << QSize(300, 168) << QStringLiteral("#card{background-color:white;}");
+    QTest::newRow("smaller than its sample, round") << QSize(90, 84) << ROUND;
+    QTest::newRow("square") << QSize(300, 168) << SQUARE;
     QTest::newRow("filled by its child") << QSize(300, 168) << QString();
 }
 
@@ -167,23 +268,34 @@ void TestShadow::shadowIsThatOfQtsOwnEffect()
 {
     QFETCH(QSize, size);
     QFETCH(QString, style);
-    const QImage ours =
-        Portrait(size, style, [](QWidget* window, QWidget* card) { Shadow::AddShadowEffect(window, card); });
-    const QImage qts = Portrait(size, style, [](QWidget* window, QWidget* card) {
-        auto* effect = new QGraphicsDropShadowEffect(window);
-        effect->setOffset(0.0, 2.0);
-        effect->setColor(QColor(0, 0, 0, 51));
-        effect->setBlurRadius(20.0);
-        card->setGraphicsEffect(effect);
-    });
+    const QImage ours = Portrait(size, style, AddOurs);
+    const QImage qts = Portrait(size, style, AddQts);
     QVERIFY(qAlpha(qts.pixel(size.width() / 2, 10)) != 0);
-    for (int y = 0; y < qts.height(); ++y) {
-        for (int x = 0; x < qts.width(); ++x) {
-            const int difference = qAbs(qAlpha(ours.pixel(x, y)) - qAlpha(qts.pixel(x, y)));
-            QVERIFY2(difference <= 1,
-                     qPrintable(QStringLiteral("%1 at %2, %3").arg(difference).arg(x).arg(y)));
-        }
-    }
+    QCOMPARE(Difference(ours, qts), QString());
+}
+
+void TestShadow::shadowFollowsItsCard_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("style");
+    QTest::newRow("another look") << CARD << SQUARE;
+    QTest::newRow("smaller") << QSize(90, 84) << ROUND;
+    QTest::newRow("smaller, another look") << QSize(90, 84) << SQUARE;
+    QTest::newRow("no look of its own") << CARD << QString();
+}
+
+void TestShadow::shadowFollowsItsCard()
+{
+    QFETCH(QSize, size);
+    QFETCH(QString, style);
+    const auto change = [&size, &style](QWidget*, QWidget* card) {
+        card->resize(size);
+        card->setStyleSheet(style);
+    };
+    const QImage ours = Portrait(CARD, ROUND, AddOurs, change);
+    const QImage qts = Portrait(CARD, ROUND, AddQts, change);
+    QCOMPARE(Difference(ours, qts), QString());
+    QVERIFY(!Difference(ours, Portrait(CARD, ROUND, AddQts)).isEmpty());
 }
 
 void TestShadow::changeOnTheCardPaintsOnlyThatPlace()
@@ -352,7 +464,7 @@ void TestShadow::windowThatIsBuiltOffTheDesktopIsClamped()
     QCOMPARE(probe.cardWidget->size(), CARD);
     // As any other window it stops at an edge.
     probe.move(-500, -500);
-    probe.Build(QRect(QPoint(-30, 7), CARD));
+    QCOMPARE(probe.Build(QRect(QPoint(-30, 7), CARD)), 0);
     QCOMPARE(probe.geometry(), QRect(0, 0, 320, 195));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 7, 20, 20));
 }
@@ -362,9 +474,18 @@ void TestShadow::windowThatIsBuiltTooLargeHasItsShadow()
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
     const QRect large = Area().adjusted(-50, 10, 50, -10);
-    probe.Build(large);
+    QCOMPARE(probe.Build(large), 0);
     QCOMPARE(probe.geometry(), large.adjusted(-20, -20, 20, 20));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
+}
+
+void TestShadow::windowThatIsBuiltAsLargeAsTheDesktopHasNone()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    QCOMPARE(probe.Build(Area()), 0);
+    QCOMPARE(probe.geometry(), Area());
+    QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 0, 0, 0));
 }
 
 void TestShadow::windowThatIsBuiltWithoutEffectHasNoMargin()
@@ -473,7 +594,13 @@ void TestShadow::dragIsClampedWithShadowOnly()
     }
     probe.shadowLayout->activate();
     const QPoint press = probe.cardWidget->pos() + QPoint(10, 10);
+    const QSize largest = probe.maximumSize();
     SendMouse(probe, QEvent::MouseButtonPress, press);
+    const QPoint wanted = probe.mapToGlobal(press) + QPoint(20, 30) - QPoint(10, 10);
+    SendMouse(probe, QEvent::MouseMove, press + QPoint(20, 30));
+    probe.shadowLayout->activate();
+    // Without shadow it is the window that is put where the card would have to go.
+    QCOMPARE(shadow ? probe.CardOnScreen().topLeft() : probe.pos(), wanted);
     SendMouse(probe, QEvent::MouseMove, press - QPoint(500, 500));
     probe.shadowLayout->activate();
     if (shadow) {
@@ -482,10 +609,30 @@ void TestShadow::dragIsClampedWithShadowOnly()
         QCOMPARE(probe.pos(), probe.mapToGlobal(QPoint(0, 0)));
         QVERIFY2(probe.x() < -200 && probe.y() < -200, "the window stays on the desktop");
     }
+    QCOMPARE(probe.maximumSize(), largest);
     SendMouse(probe, QEvent::MouseButtonRelease, QPoint(1, 1));
     const QRect ended = probe.geometry();
     SendMouse(probe, QEvent::MouseMove, QPoint(150, 90));
     QCOMPARE(probe.geometry(), ended);
+}
+
+void TestShadow::pointerOverTheShadowReachesWhatLiesBehind()
+{
+    Probe probe;
+    Shadow::AddShadowEffect(&probe, probe.cardWidget);
+    probe.Place(QRect(QPoint(100, 100), CARD));
+    SendMouse(probe, QEvent::MouseMove, QPoint(5, 6));
+    QCOMPARE(probe.Mask(), QRegion(0, 0, 340, 208) - QRegion(5, 6, 1, 1));
+}
+
+void TestShadow::mouseEventsAreLeftToWhomeverLiesBelow()
+{
+    Probe probe;
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, QPointF(5, 5), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+        static_cast<QObject&>(probe).event(&event);
+        QVERIFY2(!event.isAccepted(), qPrintable(QString::number(type)));
+    }
 }
 
 void TestShadow::centringTruncatesTowardZero()

@@ -3,6 +3,7 @@
 #include <QRawFont>
 #include <QStyle>
 #include <QTest>
+#include <clocale>
 
 #include "support/ProgramMain.h"
 
@@ -34,6 +35,8 @@ private slots:
     void pointsAreThoseOf96DotsPerInch();
     void desktopDecidesNothing();
     void textIsDrawnInOneFaceWithoutIt();
+    void othersStandInForItWhereItIsMissing();
+    void localeIsTheUsers();
 };
 
 void TestTypeface::applicationHasItAtTwelvePixels()
@@ -84,6 +87,23 @@ void TestTypeface::textIsDrawnInOneFaceWithoutIt()
         QVERIFY(metrics.inFont(QLatin1Char('A')));
         QVERIFY(metrics.horizontalAdvance(QStringLiteral("多屏协同")) > 0);
     }
+}
+
+void TestTypeface::othersStandInForItWhereItIsMissing()
+{
+    // Qt keeps them in lower case.
+    const QStringList others{QStringLiteral("source han sans sc"),  QStringLiteral("source han sans cn"),
+                             QStringLiteral("noto sans sc"),        QStringLiteral("noto sans cjk tc"),
+                             QStringLiteral("wenquanyi micro hei"), QStringLiteral("wenquanyi zen hei"),
+                             QStringLiteral("droid sans fallback")};
+    const QStringList standIns = IsMissing() ? others : QStringList();
+    QCOMPARE(QFont::substitutes(FAMILY), standIns);
+    QCOMPARE(QFont::substitutes(POSTSCRIPT_NAME), QStringList(FAMILY.toLower()) + standIns);
+}
+
+void TestTypeface::localeIsTheUsers()
+{
+    QCOMPARE(QByteArray(std::setlocale(LC_CTYPE, nullptr)), qgetenv("LC_ALL"));
 }
 
 PROGRAM_TEST_MAIN(TestTypeface)

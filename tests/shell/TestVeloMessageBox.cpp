@@ -31,9 +31,12 @@ private slots:
     void buttonSignalsWhileStillOpenAndCloses_data();
     void buttonSignalsWhileStillOpenAndCloses();
     void closeButtonSignalsNothing();
+    void noButtonSignalsNothingAndCloses();
     void fontOfNothingIsHarmless();
     void centresOverTheMainWindowsCard_data();
     void centresOverTheMainWindowsCard();
+    void bandEndsInItsCorners_data();
+    void bandEndsInItsCorners();
 };
 
 void TestVeloMessageBox::isBuiltAsTold_data()
@@ -51,6 +54,7 @@ void TestVeloMessageBox::isBuiltAsTold()
     QCOMPARE(box.windowModality(), Qt::WindowModal);
     QCOMPARE(box.windowTitle(), QStringLiteral("维乐助手"));
     QVERIFY(box.hasMouseTracking());
+    QVERIFY(!box.autoFillBackground());
     QCOMPARE(box.property("useStyleWindowManager"), QVariant(false));
     QCOMPARE(Find(box, "widget_bg")->size(), QSize(300, 168));
     QCOMPARE(Find(box, "btnClose")->size(), QSize(46, 32));
@@ -89,7 +93,10 @@ void TestVeloMessageBox::looksDiffer()
     QCOMPARE(box.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(Find(box, "widget_bg")->graphicsEffect() != nullptr, shadow);
     QCOMPARE(box.size(), shadow ? QSize(340, 208) : QSize(302, 170));
-    QCOMPARE(Find(box, "btnClose")->styleSheet().contains(QStringLiteral("close_normal_shadow")), shadow);
+    QCOMPARE(
+        Find(box, "btnClose")->styleSheet(),
+        shadow ? CornerButtonStyle(true, "close_normal_shadow", "close_hover_shadow", "close_pressed_shadow")
+               : CornerButtonStyle(false, "close_normal", "close_hover", "close_pressed"));
     QCOMPARE(Find(box, "widgetTitlebar")->styleSheet(),
              shadow ? QStringLiteral("border-radius:0px;border-top-left-radius:20px;") : QString());
     QCOMPARE(Find(box, "widget_bg")->styleSheet(),
@@ -106,10 +113,11 @@ void TestVeloMessageBox::buttonTextsAreSet_data()
     QTest::addColumn<QString>("second");
     QTest::addColumn<bool>("leftShown");
     QTest::addColumn<QString>("right");
-    QTest::newRow("one") << QStringLiteral("确定") << QString() << false << QStringLiteral("确定");
-    QTest::newRow("one, empty text") << QStringLiteral("确定") << QStringLiteral("") << false
-                                     << QStringLiteral("确定");
-    QTest::newRow("two") << QStringLiteral("取消") << QStringLiteral("好") << true << QStringLiteral("好");
+    // Others than the form's.
+    QTest::newRow("one") << QStringLiteral("是") << QString() << false << QStringLiteral("是");
+    QTest::newRow("one, empty text") << QStringLiteral("是") << QStringLiteral("") << false
+                                     << QStringLiteral("是");
+    QTest::newRow("two") << QStringLiteral("否") << QStringLiteral("是") << true << QStringLiteral("是");
 }
 
 void TestVeloMessageBox::buttonTextsAreSet()
@@ -243,6 +251,17 @@ void TestVeloMessageBox::closeButtonSignalsNothing()
     QVERIFY(!box.isVisible());
 }
 
+void TestVeloMessageBox::noButtonSignalsNothingAndCloses()
+{
+    VeloMessageBox box(nullptr);
+    QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
+    QSignalSpy rightSpy(&box, &VeloMessageBox::SignalRightBtnClick);
+    box.show();
+    QVERIFY(QMetaObject::invokeMethod(&box, "SlotButtonEvent"));
+    QCOMPARE(leftSpy.count() + rightSpy.count(), 0);
+    QVERIFY(!box.isVisible());
+}
+
 void TestVeloMessageBox::fontOfNothingIsHarmless()
 {
     VeloMessageBox box(nullptr);
@@ -275,6 +294,23 @@ void TestVeloMessageBox::centresOverTheMainWindowsCard()
     // Half of the card's 300 by 168.
     const QPoint wanted((area.left() + area.right()) / 2 - 150, (area.top() + area.bottom()) / 2 - 84);
     QCOMPARE(box.mapToGlobal(Find(box, "widget_bg")->pos()), wanted);
+}
+
+void TestVeloMessageBox::bandEndsInItsCorners_data()
+{
+    AddBothLooks();
+}
+
+void TestVeloMessageBox::bandEndsInItsCorners()
+{
+    QFETCH(bool, shadow);
+    const Look look(shadow);
+    VeloMessageBox box(nullptr);
+    box.show();
+    QVERIFY(Drags(box, QPoint(0, 0)));
+    QVERIFY(Drags(box, QPoint(299, 31)));
+    QVERIFY(!Drags(box, QPoint(300, 31)));
+    QVERIFY(!Drags(box, QPoint(299, 32)));
 }
 
 PROGRAM_TEST_MAIN(TestVeloMessageBox)

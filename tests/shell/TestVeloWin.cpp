@@ -2,6 +2,7 @@
 #include <QCloseEvent>
 #include <QDialog>
 #include <QGraphicsEffect>
+#include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
@@ -18,6 +19,22 @@
 #include "support/CapturedLog.h"
 #include "support/Looks.h"
 
+namespace {
+/// Counts how often what it watches is painted.
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
+} // namespace
+
 class TestVeloWin : public QObject
 {
     Q_OBJECT
@@ -31,6 +48,7 @@ private slots:
     void looksDiffer_data();
     void looksDiffer();
     void coversStayOnAllPagesWithoutShadow();
+    void whatAReportChangesCoversItsPlace();
     void listHasOneRow();
     void noRowChangesNothing();
     void rowResetsBothPages();
@@ -49,6 +67,7 @@ private slots:
     void closeShowsTheQuestionAndStays();
     void questionStandsInTheMiddle();
     void confirmStopsThenQuitsThenTells();
+    void nobodyNeedsToBeTold();
     void dragKeepsTheCardOnTheScreen();
     void dragIsHeldAtTheFarCorner();
     void menuButtonLosesItsHoverLookWithTheMenu_data();
@@ -99,6 +118,7 @@ void TestVeloWin::isBuiltAsTold()
     QCOMPARE(window->windowModality(), Qt::WindowModal);
     QCOMPARE(window->windowTitle(), QStringLiteral("维乐助手"));
     QVERIFY(window->hasMouseTracking());
+    QVERIFY(!window->autoFillBackground());
     QCOMPARE(window->property("useStyleWindowManager"), QVariant(false));
     const QMap<QByteArray, QRect> geometry{
         {"menuFrame", QRect(0, 0, 168, 504)},   {"appList", QRect(0, 112, 168, 216)},
@@ -148,14 +168,21 @@ void TestVeloWin::looksDiffer()
     const VeloWin other(nullptr);
     QCOMPARE(other.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(Find(other, "widget_bg")->graphicsEffect() != nullptr, shadow);
-    QVERIFY(
-        Find(other, "widget_bg")
-            ->styleSheet()
-            .contains(shadow ? QStringLiteral("border-radius:20px") : QStringLiteral("border-radius:0px")));
-    QCOMPARE(Find(other, "menuFrame")->styleSheet().contains(QStringLiteral("border-top-left-radius:20px")),
-             shadow);
-    QVERIFY(Find(other, "menuFrame")->styleSheet().contains(QStringLiteral("rgba(231,239,252,1)")));
-    QCOMPARE(Find(other, "exitBtn")->styleSheet().contains(QStringLiteral("exitNormalShadow")), shadow);
+    QCOMPARE(
+        Find(other, "widget_bg")->styleSheet(),
+        QStringLiteral("#widget_bg{\nbackground-color:white;\nborder-radius:%1px;\n}").arg(shadow ? 20 : 0));
+    QCOMPARE(Find(other, "menuFrame")->styleSheet(),
+             QStringLiteral("#menuFrame{\nbackground-color:rgba(231,239,252,1);\nborder:none;\n"
+                            "border-radius:0px;\n%1}")
+                 .arg(shadow
+                          ? QStringLiteral("border-top-left-radius:20px;\nborder-bottom-left-radius:20px;\n")
+                          : QString()));
+    QCOMPARE(Find(other, "exitBtn")->styleSheet(),
+             shadow ? CornerButtonStyle(true, "exitNormalShadow", "exitHoverShadow", "exitClickShadow")
+                          .replace(QStringLiteral("QPushButton"), QStringLiteral("#exitBtn"))
+                    : CornerButtonStyle(false, "exitNormal", "exitHover", "exitClick")
+                          .replace(QStringLiteral("QPushButton"), QStringLiteral("#exitBtn"))
+                          .remove(QStringLiteral("border-radius:0px;\n")));
     QCOMPARE(Find(other, "justCover")->isVisibleTo(&other), !shadow);
     QCOMPARE(Find(other, "justCover2")->isVisibleTo(&other), !shadow);
     QCOMPARE(other.palette().color(QPalette::Inactive, QPalette::Window) == QColor(0xE2, 0xE2, 0xE2),
@@ -173,6 +200,15 @@ void TestVeloWin::coversStayOnAllPagesWithoutShadow()
     QVERIFY(Find(other, "justCover")->isVisible() && Find(other, "justCover2")->isVisible());
 }
 
+void TestVeloWin::whatAReportChangesCoversItsPlace()
+{
+    // Then Qt paints nothing of the card below it.
+    for (const char* name : {"PreScreenBtn", "ScreenLabel", "StatusFrame"}) {
+        QVERIFY(Find(*window, name)->testAttribute(Qt::WA_OpaquePaintEvent));
+    }
+    QVERIFY(!window->findChild<MultiScreen*>()->testAttribute(Qt::WA_OpaquePaintEvent));
+}
+
 void TestVeloWin::listHasOneRow()
 {
     QCOMPARE(List().count(), 1);
@@ -181,11 +217,31 @@ void TestVeloWin::listHasOneRow()
     const auto labels = List().itemWidget(List().item(0))->findChildren<QLabel*>();
     QCOMPARE(labels.size(), 2);
     QCOMPARE(labels.at(1)->text(), QStringLiteral("多屏协同"));
+    const auto* grid = qobject_cast<QGridLayout*>(List().itemWidget(List().item(0))->layout());
+    QCOMPARE(grid->itemAtPosition(0, 0)->widget(), static_cast<QWidget*>(labels.at(0)));
+    QCOMPARE(grid->itemAtPosition(0, 1)->widget(), static_cast<QWidget*>(labels.at(1)));
     QCOMPARE(labels.at(1)->font().pixelSize(), 14);
     QCOMPARE(labels.at(1)->font().letterSpacing(), 1.0);
+    QCOMPARE(labels.at(1)->font().family(), QStringLiteral("NotoSansCJKsc-Regular"));
+    QCOMPARE(labels.at(1)->font().styleStrategy(), QFont::NoFontMerging);
+    QCOMPARE(labels.at(1)->font().families(), QStringList(QStringLiteral("Noto Sans CJK SC")));
+    QCOMPARE(labels.at(1)->styleSheet(), QStringLiteral("color:rgba(31,31,31,1);"));
+    QCOMPARE(labels.at(1)->textFormat(), Qt::PlainText);
+    QVERIFY(labels.at(0)->pixmap(Qt::ReturnByValue).toImage() ==
+            QPixmap(QStringLiteral(":/velo/tandra")).toImage());
+    QCOMPARE(List().styleSheet(),
+             QStringLiteral(
+                 "QListWidget{\nbackground-color:transparent;\ncolor:rgba(31,31,31,1);\noutline:0px;\n}\n"
+                 "QListWidget::item{\nbackground-color:rgba(239,245,255,1);\n}\n"
+                 "QListWidget::item:hover{\nbackground-color:rgba(215,229,255,1);\n}\n"
+                 "QListWidget::item:selected{\nbackground-color:rgba(206,224,255,1);\n}"));
     QCOMPARE(List().itemWidget(List().item(0))->layout()->contentsMargins(), QMargins(16, 0, 64, 0));
     window->AddAppListItem(QStringLiteral(":/velo/tandra"), QStringLiteral("二"));
     QCOMPARE(List().count(), 2);
+    List().setCurrentRow(1);
+    window->ShowAboutWin();
+    window->CloseAboutWin();
+    QCOMPARE(List().currentRow(), 1);
 }
 
 void TestVeloWin::noRowChangesNothing()
@@ -244,9 +300,19 @@ void TestVeloWin::menuIsBuiltAsTold()
         QCOMPARE(Find(menu, entry.name)->maximumSize(), QSize(96, 36));
         QCOMPARE(Find(menu, entry.name)->focusPolicy(), Qt::NoFocus);
     }
-    QCOMPARE(Find(menu, "help")->styleSheet().contains(QStringLiteral("border-top-left-radius:8px")), shadow);
-    QCOMPARE(Find(menu, "about")->styleSheet().contains(QStringLiteral("border-bottom-left-radius:8px")),
-             shadow);
+    if (shadow) {
+        const QString corners =
+            QStringLiteral("QPushButton{border-%1-left-radius:8px;border-%1-right-radius:8px;"
+                           "border-%2-left-radius:0px;border-%2-right-radius:0px;}");
+        const QString top = QStringLiteral("top");
+        const QString bottom = QStringLiteral("bottom");
+        QVERIFY(Find(menu, "help")->styleSheet().endsWith(QLatin1Char('}') + corners.arg(top, bottom)));
+        QVERIFY(Find(menu, "about")->styleSheet().endsWith(QLatin1Char('}') + corners.arg(bottom, top)));
+        QCOMPARE(Find(menu, "widget_bg")->styleSheet(), QStringLiteral("#widget_bg{border-radius:8px;}"));
+    } else {
+        QVERIFY(!Find(menu, "help")->styleSheet().contains(QStringLiteral("radius")));
+        QVERIFY(!Find(menu, "about")->styleSheet().contains(QStringLiteral("radius")));
+    }
     QVERIFY(!Find(menu, "set")->styleSheet().contains(QStringLiteral("radius")));
 }
 
@@ -319,10 +385,9 @@ void TestVeloWin::menuEntriesLeadToTheirPages()
     QFETCH(int, view);
     QFETCH(int, row);
     QFETCH(QString, line);
-    if (entry == "help") {
-        // From the about page the help entry also brings the stack back.
-        Stack().setCurrentIndex(1);
-    }
+    // From the about page the other entries bring the stack back.
+    Stack().setCurrentIndex(entry == "about" ? 0 : 1);
+    Views().setCurrentIndex(3);
     Click("menu");
     QTest::mouseClick(Find(Menu(), entry.constData()), Qt::LeftButton);
     QVERIFY(!Menu().isVisible());
@@ -361,6 +426,8 @@ void TestVeloWin::exitButtonShowsOneQuestion()
     QVERIFY(first == nullptr);
     QCOMPARE(window->findChildren<ExitWin*>().size(), 1);
     QCOMPARE(log->Count(QStringLiteral("Velodesk show exit window.")), 2);
+    QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"),
+                          QStringLiteral("Velodesk show exit window.")));
 }
 
 void TestVeloWin::closeShowsTheQuestionAndStays()
@@ -402,6 +469,14 @@ void TestVeloWin::confirmStopsThenQuitsThenTells()
     disconnect(qApp, nullptr, this, nullptr);
 }
 
+void TestVeloWin::nobodyNeedsToBeTold()
+{
+    window->ExitVeloWin();
+    QCOMPARE(log->Messages().last(), QStringLiteral("Velodesk exit."));
+    QVERIFY(
+        log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), QStringLiteral("Velodesk exit.")));
+}
+
 void TestVeloWin::dragKeepsTheCardOnTheScreen()
 {
     const Look look(true);
@@ -425,6 +500,7 @@ void TestVeloWin::dragIsHeldAtTheFarCorner()
     QCoreApplication::processEvents();
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     QCOMPARE(QRect(card->mapToGlobal(QPoint()), card->size()).bottomRight(), area.bottomRight());
+    QCOMPARE(window->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
 }
 
 void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu_data()
@@ -445,8 +521,17 @@ void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu()
         QCursor::setPos(window->mapToGlobal(QPoint(5, 5)));
     }
     button->setAttribute(Qt::WA_UnderMouse);
+    QEvent other(QEvent::User);
+    QCoreApplication::sendEvent(&Menu(), &other);
+    QVERIFY(button->underMouse());
+    QCoreApplication::processEvents();
+    PaintCounter paints;
+    button->installEventFilter(&paints);
     Menu().hide();
     QCOMPARE(button->underMouse(), !leaves);
+    if (leaves) {
+        QTRY_VERIFY(paints.count > 0);
+    }
 }
 
 void TestVeloWin::bandEndsAt895And43_data()

@@ -49,3 +49,25 @@ inline void SendMouse(QWidget& widget, QEvent::Type type, const QPoint& pos,
                       held, Qt::NoModifier);
     QCoreApplication::sendEvent(&widget, &event);
 }
+
+/// Whether the window goes along with a pointer that is pressed at that place of its card.
+inline bool Drags(QWidget& window, const QPoint& offset)
+{
+    const QPoint press = Find(window, "widget_bg")->pos() + offset;
+    const QPoint before = window.pos();
+    SendMouse(window, QEvent::MouseButtonPress, press);
+    SendMouse(window, QEvent::MouseMove, press + QPoint(20, 30));
+    SendMouse(window, QEvent::MouseButtonRelease, press);
+    return window.pos() != before;
+}
+
+/// The style sheet of a button in the upper right corner of a card, with its pictures at rest, under the
+/// pointer and pressed; rounded like the card in the look with shadow.
+inline QString CornerButtonStyle(bool shadow, const char* normal, const char* hover, const char* pressed)
+{
+    return QStringLiteral("QPushButton{\nborder-radius:0px;\n%1border-image:url(:/velo/%2);\n}\n"
+                          "QPushButton:hover{\nborder-image:url(:/velo/%3);\n}\n"
+                          "QPushButton:pressed{\nborder-image:url(:/velo/%4);\n}")
+        .arg(shadow ? QStringLiteral("border-top-right-radius:20px;\n") : QString(), QLatin1String(normal),
+             QLatin1String(hover), QLatin1String(pressed));
+}

@@ -1,0 +1,187 @@
+#include <QImage>
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "multiscreen/StatusPicture.h"
+#include "multiscreen/WhiteGround.h"
+
+namespace {
+constexpr QRect PLACE(20, 30, 61, 40);
+constexpr Qt::GlobalColor PAGE_COLOR = Qt::yellow;
+
+/// A widget of one colour, or of none, that counts how often it is painted.
+class Layer : public QWidget
+{
+public:
+    explicit Layer(QWidget* parent, const QBrush& brush = Qt::NoBrush) : QWidget(parent), ground(brush) {}
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        ++paints;
+        QPainter(this).fillRect(rect(), ground);
+    }
+
+private:
+    const QBrush ground;
+};
+
+enum class Kind
+{
+    NONE,
+    GROUND,
+    PICTURE
+};
+
+/// A page with a frame on it, in a window or as a window of its own.
+struct Scene
+{
+    Scene(Kind kind, bool isWindow, Qt::GlobalColor color = PAGE_COLOR)
+        : window(nullptr), page(isWindow ? nullptr : &window, color)
+    {
+        for (QWidget* widget : {static_cast<QWidget*>(&window), static_cast<QWidget*>(&page)}) {
+            widget->resize(200, 100);
+        }
+        frame = new Layer(&page);
+        frame->setGeometry(PLACE);
+        // As the form's frames have it, for the style to draw them.
+        frame->setAttribute(Qt::WA_StyledBackground);
+        if (kind == Kind::GROUND) {
+            new WhiteGround(frame, &page);
+        } else if (kind == Kind::PICTURE) {
+            new StatusPicture(frame, &page);
+        }
+        (isWindow ? page : window).show();
+    }
+    QImage Picture() { return page.grab().toImage(); }
+    QColor Pixel()
+    {
+        const QImage picture = Picture();
+        return picture.pixelColor(PLACE.center() * picture.devicePixelRatio());
+    }
+
+    Layer window;
+    Layer page;
+    Layer* frame;
+};
+
+void AddKinds()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("ground") << int(Kind::GROUND);
+    QTest::newRow("picture") << int(Kind::PICTURE);
+}
+} // namespace
+
+/// Run once as it is, and once where everything is drawn larger.
+class TestWhiteGround : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void groundIsWhiteOnAPageOfTheWindow();
+    void pageThatIsAWindowStaysAsItIs_data() { AddKinds(); }
+    void pageThatIsAWindowStaysAsItIs();
+    void changePaintsNothingBelow_data() { AddKinds(); }
+    void changePaintsNothingBelow();
+    void pictureIsWhatTheStyleDraws_data();
+    void pictureIsWhatTheStyleDraws();
+
+private:
+    QTemporaryDir directory;
+    QString image;
+};
+
+void TestWhiteGround::initTestCase()
+{
+    // Half transparent: drawn twice it would be darker.
+    QImage half(30, 20, QImage::Format_ARGB32);
+    half.fill(QColor(0, 0, 255, 128));
+    half.setPixelColor(3, 2, Qt::red);
+    image = directory.filePath(QStringLiteral("half.png"));
+    QVERIFY(half.save(image));
+}
+
+void TestWhiteGround::groundIsWhiteOnAPageOfTheWindow()
+{
+    Scene without(Kind::NONE, false);
+    QCOMPARE(without.Pixel(), QColor(PAGE_COLOR));
+    Scene with(Kind::GROUND, false);
+    QCOMPARE(with.Pixel(), QColor(Qt::white));
+    // The whole place and nothing else.
+    QImage expected = without.Picture();
+    QPainter(&expected).fillRect(PLACE, Qt::white);
+    QVERIFY(with.Picture() == expected);
+}
+
+void TestWhiteGround::pageThatIsAWindowStaysAsItIs()
+{
+    QFETCH(int, kind);
+    Scene scene(Kind(kind), true);
+    QCOMPARE(scene.Pixel(), QColor(PAGE_COLOR));
+    QVERIFY(!scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
+}
+
+void TestWhiteGround::changePaintsNothingBelow()
+{
+    QFETCH(int, kind);
+    Scene scene(Kind(kind), false);
+    QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
+    // A style sheet takes from a widget what it had been told of its ground.
+    for (const char* style : {"", "background-color:blue", "border:2px solid red"}) {
+        scene.frame->setStyleSheet(QLatin1String(style));
+        QVERIFY(scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
+        scene.window.repaint();
+        QCoreApplication::processEvents();
+        const int paints = scene.page.paints;
+        QVERIFY(paints > 0);
+        scene.frame->repaint();
+        QCOMPARE(scene.page.paints, paints);
+    }
+    // Of other events it keeps out.
+    scene.frame->setAttribute(Qt::WA_OpaquePaintEvent, false);
+    static int warnings;
+    warnings = 0;
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    QEvent other(QEvent::User);
+    QCoreApplication::sendEvent(scene.frame, &other);
+    qInstallMessageHandler(before);
+    QVERIFY(!scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
+    // Qt says so if one paints at any other time than when it is asked for.
+    QCOMPARE(warnings, 0);
+}
+
+void TestWhiteGround::pictureIsWhatTheStyleDraws_data()
+{
+    QTest::addColumn<bool>("isWindow");
+    QTest::newRow("on a page of the window") << false;
+    QTest::newRow("on a page that is a window") << true;
+}
+
+void TestWhiteGround::pictureIsWhatTheStyleDraws()
+{
+    QFETCH(bool, isWindow);
+    // A page of the window is taken for white, one that is a window for what it is.
+    const Qt::GlobalColor color = isWindow ? PAGE_COLOR : Qt::white;
+    Scene plain(Kind::NONE, isWindow, color);
+    Scene fast(Kind::PICTURE, isWindow, color);
+    const QString first = QStringLiteral("border-image: url(%1)").arg(image);
+    const QString second = QStringLiteral("border-image: url(%1); border-width:4px").arg(image);
+    for (const QString& style : {first, second, first}) {
+        plain.frame->setStyleSheet(style);
+        fast.frame->setStyleSheet(style);
+        QVERIFY(fast.Picture() == plain.Picture());
+        QVERIFY(fast.Pixel() != QColor(PAGE_COLOR) && fast.Pixel() != QColor(Qt::white));
+        QCOMPARE(fast.frame->paints, 0);
+    }
+    plain.frame->resize(90, 50);
+    fast.frame->resize(90, 50);
+    QVERIFY(fast.Picture() == plain.Picture());
+}
+
+QTEST_MAIN(TestWhiteGround)
+#include "TestWhiteGround.moc"
