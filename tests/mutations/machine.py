@@ -127,12 +127,16 @@ def of_file(name, text):
         if other is None and value.endswith("ACTION_SUCCESS"):
             other = "-1"  # It is 0 itself.
         if other is None:
-            other = "{}" if not value.startswith("{") else None
+            # Nothing is what these give already.
+            other = "{}" if not value.startswith("{") and value not in ('""', "QString()", "std::nullopt") else None
         if other is not None:
             add("return", match.start() + 7, len(value), other)
     for match in each(r"[\w>]\("):
         start = match.end() - 1
         end = closing(text, marks, start)
+        # The order of these does not matter, or only for the sign of what comes out.
+        if re.search(r"\b(qMin|qMax|min|max|strcmp)$", text[:start]):
+            continue
         pieces = text[start + 1:end].split(", ")
         if end > 0 and len(pieces) == 2 and all(re.fullmatch(r"[\w.:>\-*&\"]+(\(\))?", p) for p in pieces) and \
                 pieces[0] != pieces[1]:
@@ -190,17 +194,17 @@ TESTS = {
     "shell/CardShadow": "TestShadow|TestVeloMessageBox",
     "shell/CardWindow": "TestVeloWin|TestShadow",
     "shell/DialogStyle": "TestVeloMessageBox|TestExitWin",
-    "shell/ExitWin": "TestExitWin",
+    "shell/ExitWin": "TestExitWin|TestVeloWin",
     "shell/ProtocolWin": "TestProtocolWin",
     "shell/SerProEdit": "TestSerProEdit",
-    "shell/Shadow": "TestShadow",
-    "shell/Typeface": "TestTypeface",
+    "shell/Shadow": "TestShadow|TestScarceMemory",
+    "shell/Typeface": "TestTypeface|TestProtocolWin",
     "shell/VeloMessageBox": "TestVeloMessageBox",
-    "shell/VeloWin": "TestVeloWin",
+    "shell/VeloWin": "TestVeloWin|TestScarceMemory",
     "multiscreen/MultiScreen": "TestCastControl|TestDeviceName|TestSettingsView|TestTrustedDevices|TestHelpPages|"
                                "TestMultiScreenPage",
-    "multiscreen/StatusPicture": "TestCastControl",
-    "multiscreen/WhiteGround": "TestCastControl",
+    "multiscreen/StatusPicture": "TestWhiteGround",
+    "multiscreen/WhiteGround": "TestWhiteGround",
 }
 
 
