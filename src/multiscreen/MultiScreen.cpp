@@ -431,24 +431,11 @@ void MultiScreen::InitScreenPage()
     ui->CommonProblemFrame->setStyleSheet(HELP_FRAME_STYLE);
 }
 
-void MultiScreen::InitPageFont()
-{
-    const QFont application = font();
-    setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
-    // It is there for the width of the name field: what lies on the page keeps the application's.
-    QFont stackFont = ui->ScreenWidget->font();
-    if (application.pixelSize() > 0) {
-        stackFont.setPixelSize(application.pixelSize());
-    } else {
-        stackFont.setPointSizeF(application.pointSizeF());
-    }
-    stackFont.setLetterSpacing(QFont::AbsoluteSpacing, NO_SPACING);
-    ui->ScreenWidget->setFont(stackFont);
-}
-
 void MultiScreen::InitFonts()
 {
-    InitPageFont();
+    // For the width of the name field alone: the page's style sheet, set before, keeps it from all that lies
+    // on the page.
+    setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
     for (QLabel* heading :
          {ui->ScreenTitle, ui->TitleLabel, ui->NewHandLabel, ui->CommonProblemLabel, ui->setTitle}) {
         heading->setFont(FontStyle(fontFamily, HEADING_PIXEL_SIZE, QFont::Bold, LETTER_SPACING));

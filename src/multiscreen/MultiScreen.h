@@ -69,7 +69,6 @@ private:
     void InitScreenPage();
     void InitInputBoxPara();
     void InitScreenConnection() const;
-    void InitPageFont();
     void InitFonts();
     void LoadDeviceName();
     /// Records the user's desktop as the save path where none is stored, and gives the path, local 8-bit.

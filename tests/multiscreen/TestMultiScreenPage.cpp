@@ -343,11 +343,13 @@ void TestMultiScreenPage::whatLiesOnThePageKeepsTheApplicationsSize()
     QFont font = before;
     font.setPixelSize(13);
     QApplication::setFont(font);
-    const MultiScreen inPixels(nullptr);
+    MultiScreen inPixels(nullptr);
+    inPixels.show();
     QCOMPARE(Find(inPixels, "ScreenWidget")->font().pixelSize(), 13);
     font.setPointSizeF(11.5);
     QApplication::setFont(font);
-    const MultiScreen inPoints(nullptr);
+    MultiScreen inPoints(nullptr);
+    inPoints.show();
     QCOMPARE(Find(inPoints, "ScreenWidget")->font().pointSizeF(), 11.5);
     QApplication::setFont(before);
 }

@@ -184,7 +184,7 @@ TESTS = {
     "statuschannel/ConnClient": "TestConnClient",
     "supervision/AppManager": "TestAppManager",
     "supervision/BaseApp": "TestBaseApp|TestAppManager",
-    "supervision/PausedNotifiers": "TestAppManager",
+    "supervision/PausedNotifiers": "TestPausedNotifiers|TestAppManager",
     "supervision/TandraApp": "TestTandraApp",
     "entry/SingleApplication": "TestSingleApplication",
     "entry/RawxWindowOpt": "TestSingleApplication",

@@ -72,6 +72,8 @@ private slots:
 
     void idleClientRepeatsInit();
     void eachStateIsSentAtOnceAndLogged();
+    void currentStateIsTheLastOne_data();
+    void currentStateIsTheLastOne();
     void statesRepeatOnceASecond();
     void missingServerStopsTheStart();
     void sendConnectsAfterAFailedStart();
@@ -131,6 +133,49 @@ void TestConnClient::eachStateIsSentAtOnceAndLogged()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status init.")));
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status running.")));
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status stop.")));
+    // Nothing is said of what went well, nor is there anything to connect again.
+    QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
+    QCOMPARE(log->Messages().filter(QStringLiteral("start connect")), QStringList());
+}
+
+void TestConnClient::currentStateIsTheLastOne_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::addColumn<QByteArray>("last");
+    QTest::newRow("init") << QByteArray("run") << QByteArray("init");
+    QTest::newRow("run") << QByteArray("init") << QByteArray("run");
+    QTest::newRow("stop") << QByteArray("run") << QByteArray("stop");
+}
+
+void TestConnClient::currentStateIsTheLastOne()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, last);
+    QLocalServer server;
+    QVERIFY(server.listen(QString::fromStdString(Path())));
+    ConnClient client(Path());
+    QCOMPARE(client.ConnToServer(), 0);
+    QTRY_VERIFY(server.hasPendingConnections());
+    const std::unique_ptr<QLocalSocket> socket(server.nextPendingConnection());
+    const auto set = [&client](const QByteArray& state) {
+        if (state == "init") {
+            client.AppInit();
+        } else if (state == "run") {
+            client.AppRun();
+        } else {
+            client.AppStop();
+        }
+    };
+    set(first);
+    set(last);
+    client.SendCurStatus();
+    const auto message = [](const QByteArray& state) {
+        return "{\"status\":\"" + state + "\"}";
+    };
+    const QByteArray wanted = message(first) + message(last) + message(last);
+    QTRY_VERIFY(socket->bytesAvailable() >= wanted.size());
+    QCOMPARE(socket->read(wanted.size()), wanted);
+    QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
 void TestConnClient::statesRepeatOnceASecond()
@@ -185,11 +230,17 @@ void TestConnClient::sendToAServerThatAcceptsNobodyTimesOut()
     QVERIFY(server.IsFull());
     ConnClient client(Path());
     QCOMPARE(client.ConnToServer(), -1);
+    log->Clear();
+    QCOMPARE(client.SendAppStatus("message"), -1);
+    client.DisConnect();
     QElapsedTimer timer;
     timer.start();
     client.AppRun();
     QVERIFY2(timer.elapsed() >= 1000, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(log->Count(QStringLiteral("Connection client connect timeout.")), 2);
+    for (const CapturedLog::Line& line : log->Lines()) {
+        QVERIFY(line.level == ERROR_LEVEL || !line.message.endsWith(QStringLiteral("timeout.")));
+    }
     QVERIFY(!log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
 }
 
@@ -200,7 +251,7 @@ void TestConnClient::sendWaitsForAServerThatIsBusy()
     ConnClient client(Path());
     QCOMPARE(client.ConnToServer(), -1);
     std::thread acceptor([&server] { close(server.Accept()); });
-    client.AppRun();
+    QCOMPARE(client.SendAppStatus("message"), 0);
     acceptor.join();
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
 }
@@ -214,6 +265,7 @@ void TestConnClient::badStatusIsRefused()
     client.SendStatusOnce(-1);
     QCOMPARE(log->Messages(),
              QStringList({QStringLiteral("Error message type."), QStringLiteral("Error message type.")}));
+    QVERIFY(log->Contains(ERROR_LEVEL, UTILS, QStringLiteral("Error message type.")));
 }
 
 void TestConnClient::failedSendIsLoggedTwice()
@@ -224,9 +276,13 @@ void TestConnClient::failedSendIsLoggedTwice()
     QCOMPARE(log->Messages(),
              QStringList({QStringLiteral("Client start connect."), QStringLiteral("Send message failed."),
                           QStringLiteral("Send message failed.")}));
+    QCOMPARE(log->Lines().at(1).level, ERROR_LEVEL);
+    QCOMPARE(log->Lines().at(2).level, ERROR_LEVEL);
+    QCOMPARE(client.SendAppStatus("message"), -1);
     log->Clear();
     client.SendCurStatus();
     QCOMPARE(log->Messages().last(), QStringLiteral("Send status message failed."));
+    QCOMPARE(log->Lines().last().level, ERROR_LEVEL);
 }
 
 void TestConnClient::stopAfterADropGoesThroughANewConnection()

@@ -1,3 +1,4 @@
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -119,7 +120,9 @@ private slots:
     void secondListenFailingIsReported();
     void otherListenErrorLeavesItDeaf();
     void newConnectionWithoutAPendingOneIsRefused();
+    void newConnectionIsTaken();
     void receivingWithoutASenderIsLogged();
+    void endOfSomethingElseIsOnlyLogged();
     void acceptedSocketLivesAsLongAsTheServer();
     void lastWordsOfAClientAreHeard();
     void deadSocketCostsAtMostTwoKibibytes();
@@ -368,6 +371,18 @@ void TestConnServer::newConnectionWithoutAPendingOneIsRefused()
     QCOMPARE(log->Messages(), QStringList());
 }
 
+void TestConnServer::newConnectionIsTaken()
+{
+    Channel channel;
+    channel.server.ServerStart();
+    auto* listener = channel.server.findChild<QLocalServer*>();
+    disconnect(listener, nullptr, &channel.server, nullptr);
+    const PlainClients client(channel.path, 1, R"({"status":"run"})");
+    QTRY_VERIFY(listener->hasPendingConnections());
+    QCOMPARE(channel.server.OnNewConnect(), 0);
+    QCOMPARE(log->Messages(), QStringList(QStringLiteral("New application connected.")));
+}
+
 void TestConnServer::receivingWithoutASenderIsLogged()
 {
     Channel channel;
@@ -375,6 +390,15 @@ void TestConnServer::receivingWithoutASenderIsLogged()
     QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, QStringLiteral("ConnServer local is nullptr.")));
     channel.server.RemoveConn();
     QCOMPARE(log->Messages().size(), 1);
+}
+
+void TestConnServer::endOfSomethingElseIsOnlyLogged()
+{
+    Channel channel;
+    QObject other;
+    connect(&other, &QObject::objectNameChanged, &channel.server, &ConnServer::RemoveConn);
+    other.setObjectName(QStringLiteral("changed"));
+    QCOMPARE(log->Messages(), QStringList(QStringLiteral("App close the connect.")));
 }
 
 void TestConnServer::acceptedSocketLivesAsLongAsTheServer()
