@@ -113,6 +113,7 @@ private slots:
     void firstInstanceListens();
     void standsUnderItsOwnName();
     void laterInstanceOnlyKnocks();
+    void instanceThatHasGoneIsForgotten();
     void whatBarsTheNameIsCleared_data();
     void whatBarsTheNameIsCleared();
     void whatBarsNothingStays_data();
@@ -234,6 +235,18 @@ void TestSingleApplication::laterInstanceOnlyKnocks()
     StartInstance();
     QTRY_COMPARE_WITH_TIMEOUT(instance->state(), QProcess::NotRunning, ENDED_MS);
     QTRY_COMPARE(log->Count(ACTIVE), 2);
+}
+
+void TestSingleApplication::instanceThatHasGoneIsForgotten()
+{
+    {
+        const RawSocket other(SocketPath());
+        QVERIFY(other.Listen(1));
+        QCOMPARE(application->InitLocalConnect(), 0);
+        QVERIFY(application->IsRunning());
+    }
+    QCOMPARE(application->InitLocalConnect(), 0);
+    QVERIFY(!application->IsRunning());
 }
 
 void TestSingleApplication::whatBarsTheNameIsCleared_data()
@@ -526,7 +539,12 @@ void TestSingleApplication::serverEndsWithItsObject()
 void TestSingleApplication::messageNamesAnyWindow()
 {
     RootListener root;
+    const auto open = [] {
+        return QDir(QStringLiteral("/proc/self/fd")).entryList().size();
+    };
+    const int descriptors = open();
     RawxWindowOpt::ActivexWindow(0x1234567);
+    QCOMPARE(open(), descriptors);
     const QList<RootListener::Message> messages = root.Take();
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first().window, 0x1234567UL);

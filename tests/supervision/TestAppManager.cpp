@@ -105,6 +105,7 @@ private slots:
     void forgottenApplicationComesBack();
     void forgottenApplicationIsNotHeard();
     void reallocatingTwiceWiresOnce();
+    void wiringThatIsCutTellsNothing();
     void applicationForgottenAndBroughtBackIsHeardOnce();
     void stoppingAForgottenApplicationLeavesTheEventLoopAlive_data();
     void stoppingAForgottenApplicationLeavesTheEventLoopAlive();
@@ -119,6 +120,7 @@ private slots:
     void stopAllIsHeardOnTheMainThreadLater_data();
     void stopAllIsHeardOnTheMainThreadLater();
     void destructorStopsAgainAndReachesNobody();
+    void endDuringTheDestructorReachesNobody();
 
 private:
     void StartChildren(int count);
@@ -157,6 +159,7 @@ void TestAppManager::constructionWiresTheEngine()
 {
     const AppManager another;
     QCOMPARE(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
+    QCOMPARE(log->Lines().first().level, INFO);
     QCOMPARE(another.GetTypeFromApp(App()), AppManager::TANDRA_APP);
     const BaseApp stranger("stranger");
     QCOMPARE(another.GetTypeFromApp(stranger), AppManager::APP_TYPE_END);
@@ -173,6 +176,10 @@ void TestAppManager::startAndEndAreTold()
     QCOMPARE(started.first().first().value<AppManager::AppType>(), AppManager::TANDRA_APP);
     QCOMPARE(finished.first().at(1).toInt(), 3);
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("start app[0]")));
+    // Nor does a known application make for new wiring.
+    manager->StopApp(AppManager::TANDRA_APP, false);
+    QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("stop app[0]")));
+    QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), 0);
 }
 
 void TestAppManager::crashIsToldBeforeTheEnd()
@@ -262,6 +269,31 @@ void TestAppManager::reallocatingTwiceWiresOnce()
     QSignalSpy event(manager.get(), &AppManager::AppEvent);
     App().EventInited();
     QCOMPARE(event.count(), 1);
+}
+
+void TestAppManager::wiringThatIsCutTellsNothing()
+{
+    QSignalSpy started(manager.get(), &AppManager::AppStarted);
+    QSignalSpy error(manager.get(), &AppManager::AppError);
+    QSignalSpy finished(manager.get(), &AppManager::AppFinished);
+    QSignalSpy event(manager.get(), &AppManager::AppEvent);
+    const auto tellAll = [] {
+        emit App().AppStarted();
+        emit App().AppError(QProcess::Crashed);
+        emit App().AppFinished(0);
+        emit App().AppEventInited();
+        emit App().AppEventRunning();
+        emit App().AppEventStopped();
+    };
+    const auto heard = [&] {
+        return QList<int>{started.count(), error.count(), finished.count(), event.count()};
+    };
+    manager->UnregisterCallback();
+    tellAll();
+    QCOMPARE(heard(), QList<int>({0, 0, 0, 0}));
+    manager->RegisterCallback();
+    tellAll();
+    QCOMPARE(heard(), QList<int>({1, 1, 1, 3}));
 }
 
 void TestAppManager::applicationForgottenAndBroughtBackIsHeardOnce()
@@ -496,6 +528,22 @@ void TestAppManager::destructorStopsAgainAndReachesNobody()
     QCOMPARE(log->Messages().mid(0, 2),
              QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 1")}));
     QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), 1);
+}
+
+void TestAppManager::endDuringTheDestructorReachesNobody()
+{
+    UseShell(FOREVER);
+    StartChildren(1);
+    int heard = 0;
+    connect(manager.get(), &AppManager::AppFinished, this, [&heard] { ++heard; });
+    connect(manager.get(), &AppManager::AppError, this, [&heard] { ++heard; });
+    {
+        // On this thread, where what the child's end sets off comes at once.
+        const NoThreads none;
+        manager.reset();
+    }
+    QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
+    QCOMPARE(heard, 0);
 }
 
 QTEST_GUILESS_MAIN(TestAppManager)
