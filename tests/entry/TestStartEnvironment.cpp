@@ -1,4 +1,4 @@
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTest>
 
 #include "entry/StartEnvironment.h"
@@ -16,6 +16,7 @@ private slots:
     void givenEnvironmentComesBack();
     void openGlOfTheUsersChoiceIsKept();
     void pluginsAreFoundAgain();
+    void desktopSettlesNothing();
     void endGivesBackToo();
 };
 
@@ -50,6 +51,7 @@ void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor_data()
     QTest::newRow("none") << QByteArray() << QByteArray("96");
     QTest::newRow("empty") << QByteArray("") << QByteArray("96");
     QTest::newRow("one") << QByteArray("2") << QByteArray("192");
+    QTest::newRow("less than one") << QByteArray("0.75") << QByteArray("72");
     QTest::newRow("two") << QByteArray("1.25;1.25") << QByteArray("120");
     QTest::newRow("by name") << QByteArray("eDP-1=1.5;HDMI-1=1.5;") << QByteArray("144");
     QTest::newRow("nonsense") << QByteArray("eDP-1=large") << QByteArray("96");
@@ -115,6 +117,20 @@ void TestStartEnvironment::pluginsAreFoundAgain()
     QCOMPARE(QCoreApplication::libraryPaths(), QStringList());
     environment.GiveBack();
     QCOMPARE(QCoreApplication::libraryPaths(), paths);
+    // Once, too.
+    QCoreApplication::setLibraryPaths(QStringList());
+    environment.GiveBack();
+    QCOMPARE(QCoreApplication::libraryPaths(), QStringList());
+    QCoreApplication::setLibraryPaths(paths);
+}
+
+void TestStartEnvironment::desktopSettlesNothing()
+{
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi, false);
+    QApplication::setDesktopSettingsAware(true);
+    const StartEnvironment environment;
+    QVERIFY(QCoreApplication::testAttribute(Qt::AA_Use96Dpi));
+    QVERIFY(!QApplication::desktopSettingsAware());
 }
 
 void TestStartEnvironment::endGivesBackToo()

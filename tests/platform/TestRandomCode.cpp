@@ -616,9 +616,9 @@ void TestRandomCode::lastCharacterIsDrawnUntilThereAreTwoClasses_data()
 {
     QTest::addColumn<QByteArray>("drawn");
     QTest::addColumn<QByteArray>("redrawn");
-    QTest::newRow("lower case") << QByteArray("abcdefgh") << QByteArray("xyzA");
-    QTest::newRow("upper case") << QByteArray("ABCDEFGH") << QByteArray("X0");
-    QTest::newRow("digits") << QByteArray("01234567") << QByteArray("?");
+    QTest::newRow("lower case") << QByteArray("abcdefgz") << QByteArray("xyzaA");
+    QTest::newRow("upper case") << QByteArray("ABCDEFGZ") << QByteArray("XZA0");
+    QTest::newRow("digits") << QByteArray("01234569") << QByteArray("90?");
     QTest::newRow("others") << QByteArray("~@#%^*_=") << QByteArray(".,/a");
 }
 
@@ -638,11 +638,25 @@ void TestRandomCode::lastCharacterIsDrawnUntilThereAreTwoClasses()
 
 void TestRandomCode::secondClassInTheLastCharacterIsEnough()
 {
-    between.numbers = {0, 1, 2, 3, 4, 5, 6, 26};
-    QByteArray password(8, UNTOUCHED);
-    RandomCode::GetPasswdRandNum(Unsigned(password), 8);
-    QCOMPARE(password, QByteArray("abcdefgA"));
-    QCOMPARE(between.numbersTaken, 8);
+    const QList<QByteArray> classes{LOWER, UPPER, DIGITS, OTHERS};
+    const QByteArray alphabet = classes.join();
+    for (const QByteArray& first : classes) {
+        for (const QByteArray& second : classes) {
+            if (first == second) {
+                continue;
+            }
+            const QByteArray drawn = first.left(7) + second.right(1);
+            between.numbers.clear();
+            for (const char character : drawn) {
+                between.numbers.push_back(static_cast<uint32_t>(alphabet.indexOf(character)));
+            }
+            between.numbersTaken = 0;
+            QByteArray password(8, UNTOUCHED);
+            RandomCode::GetPasswdRandNum(Unsigned(password), 8);
+            QCOMPARE(password, drawn);
+            QCOMPARE(between.numbersTaken, 8);
+        }
+    }
 }
 
 void TestRandomCode::passwordsHaveTwoClasses()
