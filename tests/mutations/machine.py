@@ -128,7 +128,8 @@ def of_file(name, text):
             other = "-1"  # It is 0 itself.
         if other is None:
             # Nothing is what these give already.
-            other = "{}" if not value.startswith("{") and value not in ('""', "QString()", "std::nullopt") else None
+            other = "{}" if not value.startswith("{") and value not in (
+                '""', "QString()", "nullptr", "std::nullopt") else None
         if other is not None:
             add("return", match.start() + 7, len(value), other)
     for match in each(r"[\w>]\("):

@@ -1,4 +1,6 @@
 #include <QTest>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "supervision/PausedNotifiers.h"
 
@@ -13,6 +15,7 @@ private slots:
     void enabledOnesComeBack();
     void eachComesBackOnce();
     void goneOnesAreLeftOut();
+    void descriptorsOfOthersAreLeftAlone();
 
 private:
     QList<QSocketNotifier*> Notifiers() const { return process->findChildren<QSocketNotifier*>(); }
@@ -78,6 +81,22 @@ void TestPausedNotifiers::goneOnesAreLeftOut()
     paused.Pause(*process);
     paused.Resume();
     QCOMPARE(States(), before);
+}
+
+void TestPausedNotifiers::descriptorsOfOthersAreLeftAlone()
+{
+    PausedNotifiers paused;
+    const QList<bool> before = States();
+    const QSocketNotifier* output = Notifiers().at(before.indexOf(true));
+    paused.Pause(*process);
+    // Another pipe gets the number of the process's.
+    int other[2] = {-1, -1};
+    QCOMPARE(pipe2(other, O_CLOEXEC), 0);
+    QCOMPARE(dup2(other[0], static_cast<int>(output->socket())), static_cast<int>(output->socket()));
+    paused.Resume();
+    QVERIFY(!output->isEnabled());
+    close(other[0]);
+    close(other[1]);
 }
 
 QTEST_GUILESS_MAIN(TestPausedNotifiers)
