@@ -1,3 +1,4 @@
-# What is built fastest: without optimisation and without debug information.
-include(${CMAKE_CURRENT_LIST_DIR}/debug.cmake)
-set(CMAKE_CXX_FLAGS_DEBUG "" CACHE STRING "")
+# What is built fastest: without debug information, and optimised no more than deep recursion on a small stack needs.
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+set(CMAKE_BUILD_TYPE MinSizeRel CACHE STRING "")
+set(CMAKE_CXX_FLAGS_MINSIZEREL "-O1 -DNDEBUG" CACHE STRING "")
