@@ -116,8 +116,8 @@ private slots:
     void clickStartsTheEngine();
     void clickWhileCastingStopsTheEngine();
     void clickRepeatsItsRequest();
-    void anyOtherTextStarts_data();
     void changeIsDrawnAtOnce();
+    void anyOtherTextStarts_data();
     void anyOtherTextStarts();
     void castEndedByTheEngineIsStartedAgain();
     void crashReturnsToIdleInSilence();
@@ -360,14 +360,6 @@ void TestCastControl::clickRepeatsItsRequest()
     CompareDisplay(true);
 }
 
-void TestCastControl::anyOtherTextStarts_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("nothing") << QString();
-    QTest::newRow("blank behind") << QStringLiteral("结束投屏 ");
-    QTest::newRow("something else") << QStringLiteral("stop");
-}
-
 void TestCastControl::changeIsDrawnAtOnce()
 {
     // Place by place, or Qt would draw all that lies between them.
@@ -393,6 +385,14 @@ void TestCastControl::changeIsDrawnAtOnce()
     }
     page->SetPreScreenStatus(true);
     QCOMPARE(order.painted, places);
+}
+
+void TestCastControl::anyOtherTextStarts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("nothing") << QString();
+    QTest::newRow("blank behind") << QStringLiteral("结束投屏 ");
+    QTest::newRow("something else") << QStringLiteral("stop");
 }
 
 void TestCastControl::anyOtherTextStarts()

@@ -60,6 +60,24 @@ private:
     std::vector<int> queue;
     bool full = false;
 };
+/// A server that reads nothing by itself.
+class PlainServer
+{
+public:
+    /// The other end of what the client connects to; null if it does not.
+    QLocalSocket* Connect(ConnClient& client, const std::string& path)
+    {
+        if (!server.listen(QString::fromStdString(path)) || client.ConnToServer() != 0) {
+            return nullptr;
+        }
+        // The connection is there already, and only has to be taken.
+        server.waitForNewConnection(5000);
+        return server.nextPendingConnection();
+    }
+
+private:
+    QLocalServer server;
+};
 } // namespace
 
 class TestConnClient : public QObject
@@ -151,12 +169,10 @@ void TestConnClient::currentStateIsTheLastOne()
 {
     QFETCH(QByteArray, first);
     QFETCH(QByteArray, last);
-    QLocalServer server;
-    QVERIFY(server.listen(QString::fromStdString(Path())));
+    PlainServer server;
     ConnClient client(Path());
-    QCOMPARE(client.ConnToServer(), 0);
-    QTRY_VERIFY(server.hasPendingConnections());
-    const std::unique_ptr<QLocalSocket> socket(server.nextPendingConnection());
+    QLocalSocket* socket = server.Connect(client, Path());
+    QVERIFY(socket != nullptr);
     const auto set = [&client](const QByteArray& state) {
         if (state == "init") {
             client.AppInit();
@@ -173,20 +189,19 @@ void TestConnClient::currentStateIsTheLastOne()
         return "{\"status\":\"" + state + "\"}";
     };
     const QByteArray wanted = message(first) + message(last) + message(last);
-    QTRY_VERIFY(socket->bytesAvailable() >= wanted.size());
-    QCOMPARE(socket->read(wanted.size()), wanted);
+    // Repeats may come before and after.
+    QByteArray arrived;
+    QTRY_VERIFY((arrived += socket->readAll()).contains(wanted));
     QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
 void TestConnClient::statesRepeatOnceASecond()
 {
-    QLocalServer server;
-    QVERIFY(server.listen(QString::fromStdString(Path())));
+    PlainServer server;
     ConnClient client(Path());
-    QCOMPARE(client.ConnToServer(), 0);
-    QTRY_VERIFY(server.hasPendingConnections());
-    const std::unique_ptr<QLocalSocket> socket(server.nextPendingConnection());
-    QSignalSpy arrived(socket.get(), &QIODevice::readyRead);
+    QLocalSocket* socket = server.Connect(client, Path());
+    QVERIFY(socket != nullptr);
+    QSignalSpy arrived(socket, &QIODevice::readyRead);
     client.AppRun();
     QVERIFY(arrived.wait());
     QCOMPARE(socket->readAll(), QByteArray(R"({"status":"run"})"));

@@ -1,5 +1,6 @@
 #include <QTest>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 #include "supervision/PausedNotifiers.h"
@@ -87,6 +88,7 @@ void TestPausedNotifiers::descriptorsOfOthersAreLeftAlone()
 {
     PausedNotifiers paused;
     const QList<bool> before = States();
+    QVERIFY(before.contains(true));
     const QSocketNotifier* output = Notifiers().at(before.indexOf(true));
     paused.Pause(*process);
     // Another pipe gets the number of the process's.
