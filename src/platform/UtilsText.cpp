@@ -1,6 +1,7 @@
 // What of Utils needs no bus: programs of others link this and the log without libsystemd.
 #include "platform/Utils.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -22,9 +23,7 @@ bool ClearBounded(char* buffer, std::size_t size)
 
 bool ClearPlainly(char* buffer, std::size_t size)
 {
-    for (std::size_t i = 0; i < size; ++i) {
-        buffer[i] = '\0';
-    }
+    std::fill_n(buffer, size, '\0');
     return true;
 }
 

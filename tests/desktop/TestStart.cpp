@@ -15,6 +15,8 @@ private slots:
     void refusedCommandLines();
     void homeUnsetEndsTheStart();
     void acceptedAgreementLeadsStraightToTheMainWindow();
+    void windowsAreKnownByTheProgramsPicture_data();
+    void windowsAreKnownByTheProgramsPicture();
     void acceptingLeadsToTheMainWindowAndIsRemembered();
     void tickTwiceLeavesTheButtonGrey();
     void closeButtonOfTheAgreementEndsTheDaemonToo();
@@ -84,6 +86,24 @@ void TestStart::acceptedAgreementLeadsStraightToTheMainWindow()
     QCOMPARE(world->CountLog(QStringLiteral("Mainwindow start.")), 1);
     const QRect rect = world->BigWindow().rect;
     QCOMPARE(rect.topLeft(), QPoint((1280 - rect.width()) / 2, (800 - rect.height()) / 2));
+}
+
+void TestStart::windowsAreKnownByTheProgramsPicture_data()
+{
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("agreement") << false;
+    QTest::newRow("main window") << true;
+}
+
+void TestStart::windowsAreKnownByTheProgramsPicture()
+{
+    QFETCH(bool, agreed);
+    DesktopWorld::Options options;
+    options.agreed = agreed;
+    Begin(options);
+    const QImage icon = world->Desktop().IconOf(world->BigWindow().id);
+    QCOMPARE(icon.convertToFormat(QImage::Format_ARGB32_Premultiplied),
+             QImage(QStringLiteral(VELODESK_LOGO)).convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
 void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()

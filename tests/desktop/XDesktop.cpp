@@ -22,6 +22,9 @@ struct XDesktop::Connection
     ::Window speck = 0;
     QRgb beat = 0;
 
+    /// More than any property of ours holds.
+    static constexpr long MAX_LONGS = 1 << 20;
+
     /// Properties of format 32, as Xlib gives them.
     QList<unsigned long> Longs(::Window window, const char* name) const
     {
@@ -31,7 +34,7 @@ struct XDesktop::Connection
         unsigned long rest = 0;
         unsigned char* data = nullptr;
         QList<unsigned long> values;
-        if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 1024, False,
+        if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, MAX_LONGS, False,
                                AnyPropertyType, &type, &format, &count, &rest, &data) == Success &&
             format == 32) {
             const auto* longs = reinterpret_cast<const unsigned long*>(data);
@@ -303,6 +306,19 @@ bool XDesktop::IsOnShow(unsigned long id) const
     // One that composites may keep a minimised window mapped.
     const QList<unsigned long> state = x->Longs(id, "WM_STATE");
     return x->Viewable(id) && (state.isEmpty() || state.first() == NormalState);
+}
+
+QImage XDesktop::IconOf(unsigned long id) const
+{
+    const QList<unsigned long> values = x->Longs(id, "_NET_WM_ICON");
+    const QSize size(static_cast<int>(values.value(0)), static_cast<int>(values.value(1)));
+    QImage icon(size, QImage::Format_ARGB32);
+    for (int y = 0; y < icon.height(); ++y) {
+        for (int column = 0; column < icon.width(); ++column) {
+            icon.setPixel(column, y, static_cast<QRgb>(values.value(2 + y * icon.width() + column)));
+        }
+    }
+    return icon;
 }
 
 unsigned long XDesktop::WindowUnderPointer() const

@@ -51,6 +51,9 @@ public:
     /// Mapped and not minimised.
     bool IsOnShow(unsigned long id) const;
 
+    /// What a window is known by in a task bar (EWMH), its first icon; null if it has none.
+    QImage IconOf(unsigned long id) const;
+
     /// The id of the program's window that the pointer is over; 0 over the desktop.
     unsigned long WindowUnderPointer() const;
 

@@ -115,7 +115,7 @@ def of_file(name, text):
     for match in STATEMENT.finditer(text):
         start = match.start() + len(match.group()) - len(match.group().lstrip())
         line = text[start:match.end()]
-        if marks[start] == CODE and not DECLARATION.match(line) and "LOG_DEBUG" not in line:
+        if marks[start] == CODE and not DECLARATION.match(line) and not re.search("LOG_DEBUG|= delete;", line):
             kind = "jump removed" if re.match(r"break;|continue;", line) else \
                 "signal removed" if line.startswith("emit ") else \
                 "log line removed" if line.startswith("LOG_") else \
@@ -190,10 +190,10 @@ TESTS = {
     "entry/SingleApplication": "TestSingleApplication",
     "entry/RawxWindowOpt": "TestSingleApplication",
     "entry/StartEnvironment": "TestStartEnvironment",
-    "entry/VeloMain": "TestCommandLine",
+    "entry/VeloMain": "TestCommandLine|TestStart|TestEnd",
     "shell/AboutWin": "TestAboutWin",
     "shell/CardShadow": "TestShadow|TestVeloMessageBox",
-    "shell/CardWindow": "TestVeloWin|TestShadow",
+    "shell/CardWindow": "TestVeloWin|TestShadow|TestVeloMessageBox",
     "shell/DialogStyle": "TestVeloMessageBox|TestExitWin",
     "shell/ExitWin": "TestExitWin|TestVeloWin",
     "shell/ProtocolWin": "TestProtocolWin",

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <poll.h>
+#include <set>
 #include <sys/eventfd.h>
 #include <systemd/sd-bus.h>
 #include <thread>
@@ -50,9 +51,15 @@ struct Between
     int pidResult = 0;
     bool replyIsLost = false;
     bool textIsLost = false;
+    // The library promises no more than that success is not negative.
+    bool successIsNought = false;
     int callResult = 0;
     uint64_t timeout = 0;
     uint64_t asked = 0;
+    /// What the library has given and not got back.
+    std::set<const void*> held;
+
+    int Success(int result) const { return successIsNought ? qMin(result, 0) : result; }
 };
 /// One for each thread that calls.
 thread_local Between between;
@@ -248,6 +255,12 @@ int RealPid(sd_bus_creds* creds, pid_t* pid) __asm__("__real_sd_bus_creds_get_pi
 int WrappedPid(sd_bus_creds* creds, pid_t* pid) __asm__("__wrap_sd_bus_creds_get_pid");
 int WrappedRead(sd_bus_message* message, const char* types, ...) __asm__("__wrap_sd_bus_message_read");
 int WrappedAppend(sd_bus_message* message, const char* types, ...) __asm__("__wrap_sd_bus_message_append");
+sd_bus_message* RealUnref(sd_bus_message* message) __asm__("__real_sd_bus_message_unref");
+sd_bus_message* WrappedUnref(sd_bus_message* message) __asm__("__wrap_sd_bus_message_unref");
+sd_bus_creds* RealForget(sd_bus_creds* creds) __asm__("__real_sd_bus_creds_unref");
+sd_bus_creds* WrappedForget(sd_bus_creds* creds) __asm__("__wrap_sd_bus_creds_unref");
+void RealFree(sd_bus_error* error) __asm__("__real_sd_bus_error_free");
+void WrappedFree(sd_bus_error* error) __asm__("__wrap_sd_bus_error_free");
 
 int WrappedCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_error* error,
                 sd_bus_message** reply)
@@ -261,14 +274,24 @@ int WrappedCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_erro
     if (between.replyIsLost) {
         *reply = sd_bus_message_unref(*reply);
     }
-    return result;
+    if (*reply != nullptr) {
+        between.held.insert(*reply);
+    }
+    if (error->message != nullptr) {
+        between.held.insert(error);
+    }
+    return between.Success(result);
 }
 
 int WrappedNewCall(sd_bus* bus, sd_bus_message** message, const char* destination, const char* path,
                    const char* interface, const char* member)
 {
-    return between.newCallResult < 0 ? between.newCallResult
-                                     : RealNewCall(bus, message, destination, path, interface, member);
+    if (between.newCallResult < 0) {
+        return between.newCallResult;
+    }
+    const int result = RealNewCall(bus, message, destination, path, interface, member);
+    between.held.insert(*message);
+    return between.Success(result);
 }
 
 int WrappedQuery(sd_bus_message* message, uint64_t mask, sd_bus_creds** creds)
@@ -277,12 +300,16 @@ int WrappedQuery(sd_bus_message* message, uint64_t mask, sd_bus_creds** creds)
     if (between.beforeTheSenderIsAsked) {
         between.beforeTheSenderIsAsked();
     }
-    return RealQuery(message, mask, creds);
+    const int result = RealQuery(message, mask, creds);
+    if (result >= 0) {
+        between.held.insert(*creds);
+    }
+    return between.Success(result);
 }
 
 int WrappedPid(sd_bus_creds* creds, pid_t* pid)
 {
-    return between.pidResult < 0 ? between.pidResult : RealPid(creds, pid);
+    return between.pidResult < 0 ? between.pidResult : between.Success(RealPid(creds, pid));
 }
 
 int WrappedAppend(sd_bus_message* message, const char* types, ...)
@@ -294,7 +321,7 @@ int WrappedAppend(sd_bus_message* message, const char* types, ...)
     va_start(args, types);
     const int result = sd_bus_message_appendv(message, types, args);
     va_end(args);
-    return result;
+    return between.Success(result);
 }
 
 int WrappedRead(sd_bus_message* message, const char* types, ...)
@@ -306,7 +333,25 @@ int WrappedRead(sd_bus_message* message, const char* types, ...)
     va_start(args, types);
     const int result = sd_bus_message_readv(message, types, args);
     va_end(args);
-    return result;
+    return between.Success(result);
+}
+
+sd_bus_message* WrappedUnref(sd_bus_message* message)
+{
+    between.held.erase(message);
+    return RealUnref(message);
+}
+
+sd_bus_creds* WrappedForget(sd_bus_creds* creds)
+{
+    between.held.erase(creds);
+    return RealForget(creds);
+}
+
+void WrappedFree(sd_bus_error* error)
+{
+    between.held.erase(error);
+    RealFree(error);
 }
 
 class TestDaemonBus : public QObject
@@ -342,6 +387,7 @@ private slots:
     void senderWithoutAProcessIsRefused();
     void lostReplyIsRefused();
     void answerWithoutItsTextIsEmpty();
+    void noughtIsSuccess();
     void failureWithoutAReasonHasNone();
     void callThatCannotBeMadeFails();
     void commandThatCannotBeSentFails();
@@ -378,6 +424,7 @@ void TestDaemonBus::init()
 
 void TestDaemonBus::cleanup()
 {
+    QVERIFY(between.held.empty());
     between = Between();
     g_velodeskdPid = 0;
     log.reset();
@@ -671,6 +718,17 @@ void TestDaemonBus::answerWithoutItsTextIsEmpty()
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, 1);
     QCOMPARE(outcome.result, std::string());
+    QCOMPARE(Levels(), QStringList());
+}
+
+void TestDaemonBus::noughtIsSuccess()
+{
+    between.successIsNought = true;
+    const Server server(Text("done"));
+    const Outcome outcome = Call();
+    QCOMPARE(outcome.code, 0);
+    QCOMPARE(outcome.result, std::string("done"));
+    QCOMPARE(outcome.error, std::string());
     QCOMPARE(Levels(), QStringList());
 }
 

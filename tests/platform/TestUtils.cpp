@@ -4,6 +4,7 @@
 #include <QTest>
 #include <cerrno>
 #include <sys/resource.h>
+#include <sys/wait.h>
 
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
@@ -85,12 +86,14 @@ private slots:
     void splitKeepsEmptyPiecesButTheLast();
     void everyOccurrenceIsDeleted_data();
     void everyOccurrenceIsDeleted();
+    void deletingIsSearchingAgainAndAgain();
     void bytesBecomeHexadecimalPairs_data();
     void bytesBecomeHexadecimalPairs();
     void everyByteHasItsPair();
     void deviceIdentifierIsJudged_data();
     void deviceIdentifierIsJudged();
-    void everyByteOfADeviceIdentifierIsJudged();
+    void everyByteIsJudged_data();
+    void everyByteIsJudged();
     void macIsJudged_data();
     void macIsJudged();
     void wordIsJudged_data();
@@ -188,6 +191,33 @@ void TestUtils::everyOccurrenceIsDeleted()
     QFETCH(QString, text);
     QFETCH(QString, piece);
     QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), piece.toStdString())), "rest");
+}
+
+void TestUtils::deletingIsSearchingAgainAndAgain()
+{
+    // All texts of so many letters, of which there are two, as the digits of a number.
+    const auto texts = [](int letters) {
+        std::vector<std::string> all;
+        for (int number = 0; number < (1 << letters); ++number) {
+            std::string text;
+            for (int letter = 0; letter < letters; ++letter) {
+                text += (number >> letter) % 2 == 0 ? 'a' : 'b';
+            }
+            all.push_back(text);
+        }
+        return all;
+    };
+    for (int letters = 1; letters <= 4; ++letters) {
+        for (const std::string& piece : texts(letters)) {
+            for (const std::string& text : texts(8)) {
+                std::string rest = text;
+                for (auto at = rest.find(piece); at != std::string::npos; at = rest.find(piece)) {
+                    rest.erase(at, piece.size());
+                }
+                QVERIFY2(Utils::DeleteSubStr(text, piece) == rest, (text + " without " + piece).c_str());
+            }
+        }
+    }
 }
 
 void TestUtils::longTextIsJudgedAsAShortOne_data()
@@ -326,13 +356,29 @@ void TestUtils::deviceIdentifierIsJudged()
     QTEST(Utils::IsValidUDID(id.toStdString()), "valid");
 }
 
-void TestUtils::everyByteOfADeviceIdentifierIsJudged()
+void TestUtils::everyByteIsJudged_data()
 {
-    for (int byte = 0; byte < 256; ++byte) {
-        const bool valid = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                           (byte >= '0' && byte <= '9') || byte == '-' || byte == '_';
-        QVERIFY2(Utils::IsValidUDID(std::string(1, static_cast<char>(byte))) == valid,
-                 qPrintable(QString::number(byte)));
+    QTest::addColumn<Judge>("judge");
+    QTest::addColumn<std::string>("before");
+    QTest::addColumn<std::string>("good");
+    const std::string digits = "0123456789";
+    const std::string word = digits + "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
+    QTest::newRow("device identifier") << &Utils::IsValidUDID << std::string() << word + "-";
+    QTest::newRow("MAC") << &Utils::IsMacValid << std::string("00:00:00:00:00:1") << digits + "abcdefABCDEF";
+    QTest::newRow("word") << &Utils::IsStringAndNumberOnly << std::string() << word;
+    QTest::newRow("number") << &Utils::IsNumberOnly << std::string() << digits;
+    QTest::newRow("address") << &Utils::IsIpValid << std::string("1.1.1.") << digits;
+}
+
+void TestUtils::everyByteIsJudged()
+{
+    QFETCH(Judge, judge);
+    QFETCH(std::string, before);
+    QFETCH(std::string, good);
+    for (int number = 0; number < 256; ++number) {
+        const char byte = static_cast<char>(number);
+        QVERIFY2(judge(before + byte) == (good.find(byte) != std::string::npos),
+                 qPrintable(QString::number(number)));
     }
 }
 
@@ -604,6 +650,8 @@ void TestUtils::failureOfTheBufferGivesNothing()
     QCOMPARE(silent, std::string());
     // Which clears its buffer by itself.
     QCOMPARE(byCommand, std::string("text"));
+    // No child is left to be waited for.
+    QCOMPARE(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
 void TestUtils::commandSeesTheEnvironment()
