@@ -1,5 +1,6 @@
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <csignal>
 
 #include "DesktopTest.h"
@@ -28,6 +29,7 @@ private slots:
     void unwritableSettingsDoNotKeepTheUserOut();
     void noOpenGlIsLoaded_data();
     void noOpenGlIsLoaded();
+    void neitherPicturePlugInsNorOtherFontsAreRead();
     void openGlOfTheUsersChoiceIsKept();
 
 private:
@@ -103,7 +105,8 @@ void TestStart::windowsAreKnownByTheProgramsPicture()
     Begin(options);
     const QImage icon = world->Desktop().IconOf(world->BigWindow().id);
     QCOMPARE(icon.convertToFormat(QImage::Format_ARGB32_Premultiplied),
-             QImage(QStringLiteral(VELODESK_LOGO)).convertToFormat(QImage::Format_ARGB32_Premultiplied));
+             QImage(QStringLiteral(VELODESK_SOURCE_DIR "/src/resources/pictures/logo.png"))
+                 .convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
 void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()
@@ -271,6 +274,18 @@ void TestStart::noOpenGlIsLoaded()
          {"QT_XCB_GL_INTEGRATION", "QT_QPA_PLATFORM", "QT_FONT_DPI", "QT_STYLE_OVERRIDE"}) {
         QVERIFY2(!environment.contains(name), name);
     }
+}
+
+void TestStart::neitherPicturePlugInsNorOtherFontsAreRead()
+{
+    Begin();
+    VERIFY_SOON(world->ShowsIdle());
+    const QString maps = QString::fromUtf8(ProcFile(world->AssistantPid(), "maps"));
+    QVERIFY(!maps.contains(QLatin1String("/imageformats/")));
+    const QStringList fonts = maps.split(QLatin1Char('\n'))
+                                  .filter(QRegularExpression(QStringLiteral("\\.(ttf|ttc|otf|pfb|pcf)")));
+    QVERIFY(!fonts.isEmpty());
+    QCOMPARE(fonts.filter(QStringLiteral("/NotoSansCJK-")), fonts);
 }
 
 void TestStart::openGlOfTheUsersChoiceIsKept()

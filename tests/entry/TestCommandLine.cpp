@@ -229,6 +229,9 @@ void TestCommandLine::logLinesFollowTheStages()
     QCOMPARE(messages.at(2), QStringLiteral("filename:VelodeskServer not exist!"));
     QCOMPARE(messages.at(3), MAIN_WINDOW);
     QCOMPARE(messages.at(4), QStringLiteral("AppManager ReAllocResource"));
+    const QList<Line> lines = Log();
+    QCOMPARE(lines.at(1).level, QStringLiteral("INFO"));
+    QCOMPARE(lines.at(3).level, QStringLiteral("INFO"));
     QCOMPARE(messages.filter(QStringLiteral("velodeskd start pid")), QStringList());
 }
 

@@ -125,7 +125,7 @@ void TestSerProEdit::addressesAreFound_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("result");
-    const auto link = [this](const QString& url) {
+    const auto link = [](const QString& url) {
         return SerProEdit(nullptr).GetLinkUrl(url);
     };
     QTest::newRow("alone") << ADDRESS << link(ADDRESS);

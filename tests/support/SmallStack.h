@@ -6,8 +6,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-/// A sanitized program takes several times as much of its stack.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef VELODESK_HEAVY
 constexpr std::size_t SMALL_STACK_SIZE = 524288;
 #else
 constexpr std::size_t SMALL_STACK_SIZE = 65536;
