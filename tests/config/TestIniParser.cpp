@@ -119,6 +119,7 @@ private slots:
     void textComesBackAfterASave();
     void manyCommentLinesKeepTheirOrder();
     void keyThatIsNamedLikeACommentedSectionIsLeftOut();
+    void keyThatIsNamedLikeACommentedKeyIsKept();
     void savingNothingLeavesTheFile_data();
     void savingNothingLeavesTheFile();
     void savingIsLogged();
@@ -477,6 +478,16 @@ void TestIniParser::keyThatIsNamedLikeACommentedSectionIsLeftOut()
     QCOMPARE(parser->LoadIniFile(Path()), 0);
     QCOMPARE(parser->Save(Path()), 0);
     QCOMPARE(ReadAll(path), QByteArray("[s]\nc=d\n"));
+}
+
+void TestIniParser::keyThatIsNamedLikeACommentedKeyIsKept()
+{
+    // But for a 0, as the name of a comment line has it.
+    WriteAll(path, "[s]\nk=1\nk0=2;c\n");
+    QCOMPARE(parser->LoadIniFile(Path()), 0);
+    QCOMPARE(parser->Save(Path()), 0);
+    const QByteArray text = ReadAll(path);
+    QVERIFY2(text == "[s]\nk=1\nk0=2;c\n" || text == "[s]\nk0=2;c\nk=1\n", text.constData());
 }
 
 void TestIniParser::savingNothingLeavesTheFile_data()

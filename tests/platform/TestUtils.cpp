@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "platform/Utils.h"
 #include "support/CapturedLog.h"
@@ -87,6 +88,7 @@ private slots:
     void everyOccurrenceIsDeleted_data();
     void everyOccurrenceIsDeleted();
     void deletingIsSearchingAgainAndAgain();
+    void deletingNothingDoesNotEnd();
     void bytesBecomeHexadecimalPairs_data();
     void bytesBecomeHexadecimalPairs();
     void everyByteHasItsPair();
@@ -148,6 +150,8 @@ void TestUtils::splitKeepsEmptyPiecesButTheLast_data()
     add("a//b", {"a", "", "b"});
     add("/a/b/", {"", "a", "b"});
     add(" / ", {" ", " "});
+    QTest::newRow("no delimiter") << QStringLiteral("a/b") << QString() << QStringList({"a/b"});
+    QTest::newRow("neither text nor delimiter") << QString() << QString() << QStringList();
     QTest::newRow("long delimiter") << QStringLiteral("a--b---c--") << QStringLiteral("--")
                                     << QStringList({"a", "b", "-c"});
     QTest::newRow("delimiter alone") << QStringLiteral("--") << QStringLiteral("--") << QStringList({""});
@@ -218,6 +222,21 @@ void TestUtils::deletingIsSearchingAgainAndAgain()
             }
         }
     }
+}
+
+void TestUtils::deletingNothingDoesNotEnd()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit aSecond{1, 1};
+        setrlimit(RLIMIT_CPU, &aSecond);
+        Utils::DeleteSubStr("text", "");
+        _exit(0);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    // By the system, for want of processor time.
+    QVERIFY(WIFSIGNALED(status));
 }
 
 void TestUtils::longTextIsJudgedAsAShortOne_data()

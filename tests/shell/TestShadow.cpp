@@ -160,6 +160,7 @@ private slots:
     void cardAtAnEdgeLosesThatMargin();
     void windowOffTheDesktopComesBackUnclamped();
     void windowThatIsBuiltOffTheDesktopIsClamped();
+    void windowThatIsBuiltTooLargeHasItsShadow_data();
     void windowThatIsBuiltTooLargeHasItsShadow();
     void windowThatIsBuiltAsLargeAsTheDesktopHasNone();
     void windowThatIsBuiltWithoutEffectHasNoMargin();
@@ -469,11 +470,18 @@ void TestShadow::windowThatIsBuiltOffTheDesktopIsClamped()
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 7, 20, 20));
 }
 
+void TestShadow::windowThatIsBuiltTooLargeHasItsShadow_data()
+{
+    QTest::addColumn<QRect>("large");
+    QTest::newRow("too wide") << Area().adjusted(-50, 10, 50, -10);
+    QTest::newRow("too high") << Area().adjusted(10, -50, -10, 50);
+}
+
 void TestShadow::windowThatIsBuiltTooLargeHasItsShadow()
 {
+    QFETCH(QRect, large);
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
-    const QRect large = Area().adjusted(-50, 10, 50, -10);
     QCOMPARE(probe.Build(large), 0);
     QCOMPARE(probe.geometry(), large.adjusted(-20, -20, 20, 20));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));

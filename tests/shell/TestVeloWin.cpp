@@ -59,6 +59,7 @@ private slots:
     void menuStandsUnderItsButton();
     void menuFollowsTheWindow();
     void menuHidesAtFocusOut();
+    void whatOthersLoseIsNothingToTheMenu();
     void menuEntriesLeadToTheirPages_data();
     void menuEntriesLeadToTheirPages();
     void aboutPageRestoresTheRow();
@@ -363,6 +364,23 @@ void TestVeloWin::menuHidesAtFocusOut()
     QFocusEvent out(QEvent::FocusOut);
     QCoreApplication::sendEvent(&Menu(), &out);
     QVERIFY(!Menu().isVisible());
+}
+
+void TestVeloWin::whatOthersLoseIsNothingToTheMenu()
+{
+    window->ShowMenu();
+    auto* button = Find<QPushButton>(*window, "menu");
+    QCursor::setPos(window->mapToGlobal(QPoint(5, 5)));
+    button->setAttribute(Qt::WA_UnderMouse);
+    QObject other;
+    other.installEventFilter(window.get());
+    QFocusEvent out(QEvent::FocusOut);
+    QCoreApplication::sendEvent(&other, &out);
+    QVERIFY(Menu().isVisible());
+    QHideEvent hidden;
+    QCoreApplication::sendEvent(&other, &hidden);
+    QVERIFY(button->underMouse());
+    Menu().hide();
 }
 
 void TestVeloWin::menuEntriesLeadToTheirPages_data()

@@ -101,6 +101,8 @@ private slots:
     void crashIsToldBeforeTheEnd();
     void reportsCarryTypeAndEvent();
     void unknownTypeIsRefusedInSilence();
+    void reportOfNobodyIsNotToldOn_data();
+    void reportOfNobodyIsNotToldOn();
     void forgottenApplicationComesBack_data();
     void forgottenApplicationComesBack();
     void forgottenApplicationIsNotHeard();
@@ -216,6 +218,24 @@ void TestAppManager::unknownTypeIsRefusedInSilence()
     manager->StopAll();
     QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
     QCOMPARE(log->Count(QStringLiteral("stop app[1]")), 0);
+}
+
+void TestAppManager::reportOfNobodyIsNotToldOn_data()
+{
+    QTest::addColumn<QByteArray>("slot");
+    for (const char* slot : {"Started", "EventInited", "EventRunning", "EventStopped"}) {
+        QTest::newRow(slot) << QByteArray(slot);
+    }
+}
+
+void TestAppManager::reportOfNobodyIsNotToldOn()
+{
+    QFETCH(QByteArray, slot);
+    const QSignalSpy started(manager.get(), &AppManager::AppStarted);
+    const QSignalSpy reports(manager.get(), &AppManager::AppEvent);
+    QVERIFY(QMetaObject::invokeMethod(manager.get(), slot.constData()));
+    QCOMPARE(started.size(), 0);
+    QCOMPARE(reports.size(), 0);
 }
 
 void TestAppManager::forgottenApplicationComesBack_data()
