@@ -282,8 +282,8 @@ void TestStart::neitherPicturePlugInsNorOtherFontsAreRead()
     VERIFY_SOON(world->ShowsIdle());
     const QString maps = QString::fromUtf8(ProcFile(world->AssistantPid(), "maps"));
     QVERIFY(!maps.contains(QLatin1String("/imageformats/")));
-    const QStringList fonts = maps.split(QLatin1Char('\n'))
-                                  .filter(QRegularExpression(QStringLiteral("\\.(ttf|ttc|otf|pfb|pcf)")));
+    const QStringList fonts =
+        maps.split(QLatin1Char('\n')).filter(QRegularExpression(QStringLiteral("\\.(ttf|ttc|otf|pfb|pcf)")));
     QVERIFY(!fonts.isEmpty());
     QCOMPARE(fonts.filter(QStringLiteral("/NotoSansCJK-")), fonts);
 }
