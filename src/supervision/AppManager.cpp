@@ -8,12 +8,7 @@
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
 
-constexpr AppManager::AppType FIRST_TYPE = AppManager::TANDRA_APP;
-
-AppManager::AppType Next(AppManager::AppType type)
-{
-    return static_cast<AppManager::AppType>(type + 1);
-}
+constexpr AppManager::AppType ALL_TYPES[] = {AppManager::TANDRA_APP};
 
 /// The application of that type, whether the manager knows it at the moment or not.
 BaseApp* AppOf(AppManager::AppType type)
@@ -65,13 +60,13 @@ void AppManager::StopAll()
 {
     // A forgotten application comes back in its worker, with processes that live on the main thread.
     PausedNotifiers paused;
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         if (const BaseApp* app = AppOf(type)) {
             app->PauseNotifiers(paused);
         }
     }
     std::vector<std::shared_ptr<std::thread>> workers;
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         try {
             workers.push_back(std::make_shared<std::thread>([this, type] { StopApp(type, true); }));
         } catch (const std::system_error&) {
@@ -87,7 +82,7 @@ void AppManager::StopAll()
 
 void AppManager::DeleteAll()
 {
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         appMap[type] = nullptr;
     }
 }
@@ -102,7 +97,7 @@ void AppManager::ReAllocResource()
 
 AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 {
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         if (appMap.at(type) == &app) {
             return type;
         }
@@ -112,7 +107,7 @@ AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 
 void AppManager::InitAppMap()
 {
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         appMap[type] = AppOf(type);
     }
 }
@@ -121,7 +116,7 @@ void AppManager::RegisterCallback()
 {
     // The wiring of a forgotten application is still there when it comes back.
     constexpr auto ONCE = Qt::UniqueConnection;
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         const BaseApp* app = FindApp(type);
         if (app == nullptr) {
             continue;
@@ -137,7 +132,7 @@ void AppManager::RegisterCallback()
 
 void AppManager::UnregisterCallback()
 {
-    for (AppType type = FIRST_TYPE; type < APP_TYPE_END; type = Next(type)) {
+    for (const AppType type : ALL_TYPES) {
         const BaseApp* app = FindApp(type);
         if (app == nullptr) {
             continue;
