@@ -26,6 +26,8 @@ constexpr QPoint START_BUTTON(932, 228);
 constexpr QRgb BLUE = qRgb(0x2B, 0x6F, 0xF2);
 /// Wherever the window manager puts a bare window of that size, it covers this place.
 constexpr QPoint MIDDLE(640, 400);
+/// An X screen with nothing on it.
+constexpr QRgb EMPTY = qRgb(0, 0, 0);
 
 /// A program that is started again and again on the same desktop.
 struct Contestant
@@ -47,7 +49,8 @@ public:
             qFatal("%s", qUtf8Printable(missing));
         }
         watch = std::make_unique<PixelWatch>(world.Environment().value(QStringLiteral("DISPLAY")));
-        background = watch->At(MIDDLE);
+        // The window that looked for the window manager may still be on its way.
+        WaitForEmpty();
         for (const QString& assignment : world.Environment().toStringList()) {
             environment.push_back(assignment.toStdString());
         }
@@ -65,14 +68,10 @@ public:
     }
     Contestant Bare() const
     {
-        const QRgb empty = background;
-        return {BuiltProgram("bare-window").toStdString(),
-                {"bare-window"},
-                environment,
-                MIDDLE,
-                [empty](QRgb pixel) {
-                    return pixel != empty;
-                }};
+        return {
+            BuiltProgram("bare-window").toStdString(), {"bare-window"}, environment, MIDDLE, [](QRgb pixel) {
+                return pixel != EMPTY;
+            }};
     }
 
     /// Ends the program, and waits until nothing of it is on the screen.
@@ -80,15 +79,20 @@ public:
     {
         child.Send(SIGKILL);
         child.Wait();
-        const QRgb empty = background;
-        watch->WaitFor(MIDDLE, [empty](QRgb pixel) { return pixel == empty; });
+        WaitForEmpty();
     }
 
     DesktopWorld world;
     std::unique_ptr<PixelWatch> watch;
 
 private:
-    QRgb background = 0;
+    void WaitForEmpty() const
+    {
+        if (watch->WaitFor(MIDDLE, [](QRgb pixel) { return pixel == EMPTY; }) < 0) {
+            qFatal("the screen does not become empty");
+        }
+    }
+
     std::vector<std::string> environment;
 };
 
