@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <cerrno>
+#include <csignal>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -237,6 +238,7 @@ void TestUtils::deletingNothingDoesNotEnd()
     QCOMPARE(waitpid(child, &status, 0), child);
     // By the system, for want of processor time.
     QVERIFY(WIFSIGNALED(status));
+    QCOMPARE(WTERMSIG(status), SIGKILL);
 }
 
 void TestUtils::longTextIsJudgedAsAShortOne_data()
