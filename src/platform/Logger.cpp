@@ -1,14 +1,11 @@
 #include "platform/Logger.h"
 
-#include <algorithm>
 #include <array>
 #include <ctime>
 #include <fcntl.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
-#include <vector>
 
 #include "platform/BoundedFunctions.h"
 #include "platform/DirOperator.h"
@@ -19,8 +16,9 @@ constexpr int MAX_SIZE = 33554432;
 constexpr mode_t FILE_MODE = 0600;
 constexpr std::size_t MESSAGE_SIZE = 4096;
 constexpr std::size_t TIMESTAMP_SIZE = 32;
-/// A stream's own is 8 KiB: 8192 calls for a rotation.
-constexpr std::size_t COPY_BUFFER_SIZE = 262144;
+constexpr std::size_t COPY_BUFFER_SIZE = 16384;
+/// What a new file gets before chmod.
+constexpr mode_t NEW_FILE_MODE = 0666;
 /// Room for what a line holds beside its texts: time, level, line number and marks.
 constexpr std::size_t LINE_FRAME_SIZE = 64;
 
@@ -47,18 +45,18 @@ __attribute__((format(printf, 4, 0))) void LogPlain(int level, const char* modul
 
 namespace Brevora {
 
-Logger::Logger() : maxSize(MAX_SIZE), stream(filePath) {}
+Logger::Logger() : maxSize(MAX_SIZE) {}
 
 Logger::~Logger()
 {
-    stream.close();
+    Close();
 }
 
 void Logger::Init(const std::string& path)
 {
     // Without a path and a file while the guard works: it logs too, and its line could otherwise rotate an
     // overgrown log through the very link that is about to go.
-    stream.close();
+    Close();
     filePath.clear();
     if (FileOperator::GetInstance().IsLinkExist(path)) {
         unlink(path.c_str());
@@ -67,8 +65,8 @@ void Logger::Init(const std::string& path)
         DIR_OPERATOR.RemoveDir(path);
     }
     filePath = path;
-    stream.open(path, std::ios::out | std::ios::app);
-    if (stream.is_open()) {
+    Open(O_APPEND);
+    if (descriptor >= 0) {
         chmod(path.c_str(), FILE_MODE);
     }
 }
@@ -108,43 +106,35 @@ std::string Logger::GetTimestamp() const
 
 void Logger::CopyLog2Log(std::string from, std::string to) const
 {
-    std::vector<char> sourceBuffer(COPY_BUFFER_SIZE);
-    std::vector<char> targetBuffer(COPY_BUFFER_SIZE);
-    std::ifstream source;
-    std::ofstream target;
-    source.rdbuf()->pubsetbuf(sourceBuffer.data(), static_cast<std::streamsize>(sourceBuffer.size()));
-    target.rdbuf()->pubsetbuf(targetBuffer.data(), static_cast<std::streamsize>(targetBuffer.size()));
-    source.open(from);
-    target.open(to);
-    if (!target.is_open()) {
+    const int target = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, NEW_FILE_MODE);
+    if (target < 0) {
         return;
     }
     chmod(to.c_str(), FILE_MODE);
-    // Byte by byte, straight between the streams' buffers: a formatted get and put would test the stream's
-    // state for each of 32 MiB.
-    std::copy(std::istreambuf_iterator<char>(source), std::istreambuf_iterator<char>(),
-              std::ostreambuf_iterator<char>(target));
-    target.flush();
+    const int source = open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    std::array<char, COPY_BUFFER_SIZE> buffer;
+    ssize_t count = 0;
+    do {
+        count = read(source, buffer.data(), buffer.size());
+    } while (count > 0 && write(target, buffer.data(), static_cast<std::size_t>(count)) == count);
+    close(source);
+    close(target);
 }
 
 void Logger::SaveAndOpenNewFile()
 {
-    const std::string backup = filePath + ".old";
-    stream.close();
-    CopyLog2Log(filePath, backup);
-    stream.open(filePath, std::ios::out);
+    Close();
+    CopyLog2Log(filePath, filePath + ".old");
+    Open(O_TRUNC);
 }
 
 int Logger::GetCurrentSize(const std::string& path) const
 {
-    // Without a stream around the file: its buffer and locale would cost as much as the calls themselves, for
-    // every line.
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         return -1;
     }
     const auto size = static_cast<int>(lseek(file, 0, SEEK_END));
-    lseek(file, 0, SEEK_SET);
     close(file);
     return size;
 }
@@ -177,11 +167,33 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
     }
     std::string text;
     text.reserve(LINE_FRAME_SIZE + file.size() + module.size() + static_cast<std::size_t>(length));
-    text.append("[").append(time).append("] [").append(word).append("] [").append(file).append(":");
+    text.append(lineIsCut ? "\n[" : "[")
+        .append(time)
+        .append("] [")
+        .append(word)
+        .append("] [")
+        .append(file)
+        .append(":");
     text.append(std::to_string(line)).append("] ").append(module).append(": ").append(message.data());
     text.append("\n");
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.flush();
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written > 0) {
+        lineIsCut = text[static_cast<std::size_t>(written) - 1] != '\n';
+    }
+}
+
+void Logger::Open(int truncateOrAppend)
+{
+    descriptor = open(filePath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | truncateOrAppend, NEW_FILE_MODE);
+    lineIsCut = false;
+}
+
+void Logger::Close()
+{
+    if (descriptor >= 0) {
+        close(descriptor);
+        descriptor = -1;
+    }
 }
 
 } // namespace Brevora

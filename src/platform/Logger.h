@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdarg>
-#include <fstream>
 #include <mutex>
 #include <string>
 #include <type_traits>
@@ -14,7 +13,8 @@ namespace Brevora {
 ///
 /// main() calls Init() once, before any thread exists; what is logged earlier goes nowhere. WriteLog() may
 /// then be called from any thread, but not from inside itself. A failure of the log is never reported and
-/// never stops the program. Call sites use the LOG_ shorthand below rather than WriteLog().
+/// never stops the program: a line that cannot be written is lost, the next one is tried anew. Call sites use
+/// the LOG_ shorthand below rather than WriteLog().
 class Logger
 {
 public:
@@ -45,7 +45,7 @@ public:
     /// Local time as "yy-mm-dd hh:mm:ss.uuuuuu"; empty if it could not be formatted.
     std::string GetTimestamp() const;
 
-    /// Copies the bytes of `from` over `to`, which gets mode 0600.
+    /// Copies the bytes of `from` over `to`, which gets mode 0600. A read error ends the copy.
     void CopyLog2Log(std::string from, std::string to) const;
 
     /// Copies the live file to "<path>.old" and starts the live file anew. Takes no lock: WriteLog() holds
@@ -59,9 +59,15 @@ private:
     void WriteFormatted(int level, const std::string& file, int line, const std::string& module,
                         const char* format, ...);
 
+    void Open(int truncateOrAppend);
+    void Close();
+
     const int maxSize;
     std::string filePath;
-    std::ofstream stream;
+    /// The live log, not inherited by children; -1 while none is open.
+    int descriptor = -1;
+    /// Whether a failed write left the last line without its end.
+    bool lineIsCut = false;
     std::mutex lock;
 };
 

@@ -4,11 +4,15 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <csignal>
 #include <cstdarg>
+#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -155,6 +159,10 @@ private slots:
     void plainFunctionsDropWhatIsTooLong();
     void shorthandSuppliesThePlace();
 
+    void backupKeepsWhatCouldBeRead_data();
+    void backupKeepsWhatCouldBeRead();
+    void linesAfterAFailedWriteAreWhole();
+    void logIsNotInheritedByChildren();
     void linesOfManyThreadsStayWholeAcrossARotation();
 
 private:
@@ -792,6 +800,55 @@ void TestLogger::shorthandSuppliesThePlace()
         QCOMPARE(lines.at(i).module, QStringLiteral("HERE"));
         QVERIFY(lines.at(i).message.endsWith(QString::number(i + 2)));
     }
+}
+
+void TestLogger::backupKeepsWhatCouldBeRead_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::newRow("directory") << QStringLiteral("/");
+    QTest::newRow("read error") << QStringLiteral("/proc/self/mem");
+    QTest::newRow("missing") << QStringLiteral("/nowhere/log");
+}
+
+void TestLogger::backupKeepsWhatCouldBeRead()
+{
+    QFETCH(QString, source);
+    logger->CopyLog2Log(Local(source), Local(Old()));
+    QCOMPARE(ReadAll(Old()), QByteArray());
+    QCOMPARE(ModeOf(Old()), mode_t(0600));
+}
+
+void TestLogger::linesAfterAFailedWriteAreWhole()
+{
+    logger->Init(Local(path));
+    logger->WriteLog(2, "A.cpp", 1, "TAG", "first");
+    const qint64 size = QFileInfo(path).size();
+    // A limit on the size of files stands in for a full disk, with room for some bytes of a line.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit full = before;
+    full.rlim_cur = static_cast<rlim_t>(size + 20);
+    setrlimit(RLIMIT_FSIZE, &full);
+    logger->WriteLog(2, "A.cpp", 1, "TAG", "lost");
+    logger->WriteLog(2, "A.cpp", 1, "TAG", "lost too");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_DFL);
+    logger->WriteLog(2, "A.cpp", 1, "TAG", "second");
+    logger->WriteLog(2, "A.cpp", 1, "TAG", "third");
+    const QList<QByteArray> lines = ReadAll(path).split('\n');
+    QCOMPARE(lines.size(), 5);
+    QVERIFY(lines.at(0).endsWith("TAG: first"));
+    QCOMPARE(lines.at(1).size(), 20);
+    QVERIFY(lines.at(2).startsWith('[') && lines.at(2).endsWith("TAG: second"));
+    QVERIFY(lines.at(3).startsWith('[') && lines.at(3).endsWith("TAG: third"));
+    QCOMPARE(lines.at(4), QByteArray());
+}
+
+void TestLogger::logIsNotInheritedByChildren()
+{
+    logger->Init(Local(path));
+    QCOMPARE(WEXITSTATUS(std::system(("ls -l /proc/self/fd | grep -q " + Local(path)).c_str())), 1);
 }
 
 void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
