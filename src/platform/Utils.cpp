@@ -1,5 +1,8 @@
 #include "platform/Utils.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 
@@ -12,9 +15,45 @@ constexpr char BUS_NAME[] = "com.zelmora.velodesk";
 constexpr char OBJECT_PATH[] = "/com/zelmora/velodesk";
 constexpr char INTERFACE[] = "com.zelmora.velodesk";
 constexpr char METHOD[] = "velodeskd";
-constexpr uint64_t CALL_TIMEOUT_US = 5000000;
+constexpr std::chrono::microseconds TIMEOUT(5000000);
 constexpr char TIMED_OUT[] = "Connection timed out";
 constexpr char TIMED_OUT_TRANSLATED[] = "连接超时";
+
+/// The time limit of one exchange with the daemon, from the connection to the daemon's process id.
+class Deadline
+{
+public:
+    /// Microseconds until the deadline, but at least 1: the bus library reads 0 as its own default.
+    uint64_t Left() const
+    {
+        const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now());
+        return static_cast<uint64_t>(std::max<int64_t>(left.count(), 1));
+    }
+    bool IsOver() const { return Clock::now() >= end; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + TIMEOUT;
+};
+
+/// Waits until `bus` is authenticated and has its name: sd_bus_call() would do so for 90 s whatever its
+/// time-out. 0, or negative.
+int AwaitReady(sd_bus* bus, const Deadline& deadline)
+{
+    while (sd_bus_is_ready(bus) <= 0) {
+        if (deadline.IsOver()) {
+            return -ETIMEDOUT;
+        }
+        int result = sd_bus_process(bus, nullptr);
+        if (result == 0) {
+            result = sd_bus_wait(bus, deadline.Left());
+        }
+        if (result < 0 && result != -EINTR) {
+            return result;
+        }
+    }
+    return 0;
+}
 
 /// The process that sent `reply`, or a negative number.
 int SenderOf(sd_bus_message* reply)
@@ -69,7 +108,12 @@ struct BusCall
         sd_bus_error_free(&error);
         sd_bus_message_unref(message);
         sd_bus_message_unref(reply);
-        sd_bus_flush_close_unref(bus);
+        // A bus that does not answer may not take what is queued either, and flushing has no time limit.
+        if (isAnswering) {
+            sd_bus_flush_close_unref(bus);
+        } else {
+            sd_bus_close_unref(bus);
+        }
     }
     BusCall(const BusCall&) = delete;
     BusCall& operator=(const BusCall&) = delete;
@@ -78,6 +122,7 @@ struct BusCall
     sd_bus_message* message = nullptr;
     sd_bus_message* reply = nullptr;
     sd_bus_error error{nullptr, nullptr, 0};
+    bool isAnswering = false;
 };
 } // namespace
 
@@ -115,18 +160,28 @@ int Utils::DBusProcess(const std::string& command, std::string& result, std::str
 {
     result.clear();
     errorMessage.clear();
+    const Deadline deadline;
     BusCall call;
     const int made = DBusProcessInit(&call.bus, &call.message, command);
     if (made < 0) {
         return made;
     }
-    const int called = sd_bus_call(call.bus, call.message, CALL_TIMEOUT_US, &call.error, &call.reply);
+    int called = AwaitReady(call.bus, deadline);
+    if (called == -ETIMEDOUT) {
+        sd_bus_error_set(&call.error, SD_BUS_ERROR_TIMEOUT, TIMED_OUT);
+    } else if (called < 0) {
+        sd_bus_error_set_errno(&call.error, called);
+    } else {
+        called = sd_bus_call(call.bus, call.message, deadline.Left(), &call.error, &call.reply);
+    }
+    call.isAnswering = called != -ETIMEDOUT;
     if (called < 0) {
         const char* reason = call.error.message == nullptr ? "" : call.error.message;
         LOG_ERROR("Failed to call method, reason: %s", reason);
         errorMessage = reason;
         return called;
     }
+    sd_bus_set_method_call_timeout(call.bus, deadline.Left());
     return TakeAnswer(call.reply, called, command, result);
 }
 
