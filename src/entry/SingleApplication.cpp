@@ -79,19 +79,7 @@ bool SingleApplication::IsServerNameValid()
 int SingleApplication::NewLocalServer()
 {
     connect(&localServer, &QLocalServer::newConnection, this, &SingleApplication::NewAppConnected);
-    if (localServer.listen(serverName)) {
-        return 0;
-    }
-    if (localServer.serverError() != QAbstractSocket::AddressInUseError) {
-        // Better to run without the guard against a second instance than not to run.
-        return 0;
-    }
-    QLocalServer::removeServer(serverName);
-    if (!localServer.listen(serverName)) {
-        LOG_ERROR("Start localserver failed.");
-        return -1;
-    }
-    return 0;
+    return localServer.Start(serverName);
 }
 
 int SingleApplication::NewAppConnected()

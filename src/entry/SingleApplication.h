@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QApplication>
-#include <QLocalServer>
 #include <QString>
 #include <string>
+
+#include "statuschannel/LocalServer.h"
 
 class QWidget;
 
@@ -42,6 +43,6 @@ private slots:
 private:
     const QWidget* mainWindow = nullptr;
     bool isRunning = false;
-    QLocalServer localServer;
+    LocalServer localServer;
     QString serverName;
 };

@@ -1,27 +1,14 @@
 #include "statuschannel/ConnServer.h"
 
-#include <QAbstractSocket>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLocalSocket>
-#include <malloc.h>
 
 #include "platform/Logger.h"
 #include "statuschannel/AppMessage.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
-/// A crowd that leaves is cleared up behind in a few goes; one client's buffers wait for the next.
-constexpr int GONE_BEFORE_TRIM = 64;
-
-/// Takes from a device what only a living connection needs. The call past its own open() leaves it closed and
-/// drops the text of its last error, for which there is no other door.
-void GiveBack(QIODevice& device)
-{
-    device.close();
-    device.QIODevice::open(QIODevice::NotOpen);
-    device.disconnect();
-}
 } // namespace
 
 ConnServer::ConnServer(const std::string& name, QObject* parent)
@@ -31,19 +18,7 @@ ConnServer::ConnServer(const std::string& name, QObject* parent)
 int ConnServer::ServerStart()
 {
     connect(&localServer, &QLocalServer::newConnection, this, &ConnServer::OnNewConnect);
-    if (localServer.listen(serverName)) {
-        return 0;
-    }
-    if (localServer.serverError() != QAbstractSocket::AddressInUseError) {
-        // Not a failure: the processes still tell of their end, only the reports stay away.
-        return 0;
-    }
-    QLocalServer::removeServer(serverName);
-    if (!localServer.listen(serverName)) {
-        LOG_ERROR("Start localserver failed.");
-        return -1;
-    }
-    return 0;
+    return localServer.Start(serverName);
 }
 
 int ConnServer::OnNewConnect()
@@ -75,20 +50,8 @@ void ConnServer::RemoveConn() const
         return;
     }
     LOG_INFO("App close the connect.");
-    auto* socket = qobject_cast<QLocalSocket*>(sender());
-    if (socket == nullptr) {
-        return;
-    }
-    // It stays until the server goes, so it keeps as little as it can: its buffers alone are ten times what
-    // is left.
-    const auto inner = socket->findChildren<QAbstractSocket*>(QString(), Qt::FindDirectChildrenOnly);
-    GiveBack(*socket);
-    for (QAbstractSocket* one : inner) {
-        GiveBack(*one);
-    }
-    if (++gone % GONE_BEFORE_TRIM == 0) {
-        // What lies between sockets that stay would otherwise never go back to the system.
-        malloc_trim(0);
+    if (auto* socket = qobject_cast<QLocalSocket*>(sender())) {
+        socket->close();
     }
 }
 

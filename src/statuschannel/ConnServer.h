@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QLocalServer>
 #include <QObject>
 #include <QString>
 #include <string>
+
+#include "statuschannel/LocalServer.h"
 
 /// The assistant's end of the status channel: listens on a named local socket, takes the messages of any
 /// number of clients and fires a signal whenever the reported status changes.
@@ -37,14 +38,12 @@ public slots:
     /// Reads all that the sending socket holds and parses it as one message; gives ParseMsg()'s result, or
     /// -1.
     int RecvMsg();
-    /// Notes that a client is gone. Its socket lives as long as the server, but gives back all that only a
-    /// connection needs: less than 2 KiB are left of it.
+    /// Logs that a client has disconnected, and closes its socket. The object lives as long as the server and
+    /// costs up to 4 KiB.
     void RemoveConn() const;
 
 private:
     QString serverName;
-    QLocalServer localServer;
+    LocalServer localServer;
     QString curStatus;
-    /// How many clients have gone.
-    mutable int gone = 0;
 };

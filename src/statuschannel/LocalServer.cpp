@@ -1,0 +1,53 @@
+#include "statuschannel/LocalServer.h"
+
+#include <QAbstractSocket>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include "platform/Logger.h"
+
+namespace {
+constexpr char MODULE_TAG[] = "UTILS";
+constexpr int RETRY_INTERVAL_MS = 1000;
+} // namespace
+
+int LocalServer::Start(const QString& name)
+{
+    wantedName = name;
+    if (Listen()) {
+        return 0;
+    }
+    if (serverError() != QAbstractSocket::AddressInUseError) {
+        // Not a failure: the program is more useful without this server than not at all.
+        return 0;
+    }
+    removeServer(wantedName);
+    if (!Listen()) {
+        LOG_ERROR("Start localserver failed.");
+        return -1;
+    }
+    return 0;
+}
+
+void LocalServer::ListenAgain()
+{
+    // isListening() is still true after Qt has closed the socket.
+    close();
+    if (Listen()) {
+        LOG_WARNING("Local server closed, listen again.");
+    } else {
+        QTimer::singleShot(RETRY_INTERVAL_MS, this, &LocalServer::ListenAgain);
+    }
+}
+
+bool LocalServer::Listen()
+{
+    if (!listen(wantedName)) {
+        return false;
+    }
+    // The only trace of a close by Qt: the notifier of the listening socket is destroyed.
+    connect(findChild<QSocketNotifier*>(), &QObject::destroyed, this, &LocalServer::ListenAgain);
+    return true;
+}
+
+#include "moc_LocalServer.cpp"
