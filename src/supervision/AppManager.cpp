@@ -1,5 +1,7 @@
 #include "supervision/AppManager.h"
 
+#include <algorithm>
+#include <iterator>
 #include <system_error>
 #include <thread>
 
@@ -8,13 +10,21 @@
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
 
-constexpr AppManager::AppType ALL_TYPES[] = {AppManager::TANDRA_APP};
-
-/// The application of that type, whether the manager knows it at the moment or not.
-BaseApp* AppOf(AppManager::AppType type)
+template <typename App>
+BaseApp* Get()
 {
-    return type == AppManager::TANDRA_APP ? Singleton<TandraApp>::GetInstance() : nullptr;
+    return Singleton<App>::GetInstance();
 }
+
+/// Every application that is known.
+constexpr struct
+{
+    AppManager::AppType type;
+    BaseApp* (*get)();
+} APPS[] = {
+    {AppManager::TANDRA_APP, &Get<TandraApp>},
+};
+static_assert(std::size(APPS) == AppManager::APP_TYPE_END, "each type needs its application");
 } // namespace
 
 AppManager::AppManager()
@@ -58,32 +68,35 @@ void AppManager::StopApp(AppType type, bool wait)
 
 void AppManager::StopAll()
 {
-    // A forgotten application comes back in its worker, with processes that live on the main thread.
+    // On this thread: the workers must not change the map.
+    if (std::any_of(std::begin(APPS), std::end(APPS),
+                    [this](const auto& app) { return !appMap[app.type]; })) {
+        ReAllocResource();
+    }
     PausedNotifiers paused;
-    for (const AppType type : ALL_TYPES) {
-        if (const BaseApp* app = AppOf(type)) {
-            app->PauseNotifiers(paused);
+    for (const auto& app : APPS) {
+        if (const BaseApp* known = appMap[app.type]) {
+            known->PauseNotifiers(paused);
         }
     }
     std::vector<std::shared_ptr<std::thread>> workers;
-    for (const AppType type : ALL_TYPES) {
+    for (const auto& app : APPS) {
         try {
-            workers.push_back(std::make_shared<std::thread>([this, type] { StopApp(type, true); }));
+            workers.push_back(std::make_shared<std::thread>([this, &app] { StopApp(app.type, true); }));
         } catch (const std::system_error&) {
-            // No child outlives the program because the system has no thread left.
-            StopApp(type, true);
+            // No thread is available. Without the stop the child would outlive the program.
+            StopApp(app.type, true);
         }
     }
     for (const auto& worker : workers) {
         worker->join();
     }
-    paused.Resume();
 }
 
 void AppManager::DeleteAll()
 {
-    for (const AppType type : ALL_TYPES) {
-        appMap[type] = nullptr;
+    for (const auto& app : APPS) {
+        appMap[app.type] = nullptr;
     }
 }
 
@@ -97,9 +110,9 @@ void AppManager::ReAllocResource()
 
 AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 {
-    for (const AppType type : ALL_TYPES) {
-        if (appMap.at(type) == &app) {
-            return type;
+    for (const auto& known : APPS) {
+        if (appMap.at(known.type) == &app) {
+            return known.type;
         }
     }
     return APP_TYPE_END;
@@ -107,8 +120,8 @@ AppManager::AppType AppManager::GetTypeFromApp(const BaseApp& app) const
 
 void AppManager::InitAppMap()
 {
-    for (const AppType type : ALL_TYPES) {
-        appMap[type] = AppOf(type);
+    for (const auto& app : APPS) {
+        appMap[app.type] = app.get();
     }
 }
 
@@ -116,8 +129,8 @@ void AppManager::RegisterCallback()
 {
     // The wiring of a forgotten application is still there when it comes back.
     constexpr auto ONCE = Qt::UniqueConnection;
-    for (const AppType type : ALL_TYPES) {
-        const BaseApp* app = FindApp(type);
+    for (const auto& known : APPS) {
+        const BaseApp* app = FindApp(known.type);
         if (app == nullptr) {
             continue;
         }
@@ -132,8 +145,8 @@ void AppManager::RegisterCallback()
 
 void AppManager::UnregisterCallback()
 {
-    for (const AppType type : ALL_TYPES) {
-        const BaseApp* app = FindApp(type);
+    for (const auto& known : APPS) {
+        const BaseApp* app = FindApp(known.type);
         if (app == nullptr) {
             continue;
         }

@@ -4,13 +4,12 @@
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
-#include <algorithm>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "config/Constant.h"
+#include "platform/InheritedState.h"
 #include "platform/Logger.h"
 #include "statuschannel/ConnServer.h"
 #include "supervision/PausedNotifiers.h"
@@ -59,13 +58,18 @@ public:
         disconnect(&process, QOverload<int>::of(&QProcess::finished), this, &BaseApp::Finished);
     }
 
-    /// Starts one more process, beside any that runs. The answer comes as signals.
+    /// Starts one more process, beside any that runs. The answer comes as signals. The process inherits
+    /// descriptors 0, 1 and 2 only: its output goes to the null device, its input is a pipe that reaches its
+    /// end when the assistant ends.
     virtual void Start()
     {
         ClearVector();
         auto process = std::make_shared<QProcess>();
         RegisterCallback(*process);
         processVector.push_back(process);
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->setStandardErrorFile(QProcess::nullDevice());
+        Brevora::InheritedState::KeepDescriptorsFromChildren();
         process->start(program, arguments, QIODevice::ReadWrite);
     }
 
@@ -74,9 +78,13 @@ public:
     virtual void Stop(bool wait)
     {
         ClearVector();
-        // A copy: the wait lets an end be heard, and who hears it may start the application anew.
+        // A copy: waiting emits signals, and a slot may start or stop the application again.
         const auto running = processVector;
         for (const auto& process : running) {
+            // While a process reports its crash, it has ended but is still in the state Running.
+            if (process->state() == QProcess::NotRunning || process->error() == QProcess::Crashed) {
+                continue;
+            }
             process->terminate();
             LOG_INFO("terminate process[%s]", name.c_str());
             if (!wait) {
@@ -90,9 +98,9 @@ public:
         }
     }
 
-    /// Forgets every process that does not run. One that is still starting counts as dead: it is destroyed,
-    /// and its `started` never comes. One in whose own signal this is called is destroyed as soon as that
-    /// signal has been delivered.
+    /// Removes every process that does not run. One that is still starting counts as dead: it is killed, and
+    /// its `started` never comes. A slot of a process's signals may call this: the process is then destroyed
+    /// later.
     void ClearVector()
     {
         const std::size_t before = processVector.size();
@@ -102,12 +110,12 @@ public:
                 ++at;
             } else {
                 UnregisterCallback(**at);
-                if (IsBeingHeard(**at)) {
-                    outlived.push_back(*at);
-                }
+                (*at)->kill();
+                removed.push_back(*at);
                 at = processVector.erase(at);
             }
         }
+        DestroyRemoved();
         LOG_INFO("delete %d invalid process", static_cast<int>(before - processVector.size()));
     }
 
@@ -134,14 +142,14 @@ signals:
 public slots:
     virtual void Error(QProcess::ProcessError err)
     {
-        const Hearing hearing(*this);
+        const Emission emission(*this);
         LOG_INFO("app[%s]error: %d", name.c_str(), static_cast<int>(err));
         emit AppError(err);
     }
 
     virtual void Started()
     {
-        const Hearing hearing(*this);
+        const Emission emission(*this);
         LOG_INFO("app[%s] started", name.c_str());
         ++count;
         LOG_INFO("count is %d", count);
@@ -152,7 +160,7 @@ public slots:
 
     virtual void Finished(int exitCode)
     {
-        const Hearing hearing(*this);
+        const Emission emission(*this);
         LOG_INFO("app[%s] finished: %d", name.c_str(), exitCode);
         if (count > 0) {
             --count;
@@ -182,57 +190,36 @@ public slots:
     }
 
 private:
-    /// Holds a process until the event loop is back where the process's signal came from.
-    class Holder : public QObject
+    /// Lives as long as a slot handles a signal of a process.
+    class Emission
     {
     public:
-        Holder(std::shared_ptr<QProcess> held, QObject* parent) : QObject(parent), process(std::move(held)) {}
-
-    private:
-        std::shared_ptr<QProcess> process;
-    };
-
-    /// Notes the process whose signal is being handled, for as long as a slot runs.
-    class Hearing
-    {
-    public:
-        explicit Hearing(BaseApp& owner) : app(owner)
+        explicit Emission(BaseApp& owner) : app(owner) { ++app.emissions; }
+        ~Emission()
         {
-            app.heard.push_back(qobject_cast<QProcess*>(app.sender()));
+            --app.emissions;
+            // In the event loop, because the process is still emitting when the slot returns.
+            QMetaObject::invokeMethod(&app, &BaseApp::DestroyRemoved, Qt::QueuedConnection);
         }
-        ~Hearing()
-        {
-            app.heard.pop_back();
-            app.LetGo();
-        }
-        Hearing(const Hearing&) = delete;
-        Hearing& operator=(const Hearing&) = delete;
+        Emission(const Emission&) = delete;
+        Emission& operator=(const Emission&) = delete;
 
     private:
         BaseApp& app;
     };
 
-    bool IsBeingHeard(const QProcess& process) const
+    /// Destroys the removed processes, unless a signal is being handled.
+    void DestroyRemoved()
     {
-        return std::find(heard.begin(), heard.end(), &process) != heard.end();
+        if (emissions == 0) {
+            removed.clear();
+        }
     }
 
-    /// Hands processes whose signals have been handled to the event loop. Not earlier: a deletion that is
-    /// asked for in a loop inside of the handler would happen in there.
-    void LetGo()
-    {
-        const auto done = std::stable_partition(
-            outlived.begin(), outlived.end(), [this](const auto& process) { return IsBeingHeard(*process); });
-        std::for_each(done, outlived.end(),
-                      [this](auto& process) { (new Holder(std::move(process), this))->deleteLater(); });
-        outlived.erase(done, outlived.end());
-    }
-
-    // In front of the processes: the destructor of one that is still starting is heard too.
-    /// The senders of the signals that are being handled, the innermost last.
-    std::vector<QProcess*> heard;
-    /// Forgotten while one of their signals was being handled.
-    std::vector<std::shared_ptr<QProcess>> outlived;
+    // Declared before processVector: the destructor of a process that is still starting emits signals.
+    int emissions = 0;
+    /// Processes that were removed while a signal was being handled.
+    std::vector<std::shared_ptr<QProcess>> removed;
 
 protected:
     static constexpr char MODULE_TAG[] = "VELODESK";

@@ -2,7 +2,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <fcntl.h>
 #include <memory>
+#include <unistd.h>
 
 #include "supervision/BaseApp.h"
 #include "support/CapturedLog.h"
@@ -41,6 +43,18 @@ struct Watched
 };
 
 const QString FOREVER = QStringLiteral("exec sleep 60");
+/// Writes "up" to a file, because nobody reads the child's output, and goes on after a termination request.
+QString Deaf(const QString& file, const QString& onRequest = QString())
+{
+    return QStringLiteral("trap '%2' TERM; echo up >%1; while :; do sleep 0.05; done").arg(file, onRequest);
+}
+
+/// The file's text; empty while it does not exist.
+QByteArray TextOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 } // namespace
 
 class TestBaseApp : public QObject
@@ -65,9 +79,12 @@ private slots:
     void stopWithWaitingKillsWhatIgnoresIt();
     void stopCountsAsACrash();
     void childInheritsTheEnvironment();
+    void childInheritsThreeDescriptorsAndWritesToTheNullDevice();
+    void slotThatStopsAgainLeavesNoLinesForEndedProcesses();
     void statusOutlivesTheProcess();
 
 private:
+    QString Output() const { return directory->filePath(QStringLiteral("output")); }
     std::string Socket() const { return directory->filePath(QStringLiteral("ipc")).toStdString(); }
     QString Line(const char* format, const QString& last = QString()) const
     {
@@ -231,32 +248,29 @@ void TestBaseApp::finishedAtZeroStillFires()
 
 void TestBaseApp::stopWithoutWaitingOnlyAsks()
 {
-    ShellApp app(Socket(), QStringLiteral("trap 'echo asked' TERM; echo up; while :; do sleep 0.05; done"));
+    ShellApp app(Socket(), Deaf(Output(), QStringLiteral("echo asked >%1").arg(Output())));
     Watched watched(app);
     app.Start();
-    QProcess& process = *app.processVector.front();
-    QTRY_VERIFY(process.bytesAvailable() > 0);
-    QCOMPARE(process.readAll(), QByteArray("up\n"));
+    QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
     timer.start();
     app.Stop(false);
     // Waiting would take three seconds.
     QVERIFY(timer.elapsed() < 2500);
-    QTRY_VERIFY(process.bytesAvailable() > 0);
-    QCOMPARE(process.readAll(), QByteArray("asked\n"));
+    QTRY_COMPARE(TextOf(Output()), QByteArray("asked\n"));
     QCOMPARE(app.count, 1);
     QCOMPARE(log->Count(Line("terminate process[%1]")), 1);
     QCOMPARE(log->Count(Line("kill process[%1]")), 0);
-    process.kill();
+    app.processVector.front()->kill();
     QVERIFY(watched.finished.wait());
 }
 
 void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
 {
-    ShellApp app(Socket(), QStringLiteral("trap '' TERM; echo up; while :; do sleep 0.05; done"));
+    ShellApp app(Socket(), Deaf(Output()));
     Watched watched(app);
     app.Start();
-    QTRY_VERIFY(app.processVector.front()->bytesAvailable() > 0);
+    QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
     timer.start();
     app.Stop(true);
@@ -291,6 +305,32 @@ void TestBaseApp::childInheritsTheEnvironment()
     app.Start();
     QVERIFY(watched.finished.wait());
     QCOMPARE(watched.finished.first().first().toInt(), 0);
+}
+
+void TestBaseApp::childInheritsThreeDescriptorsAndWritesToTheNullDevice()
+{
+    const int leaking = open("/dev/zero", O_RDONLY);
+    // In another process, so that the redirection leaves the descriptors of the shell itself alone.
+    ShellApp app(Socket(),
+                 QStringLiteral("(cd /proc/$$/fd && echo * && readlink 1 2) >%1; exit 0").arg(Output()));
+    Watched watched(app);
+    app.Start();
+    QVERIFY(watched.finished.wait());
+    QCOMPARE(TextOf(Output()), QByteArray("0 1 2\n/dev/null\n/dev/null\n"));
+    close(leaking);
+}
+
+void TestBaseApp::slotThatStopsAgainLeavesNoLinesForEndedProcesses()
+{
+    ShellApp app(Socket(), FOREVER);
+    app.Start();
+    QTRY_COMPARE(app.count, 1);
+    app.Start();
+    QTRY_COMPARE(app.count, 2);
+    connect(&app, &BaseApp::AppError, this, [&app] { app.Stop(true); });
+    app.Stop(true);
+    QCOMPARE(log->Count(Line("terminate process[%1]")), 2);
+    QCOMPARE(log->Count(Line("kill process[%1]")), 0);
 }
 
 void TestBaseApp::statusOutlivesTheProcess()

@@ -1,0 +1,55 @@
+#include "platform/InheritedState.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+void OpenStandardDescriptors()
+{
+    int file = 0;
+    do {
+        file = open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    close(file);
+}
+
+void ResetSignals()
+{
+    for (int number = 1; number < NSIG; ++number) {
+        struct sigaction action
+        {};
+        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
+            std::signal(number, SIG_DFL);
+        }
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+} // namespace
+
+void Brevora::InheritedState::Reset()
+{
+    OpenStandardDescriptors();
+    KeepDescriptorsFromChildren();
+    ResetSignals();
+}
+
+void Brevora::InheritedState::KeepDescriptorsFromChildren()
+{
+    DIR* descriptors = opendir("/proc/self/fd");
+    if (descriptors == nullptr) {
+        return;
+    }
+    while (const dirent* entry = readdir(descriptors)) {
+        // The two entries that are no numbers give 0.
+        const int file = std::atoi(entry->d_name);
+        if (file > STDERR_FILENO) {
+            fcntl(file, F_SETFD, FD_CLOEXEC);
+        }
+    }
+    closedir(descriptors);
+}
