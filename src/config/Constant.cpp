@@ -35,10 +35,8 @@ std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, s
     };
 }
 
-// In one file, so that their order is that of these lines.
-template <>
-const std::map<Velodesk::IntConstName, int>
-    Constant<Velodesk::IntConstName, int>::constMap = CreateConstMap();
-template <>
-const std::map<Velodesk::StrConstName, std::string>
-    Constant<Velodesk::StrConstName, std::string>::constMap = CreateConstMap();
+namespace {
+/// Fills both tables before main() even if nothing reads them: the per-user directories are part of a start.
+[[maybe_unused]] const bool TABLES_ARE_FILLED =
+    GetConstant(Velodesk::APP_STOP_TIMEOUT_MS) != 0 && !GetConstant(Velodesk::DATA_DIR).empty();
+} // namespace

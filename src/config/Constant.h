@@ -7,7 +7,7 @@ namespace Velodesk {
 
 /// Names of the texts that the whole program shares: per-user paths, the engine's path, and the sections and
 /// keys of the settings file. No other place spells any of them.
-enum StrConstName
+enum StrConstName : int
 {
     /// $HOME/Velodesk/; empty if that could not be made.
     DATA_DIR,
@@ -23,7 +23,7 @@ enum StrConstName
     KEY_FILE_STORE_PATH,
 };
 
-enum IntConstName
+enum IntConstName : int
 {
     /// How long a child may take to end before it is killed.
     APP_STOP_TIMEOUT_MS,
@@ -31,7 +31,7 @@ enum IntConstName
 
 } // namespace Velodesk
 
-/// A table that is filled once, before main(), and only read afterwards, from any thread.
+/// A table that is filled before main(), by its first reader, and only read afterwards, from any thread.
 template <typename Name, typename Value>
 class Constant
 {
@@ -39,6 +39,7 @@ public:
     /// A copy of the value; an empty text or 0 for a name that the table does not hold.
     static Value GetConstant(Name name)
     {
+        static const std::map<Name, Value> constMap = CreateConstMap();
         const auto found = constMap.find(name);
         return found == constMap.end() ? Value() : found->second;
     }
@@ -46,18 +47,12 @@ public:
 private:
     /// Makes the per-user directories while it fills the table of texts.
     static std::map<Name, Value> CreateConstMap();
-
-    static const std::map<Name, Value> constMap;
 };
 
 template <>
 std::map<Velodesk::IntConstName, int> Constant<Velodesk::IntConstName, int>::CreateConstMap();
 template <>
 std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, std::string>::CreateConstMap();
-template <>
-const std::map<Velodesk::IntConstName, int> Constant<Velodesk::IntConstName, int>::constMap;
-template <>
-const std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, std::string>::constMap;
 
 inline std::string GetConstant(Velodesk::StrConstName name)
 {

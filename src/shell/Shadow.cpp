@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 
+#include "config/Constant.h"
 #include "platform/Logger.h"
 #include "platform/Utils.h"
 #include "shell/CardShadow.h"
@@ -49,7 +50,9 @@ void Clamp(QWidget* window, QBoxLayout* layout, QRect rect, const QRect& area, b
 }
 } // namespace
 
-bool Shadow::useShadow = Shadow::IsShadowEffectEnable();
+// The per-user directories are made before the first command runs, in whatever order source files are
+// initialised.
+bool Shadow::useShadow = (GetConstant(Velodesk::DATA_DIR), Shadow::IsShadowEffectEnable());
 
 bool Shadow::IsShadowEffectEnable()
 {

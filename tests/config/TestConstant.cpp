@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <climits>
 #include <memory>
 
 #include "config/Constant.h"
@@ -26,6 +27,12 @@ QStringList Table(const QString& dataDir, const QString& logDir)
             QStringLiteral("8 statement"),
             QStringLiteral("9 trustNum"),
             QStringLiteral("10 fileStorePath")};
+}
+
+/// What the probe prints: the table, and a constant that it read before main().
+QStringList Probed(const QString& dataDir, const QString& logDir)
+{
+    return Table(dataDir, logDir) << QStringLiteral("early Tandra");
 }
 } // namespace
 
@@ -131,7 +138,8 @@ void TestConstant::otherNamesAreEmptyOrZero_data()
     QTest::addColumn<int>("text");
     QTest::addColumn<int>("number");
     QTest::newRow("the next") << 11 << 1;
-    QTest::newRow("the last that the type holds") << 15 << 1;
+    QTest::newRow("the largest") << INT_MAX << INT_MAX;
+    QTest::newRow("negative") << -1 << -1;
 }
 
 void TestConstant::otherNamesAreEmptyOrZero()
@@ -161,7 +169,7 @@ void TestConstant::directoriesAreThereBeforeMain()
     QFETCH(int, mask);
     const Umask umaskOfThisTest(static_cast<mode_t>(mask));
     const QStringList there{QStringLiteral("there"), QStringLiteral("there")};
-    QCOMPARE(Probe(home.toLocal8Bit(), {home + DATA, home + LOG}), there + Table(home + DATA, home + LOG));
+    QCOMPARE(Probe(home.toLocal8Bit(), {home + DATA, home + LOG}), there + Probed(home + DATA, home + LOG));
     QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0700));
     QCOMPARE(ModeOf(home + LOG), mode_t(0700));
     QCOMPARE(ModeOf(home), mode_t(0755));
@@ -177,7 +185,7 @@ void TestConstant::existingDirectoriesAreKept()
     SetMode(home + QStringLiteral("/Velodesk"), 0755);
     SetMode(home + LOG, 0750);
     WriteAll(home + QStringLiteral("/Velodesk/velodesk.conf"), "text");
-    QCOMPARE(Probe(home.toLocal8Bit()), Table(home + DATA, home + LOG));
+    QCOMPARE(Probe(home.toLocal8Bit()), Probed(home + DATA, home + LOG));
     QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0755));
     QCOMPARE(ModeOf(home + LOG), mode_t(0750));
     QCOMPARE(ReadAll(home + QStringLiteral("/Velodesk/velodesk.conf")), QByteArray("text"));
@@ -202,19 +210,19 @@ void TestConstant::tableIsFilledWithoutAHome_data()
 void TestConstant::tableIsFilledWithoutAHome()
 {
     QFETCH(QByteArray, value);
-    QCOMPARE(Probe(value), Table(QString(), QString()));
+    QCOMPARE(Probe(value), Probed(QString(), QString()));
 }
 
 void TestConstant::homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories()
 {
     SetMode(home, 0500);
-    QCOMPARE(Probe(home.toLocal8Bit()), Table(QString(), QString()));
+    QCOMPARE(Probe(home.toLocal8Bit()), Probed(QString(), QString()));
     SetMode(home, 0700);
     QVERIFY(QDir(home).isEmpty());
     // A log directory alone that cannot be made.
     QVERIFY(QDir().mkdir(home + DATA));
     SetMode(home + QStringLiteral("/Velodesk"), 0500);
-    QCOMPARE(Probe(home.toLocal8Bit()), Table(home + DATA, QString()));
+    QCOMPARE(Probe(home.toLocal8Bit()), Probed(home + DATA, QString()));
     SetMode(home + QStringLiteral("/Velodesk"), 0700);
 }
 
@@ -229,7 +237,7 @@ void TestConstant::rootOfTheFileSystemStandsInForAHome()
         world << QStringLiteral("--ro-bind") << folder << folder;
     }
     QCOMPARE(Run(world, QByteArray(), {DATA, LOG}),
-             QStringList({QStringLiteral("there"), QStringLiteral("there")}) + Table(DATA, LOG));
+             QStringList({QStringLiteral("there"), QStringLiteral("there")}) + Probed(DATA, LOG));
     QVERIFY(!QFileInfo::exists(DATA));
 }
 

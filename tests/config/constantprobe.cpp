@@ -4,6 +4,9 @@
 #include "config/Constant.h"
 
 namespace {
+/// Read during the static initialisation of this file, which the linker may put before that of the tables.
+const std::string EARLY = GetConstant(Velodesk::ENGINE_SECTION);
+
 void Tell(const char* name)
 {
     struct stat status
@@ -22,5 +25,6 @@ int main(int argc, char* argv[])
     for (int i = 0; i <= Velodesk::KEY_FILE_STORE_PATH; ++i) {
         std::printf("%d %s\n", i, GetConstant(static_cast<Velodesk::StrConstName>(i)).c_str());
     }
+    std::printf("early %s\n", EARLY.c_str());
     return 0;
 }
