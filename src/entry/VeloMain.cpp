@@ -1,5 +1,7 @@
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QScreen>
+#include <QTranslator>
 #include <stdexcept>
 #include <string>
 
@@ -7,6 +9,8 @@
 #include "config/Constant.h"
 #include "entry/SingleApplication.h"
 #include "entry/StartEnvironment.h"
+#include "entry/TerminationSignals.h"
+#include "platform/InheritedState.h"
 #include "platform/Logger.h"
 #include "platform/Utils.h"
 #include "shell/ProtocolWin.h"
@@ -57,6 +61,16 @@ void MoveToCentre(QWidget& window)
     window.move((desktop.width() - window.width()) / 2, (desktop.height() - window.height()) / 2);
 }
 
+/// Qt's own texts in Chinese, as all others are, in every locale.
+void TranslateQt(QCoreApplication& application)
+{
+    auto* translator = new QTranslator(&application);
+    if (translator->load(QStringLiteral("qtbase_zh_CN"),
+                         QLibraryInfo::location(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(translator);
+    }
+}
+
 /// Shows the agreement where it was never accepted; true if the user may go on.
 bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, StartEnvironment& environment)
 {
@@ -69,7 +83,8 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, Star
         QApplication::exec();
     }
     // A settings file that could not be written does not keep the user out in this run.
-    return configure.IsStatementRead() || protocolWin.IsReadStatement();
+    return !TerminationSignals::HaveArrived() &&
+           (configure.IsStatementRead() || protocolWin.IsReadStatement());
 }
 
 void RunMainWindow(SingleApplication& application, StartEnvironment& environment)
@@ -87,6 +102,12 @@ void RunMainWindow(SingleApplication& application, StartEnvironment& environment
     QApplication::exec();
 }
 } // namespace
+
+// Before any static initialisation, which runs shell commands.
+__attribute__((constructor(101))) static void ResetInheritedState()
+{
+    Brevora::InheritedState::Reset();
+}
 
 int main(int argc, char** argv)
 {
@@ -112,9 +133,11 @@ int main(int argc, char** argv)
         LOG_INFO("Application already running.");
         return 0;
     }
+    TerminationSignals::QuitEventLoop();
     LOG_DEBUG("velodeskd start pid (%d).", Singleton<Configure>::GetInstance()->daemonPid);
 
     Typeface::UseEverywhere();
+    TranslateQt(application);
     ProtocolWin protocolWin(nullptr);
     protocolWin.exitHook = StopVelodeskd;
     if (!RunAgreement(application, protocolWin, environment)) {

@@ -2,8 +2,10 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <csignal>
+#include <cstdio>
 #include <ctime>
 #include <unistd.h>
 
@@ -107,6 +109,8 @@ bool Engine::Do(const QString& verb, const QString& rest)
         SendRaw(QByteArray(rest.toInt(), 'x'));
     } else if (verb == QLatin1String("connections")) {
         MakeConnections(rest.toInt());
+    } else if (verb == QLatin1String("print")) {
+        Print(rest.toInt());
     } else if (verb == QLatin1String("linger")) {
         Linger();
     } else if (verb == QLatin1String("repeat")) {
@@ -119,6 +123,14 @@ bool Engine::Do(const QString& verb, const QString& rest)
             qFatal("standin-engine: nothing to drop before the first report");
         }
         client->DisConnect();
+    } else if (verb == QLatin1String("await-end-of-input")) {
+        // Nothing is ever written to it, so that it is readable at its end only.
+        auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
+        connect(input, &QSocketNotifier::activated, this, [this, input] {
+            input->setEnabled(false);
+            Note(QStringLiteral("end of input"));
+            Terminate();
+        });
     } else if (verb == QLatin1String("show")) {
         Show();
     } else if (verb == QLatin1String("ignore-terminate")) {
@@ -174,6 +186,14 @@ void Engine::MakeConnections(int count) const
         Connect(socket);
     }
     Note(QStringLiteral("connections made"));
+}
+
+void Engine::Print(int count) const
+{
+    const std::string text(static_cast<std::size_t>(count), 'x');
+    std::fputs(text.c_str(), stdout);
+    std::fputs(text.c_str(), stderr);
+    Note(QStringLiteral("printed"));
 }
 
 void Engine::Linger() const

@@ -21,7 +21,9 @@
 ///   flood COUNT TEXT       writes TEXT that many times without a pause, on a connection of its own
 ///   bulk BYTES             writes that many bytes that are no message, without a pause
 ///   connections COUNT      makes that many connections one after the other, each closed at once
+///   print BYTES            writes that many bytes to standard output, and as many to standard error
 ///   linger                 leaves a child behind that ignores the termination request for a minute
+///   await-end-of-input     notes the end of standard input, and ends as after a termination request
 ///   drop                   closes the ConnClient's connection; its next repeat makes a new one
 ///   show                   shows a drawn phone in a window of its own until the engine ends; closing it ends
 ///                          the engine as a termination request does
@@ -58,6 +60,7 @@ private:
     void SendRaw(const QByteArray& bytes);
     void Connect(QLocalSocket& socket) const;
     void MakeConnections(int count) const;
+    void Print(int count) const;
     void Linger() const;
     void Show();
 

@@ -35,6 +35,8 @@ void End(QProcess& process)
         return;
     }
     process.terminate();
+    // It may have been paused.
+    kill(static_cast<pid_t>(process.processId()), SIGCONT);
     if (!process.waitForFinished(ENDED_MS)) {
         process.kill();
         process.waitForFinished(ENDED_MS);
@@ -188,6 +190,12 @@ qint64 DesktopWorld::AssistantPid() const
     return 0;
 }
 
+int DesktopWorld::AssistantMemory() const
+{
+    const QString status = Content(QStringLiteral("/proc/%1/status").arg(AssistantPid()));
+    return status.section(QStringLiteral("VmRSS:"), 1).section(QStringLiteral("kB"), 0, 0).toInt();
+}
+
 bool DesktopWorld::AssistantSleeps() const
 {
     return ProcessState(AssistantPid()).contains(QLatin1String("S (sleeping)"));
@@ -233,6 +241,11 @@ void DesktopWorld::EndWindowManager()
 void DesktopWorld::EndSystemBus()
 {
     End(systemBus);
+}
+
+void DesktopWorld::PauseSystemBus() const
+{
+    kill(static_cast<pid_t>(systemBus.processId()), SIGSTOP);
 }
 
 QString DesktopWorld::InstalledDir() const

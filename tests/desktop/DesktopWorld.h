@@ -89,6 +89,8 @@ public:
 
     /// The assistant's process id; 0 before it was started.
     qint64 AssistantPid() const;
+    /// The assistant's resident memory in KiB.
+    int AssistantMemory() const;
     /// Whether the assistant waits for events, and does not work or wait for a processor.
     bool AssistantSleeps() const;
     bool WaitForDaemonEnd(int milliseconds = PATIENCE_MS);
@@ -102,6 +104,8 @@ public:
     void EndServer();
     void EndWindowManager();
     void EndSystemBus();
+    /// From now on the system bus accepts connections and answers nothing.
+    void PauseSystemBus() const;
 
     /// Where the program finds its installed files.
     QString InstalledDir() const;

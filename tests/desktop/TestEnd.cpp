@@ -1,4 +1,6 @@
+#include <QElapsedTimer>
 #include <QProcess>
+#include <csignal>
 
 #include "DesktopTest.h"
 
@@ -29,6 +31,9 @@ private slots:
     void endOfTheSessionStopsTheEngineAndNotTheDaemon_data();
     void endOfTheSessionStopsTheEngineAndNotTheDaemon();
     void daemonThatDoesNotAnswerDoesNotKeepTheProgram();
+    void busThatHangsDoesNotKeepTheProgram();
+    void signalEndsEveryStageInOrder_data();
+    void signalEndsEveryStageInOrder();
 
 private:
     void BeginCast(const QString& script)
@@ -207,6 +212,73 @@ void TestEnd::daemonThatDoesNotAnswerDoesNotKeepTheProgram()
     world->ClickSmallCard(RIGHT_BUTTON);
     VERIFY_SOON(world->AssistantStatus() == 0);
     QVERIFY(world->HasLog(QStringLiteral("Failed to call method, reason: ")));
+}
+
+void TestEnd::busThatHangsDoesNotKeepTheProgram()
+{
+    Begin();
+    world->PauseSystemBus();
+    world->ClickCard(CLOSE_BUTTON);
+    VERIFY_SOON(world->SmallWindow().id != 0);
+    QElapsedTimer timer;
+    timer.start();
+    world->ClickSmallCard(RIGHT_BUTTON);
+    VERIFY_SOON(world->AssistantStatus() == 0);
+    // The bus library's own limits are 25 and 90 s.
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(world->HasLog(QStringLiteral("Failed to call method, reason: Connection timed out")));
+    QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
+}
+
+void TestEnd::signalEndsEveryStageInOrder_data()
+{
+    QTest::addColumn<QString>("stage");
+    QTest::addColumn<int>("signal");
+    QTest::newRow("agreement") << "agreement" << SIGTERM;
+    QTest::newRow("cast") << "cast" << SIGHUP;
+    QTest::newRow("exit question") << "exit question" << SIGINT;
+    QTest::newRow("message box") << "message box" << SIGTERM;
+    QTest::newRow("folder dialog") << "folder dialog" << SIGTERM;
+    QTest::newRow("menu") << "menu" << SIGTERM;
+}
+
+void TestEnd::signalEndsEveryStageInOrder()
+{
+    QFETCH(QString, stage);
+    QFETCH(int, signal);
+    const bool casts = stage != QLatin1String("agreement");
+    if (casts) {
+        BeginCast(QStringLiteral("report run\n"));
+    } else {
+        DesktopWorld::Options options;
+        options.agreed = false;
+        Begin(options);
+    }
+    if (stage == QLatin1String("exit question")) {
+        world->ClickCard(CLOSE_BUTTON);
+        VERIFY_SOON(world->SmallWindow().id != 0);
+    } else if (stage == QLatin1String("message box")) {
+        world->AppendSettings(QStringLiteral("[VelodeskServer]\ntrustNum=2\n"));
+        QVERIFY(world->ChooseFromMenu(1));
+        world->ClickPage(CLEAR_BUTTON);
+        VERIFY_SOON(world->SmallWindow().id != 0);
+    } else if (stage == QLatin1String("folder dialog")) {
+        QVERIFY(world->ChooseFromMenu(1));
+        world->ClickPage(CHANGE_BUTTON);
+        VERIFY_SOON(world->FolderDialog().id != 0);
+    } else if (stage == QLatin1String("menu")) {
+        world->ClickCard(MENU_BUTTON);
+        VERIFY_SOON(world->MenuWindow().id != 0);
+    }
+    QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), signal), 0);
+    QVERIFY(world->WaitForDaemonEnd());
+    QCOMPARE(world->AssistantStatus(), 0);
+    QCOMPARE(world->DaemonStatus(), 1);
+    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QCOMPARE(EngineTime(QStringLiteral("ended")) > 0, casts);
+    QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
+    QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), casts ? 1 : 0);
+    QVERIFY(!world->HasLog(QStringLiteral("Velodesk closeEvent show exit window.")));
 }
 
 QTEST_GUILESS_MAIN(TestEnd)

@@ -17,6 +17,8 @@ private slots:
     void engineThatLeavesAChildBehindEnds();
     void floodOfMessagesIsBorne_data();
     void floodOfMessagesIsBorne();
+    void engineThatPrintsIsBorne();
+    void engineSeesTheEndOfItsInputWhenTheProgramIsKilled();
     void thousandConnectionsAreBorne();
     void endWithoutABusIsAnEnd();
     void daemonThatIsNotBelievedIsNoObstacle_data();
@@ -31,8 +33,6 @@ private slots:
     void socketOfAnotherUserEndsTheStart();
     void lostDisplayEndsTheProgramAndTheEngine();
     void lostWindowManagerIsBorne();
-    void signalEndsTheProgramAndLosesNothing_data();
-    void signalEndsTheProgramAndLosesNothing();
     void startsAtTheSameInstantEndInOrder();
 
 private:
@@ -118,6 +118,27 @@ void TestFaults::floodOfMessagesIsBorne()
     VERIFY_SOON(world->ShowsCasting());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
+}
+
+void TestFaults::engineThatPrintsIsBorne()
+{
+    Begin();
+    const int before = world->AssistantMemory();
+    world->WriteEngineScript(QStringLiteral("print 104857600\nreport run\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    const int grown = world->AssistantMemory() - before;
+    QVERIFY2(grown < 16384, qPrintable(QString::number(grown)));
+}
+
+void TestFaults::engineSeesTheEndOfItsInputWhenTheProgramIsKilled()
+{
+    Begin();
+    world->WriteEngineScript(QStringLiteral("report run\nawait-end-of-input\n"));
+    world->ClickPage(CAST_BUTTON);
+    VERIFY_SOON(world->ShowsCasting());
+    QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), SIGKILL), 0);
+    QVERIFY(EngineDid(QStringLiteral("end of input")));
 }
 
 void TestFaults::thousandConnectionsAreBorne()
@@ -288,28 +309,6 @@ void TestFaults::lostWindowManagerIsBorne()
     world->EndWindowManager();
     StillWorks();
     QuitByHand();
-}
-
-void TestFaults::signalEndsTheProgramAndLosesNothing_data()
-{
-    QTest::addColumn<int>("signal");
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGHUP") << SIGHUP;
-}
-
-void TestFaults::signalEndsTheProgramAndLosesNothing()
-{
-    QFETCH(int, signal);
-    Begin();
-    VERIFY_SOON(world->SettingsText().contains(QStringLiteral("devicename=Tandra")));
-    const QString before = world->SettingsText();
-    QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), signal), 0);
-    QVERIFY(world->WaitForDaemonEnd());
-    QVERIFY(DaemonTime(QStringLiteral("assistant ended signal %1").arg(signal)) > 0);
-    QCOMPARE(world->SettingsText(), before);
-    QVERIFY(world->StartAssistant());
-    VERIFY_SOON(world->ShowsIdle());
-    StillWorks();
 }
 
 void TestFaults::startsAtTheSameInstantEndInOrder()

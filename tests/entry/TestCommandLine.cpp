@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <csignal>
 #include <memory>
 #include <sys/stat.h>
 
@@ -60,10 +61,24 @@ public:
         process.waitForFinished(ENDED_MS);
     }
     bool IsRunning() { return process.state() == QProcess::Running; }
+    qint64 Pid() const { return process.processId(); }
 
 private:
     QProcess process;
 };
+
+/// A signal set of a process, by its name in proc(5).
+qulonglong SignalSet(qint64 pid, const char* name)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    const QByteArray text = status.open(QIODevice::ReadOnly) ? status.readAll() : QByteArray();
+    return text.mid(text.indexOf(name) + 8, 16).toULongLong(nullptr, 16);
+}
+
+constexpr qulonglong SetOf(int signal)
+{
+    return 1ULL << static_cast<unsigned int>(signal - 1);
+}
 } // namespace
 
 class TestCommandLine : public QObject
@@ -82,6 +97,12 @@ private slots:
     void homeThatIsNoneEndsTheStart();
     void barredNameEndsTheStart();
     void laterInstanceEndsWell();
+    void directoriesAreMadeBeforeTheFirstCommandRuns();
+    void blockedOrIgnoredSignalsAreRestored_data();
+    void blockedOrIgnoredSignalsAreRestored();
+    void closedStandardDescriptorsAreTheNullDevice();
+    void signalEndsInOrder_data();
+    void signalEndsInOrder();
 
 private:
     void Agree();
@@ -323,6 +344,86 @@ void TestCommandLine::laterInstanceEndsWell()
     QCOMPARE(Messages().count(QStringLiteral("Active application.")), 1);
     QCOMPARE(Messages().count(MAIN_WINDOW), 1);
     first.Terminate();
+}
+
+void TestCommandLine::directoriesAreMadeBeforeTheFirstCommandRuns()
+{
+    // Stands for the first command of a start and notes what it finds.
+    QFile head(Folder() + QStringLiteral("/head"));
+    QVERIFY(head.open(QIODevice::WriteOnly));
+    head.write("#!/bin/sh\nls \"$HOME\" >>\"$TMPDIR/found\"\n");
+    head.close();
+    QVERIFY(head.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    environment.insert(QStringLiteral("PATH"),
+                       Folder() + QLatin1Char(':') + environment.value(QStringLiteral("PATH")));
+    Start start({}, NAME, {}, environment, Folder());
+    QCOMPARE(start.ExitCode(), 1);
+    QFile found(Folder() + QStringLiteral("/found"));
+    QVERIFY(found.open(QIODevice::ReadOnly));
+    QCOMPARE(found.readAll(), QByteArray("Velodesk\n"));
+}
+
+void TestCommandLine::blockedOrIgnoredSignalsAreRestored_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::newRow("blocked") << QStringLiteral("--block-signal");
+    QTest::newRow("ignored") << QStringLiteral("--ignore-signal=TERM,INT,HUP,CHLD,PIPE");
+}
+
+void TestCommandLine::blockedOrIgnoredSignalsAreRestored()
+{
+    QFETCH(QString, option);
+    Agree();
+    Start start({QStringLiteral("env"), option}, NAME, {QStringLiteral("1")}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW), ENDED_MS);
+    QCOMPARE(SignalSet(start.Pid(), "SigBlk:"), 0ULL);
+    // Qt ignores SIGPIPE itself, and restores it for children.
+    QCOMPARE(SignalSet(start.Pid(), "SigIgn:") & ~SetOf(SIGPIPE), 0ULL);
+    QCOMPARE(kill(static_cast<pid_t>(start.Pid()), SIGTERM), 0);
+    QCOMPARE(start.ExitCode(), 0);
+}
+
+void TestCommandLine::closedStandardDescriptorsAreTheNullDevice()
+{
+    Agree();
+    const QStringList closed{QStringLiteral("bash"), QStringLiteral("-c"),
+                             QStringLiteral("exec \"$0\" \"$@\" <&- >&- 2>&-")};
+    Start start(closed, NAME, {QStringLiteral("1")}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW), ENDED_MS);
+    for (int number = 0; number < 3; ++number) {
+        QCOMPARE(QFile::symLinkTarget(QStringLiteral("/proc/%1/fd/%2").arg(start.Pid()).arg(number)),
+                 QStringLiteral("/dev/null"));
+    }
+    start.Terminate();
+}
+
+void TestCommandLine::signalEndsInOrder_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<bool>("agreed");
+    QTest::newRow("SIGTERM") << SIGTERM << true;
+    QTest::newRow("SIGINT") << SIGINT << true;
+    QTest::newRow("SIGHUP") << SIGHUP << true;
+    QTest::newRow("SIGTERM during the agreement") << SIGTERM << false;
+}
+
+void TestCommandLine::signalEndsInOrder()
+{
+    QFETCH(int, signal);
+    QFETCH(bool, agreed);
+    if (agreed) {
+        Agree();
+    }
+    const QString socket = Folder() + QStringLiteral("/VelodeskServer");
+    Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
+    QTRY_VERIFY_WITH_TIMEOUT(agreed ? Messages().contains(MAIN_WINDOW) : QFile::exists(socket), ENDED_MS);
+    // The handlers are there by now: they are installed behind the socket and before any window.
+    QTRY_VERIFY((SignalSet(start.Pid(), "SigCgt:") & SetOf(SIGTERM)) != 0);
+    QCOMPARE(kill(static_cast<pid_t>(start.Pid()), signal), 0);
+    QCOMPARE(start.ExitCode(), 0);
+    QCOMPARE(Messages().contains(QStringLiteral("stop app[0]")), agreed);
+    QCOMPARE(Messages().filter(QStringLiteral("exit")), QStringList());
+    QVERIFY(!QFile::exists(socket));
 }
 
 QTEST_GUILESS_MAIN(TestCommandLine)
