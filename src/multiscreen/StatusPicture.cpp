@@ -7,7 +7,7 @@
 
 bool StatusPicture::PaintGround(QPainter& painter)
 {
-    QPixmap& picture = pictures[widget->styleSheet()];
+    QPixmap& picture = pictures[{widget->styleSheet(), LiesOnWhite()}];
     if (picture.size() != widget->size() * widget->devicePixelRatioF()) {
         picture = MakePicture();
     }

@@ -1,5 +1,6 @@
 #include "shell/CardShadow.h"
 
+#include <QBackingStore>
 #include <QGraphicsPixmapItem>
 #include <QGraphicsScene>
 #include <QPainter>
@@ -48,7 +49,9 @@ void CardShadow::draw(QPainter* painter)
         pictureSample = sample;
         pictureStyle = card->styleSheet();
     }
-    if (picture.isNull()) {
+    // Drawing the source works on the window's own surface only: with any other, as of QWidget::render(), Qt
+    // moves the painter to the card a second time.
+    if (picture.isNull() || painter->device() != card->backingStore()->paintDevice()) {
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }

@@ -38,6 +38,7 @@ void CardWindow<Window>::SetCard(QBoxLayout* layout, QWidget* widget, const QPoi
     cardLayout = layout;
     card = widget;
     dragLimit = lastDragPoint;
+    card->installEventFilter(this);
 }
 
 template <typename Window>
@@ -87,6 +88,15 @@ void CardWindow<Window>::mouseMoveEvent(QMouseEvent* event)
         this->move(globalPos - dragOffset);
     }
     Window::mouseMoveEvent(event);
+}
+
+template <typename Window>
+bool CardWindow<Window>::eventFilter(QObject* watched, QEvent* event)
+{
+    if (Shadow::useShadow && watched == card && event->type() == QEvent::Enter) {
+        Shadow::ShadowWinMask(this, card, static_cast<QEnterEvent*>(event)->globalPos());
+    }
+    return Window::eventFilter(watched, event);
 }
 
 template class CardWindow<QWidget>;

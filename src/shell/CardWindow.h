@@ -34,6 +34,8 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    /// Renews the mask when the pointer enters the card: its widgets get the mouse moves there.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     QBoxLayout* cardLayout = nullptr;
     QWidget* card = nullptr;

@@ -288,7 +288,7 @@ bool VeloWin::eventFilter(QObject* watched, QEvent* event)
         ui->menu->setAttribute(Qt::WA_UnderMouse, false);
         ui->menu->update();
     }
-    return QObject::eventFilter(watched, event);
+    return CardWindow<QWidget>::eventFilter(watched, event);
 }
 
 void VeloWin::mousePressEvent(QMouseEvent* event)

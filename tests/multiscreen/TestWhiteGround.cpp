@@ -89,6 +89,7 @@ private slots:
     void changePaintsNothingBelow();
     void pictureIsWhatTheStyleDraws_data();
     void pictureIsWhatTheStyleDraws();
+    void pictureFollowsThePageThatBecomesAWindow();
 
 private:
     QTemporaryDir directory;
@@ -181,6 +182,16 @@ void TestWhiteGround::pictureIsWhatTheStyleDraws()
     plain.frame->resize(90, 50);
     fast.frame->resize(90, 50);
     QVERIFY(fast.Picture() == plain.Picture());
+}
+
+void TestWhiteGround::pictureFollowsThePageThatBecomesAWindow()
+{
+    Scene scene(Kind::PICTURE, false);
+    scene.frame->setStyleSheet(QStringLiteral("border-image: none"));
+    QCOMPARE(scene.Pixel(), QColor(Qt::white));
+    scene.page.setParent(nullptr);
+    scene.page.show();
+    QCOMPARE(scene.Pixel(), QColor(PAGE_COLOR));
 }
 
 QTEST_MAIN(TestWhiteGround)

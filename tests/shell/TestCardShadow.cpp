@@ -1,0 +1,224 @@
+#include <QBackingStore>
+#include <QGraphicsDropShadowEffect>
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+#include <functional>
+
+#include "shell/Shadow.h"
+
+namespace {
+constexpr QSize CARD(300, 168);
+const QString ROUND = QStringLiteral("#card{background-color:white;border-radius:20px;}");
+const QString SQUARE = QStringLiteral("#card{background-color:white;}");
+
+/// What the window has painted on its own surface. QWidget::grab() would paint on another one.
+QImage OnScreen(QWidget& window)
+{
+    if (!QTest::qWaitForWindowExposed(&window)) {
+        qFatal("the window is not shown");
+    }
+    window.repaint();
+    return static_cast<QImage*>(window.backingStore()->paintDevice())->copy();
+}
+
+/// A translucent window with a card that has our shadow.
+struct CardOnWindow
+{
+    CardOnWindow()
+    {
+        window.setAttribute(Qt::WA_TranslucentBackground);
+        window.resize(CARD + QSize(40, 40));
+        card.setObjectName(QStringLiteral("card"));
+        card.setAttribute(Qt::WA_StyledBackground);
+        card.setGeometry(QRect(QPoint(20, 20), CARD));
+        card.setStyleSheet(ROUND);
+        Shadow::AddShadowEffect(&window, &card);
+    }
+
+    QWidget window;
+    QWidget card{&window};
+};
+
+/// Counts how often it is painted.
+class PaintedArea : public QWidget
+{
+public:
+    PaintedArea(QWidget* parent, const QRect& place) : QWidget(parent) { setGeometry(place); }
+    int count = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override { ++count; }
+};
+
+using CardChange = std::function<void(QWidget* window, QWidget* card)>;
+
+/// A translucent window with a card of that size and style, 20 pixels of room around it and a child on it.
+/// With `change` as it looks once that was done to a card that has been seen.
+QImage Portrait(const QSize& size, const QString& style, const CardChange& addEffect,
+                const CardChange& change = nullptr)
+{
+    QWidget window;
+    window.setAttribute(Qt::WA_TranslucentBackground);
+    window.resize(size + QSize(40, 40));
+    auto* card = new QWidget(&window);
+    card->setObjectName(QStringLiteral("card"));
+    card->setAttribute(Qt::WA_StyledBackground);
+    card->setGeometry(QRect(QPoint(20, 20), size));
+    card->setStyleSheet(style);
+    auto* child = new QWidget(card);
+    child->setGeometry(style.isEmpty() ? card->rect() : QRect(30, 30, 40, 20));
+    child->setAutoFillBackground(true);
+    addEffect(&window, card);
+    window.show();
+    if (change) {
+        OnScreen(window);
+        change(&window, card);
+    }
+    return OnScreen(window);
+}
+
+void AddOurs(QWidget* window, QWidget* card)
+{
+    Shadow::AddShadowEffect(window, card);
+}
+
+void AddQts(QWidget* window, QWidget* card)
+{
+    auto* effect = new QGraphicsDropShadowEffect(window);
+    effect->setOffset(0.0, 2.0);
+    effect->setColor(QColor(0, 0, 0, 51));
+    effect->setBlurRadius(20.0);
+    card->setGraphicsEffect(effect);
+}
+
+/// Empty if the two are as dark everywhere, to within one step of 255.
+QString Difference(const QImage& ours, const QImage& qts)
+{
+    for (int y = 0; y < qts.height(); ++y) {
+        for (int x = 0; x < qts.width(); ++x) {
+            const int difference = qAbs(qAlpha(ours.pixel(x, y)) - qAlpha(qts.pixel(x, y)));
+            if (difference > 1) {
+                return QStringLiteral("%1 at %2, %3").arg(difference).arg(x).arg(y);
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+class TestCardShadow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void shadowIsThatOfQtsOwnEffect_data();
+    void shadowIsThatOfQtsOwnEffect();
+    void shadowFollowsItsCard_data();
+    void shadowFollowsItsCard();
+    void changeOnTheCardPaintsOnlyThatPlace();
+    void changesAroundACornerLeaveItsShadowAsItWas();
+    void renderedCardIsInItsPlace();
+};
+
+void TestCardShadow::shadowIsThatOfQtsOwnEffect_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("style");
+    QTest::newRow("large, round") << QSize(896, 504) << ROUND;
+    QTest::newRow("small, round") << QSize(120, 97)
+                                  << QStringLiteral("#card{background-color:white;border-radius:8px;}");
+    QTest::newRow("smaller than its sample, round") << QSize(90, 84) << ROUND;
+    QTest::newRow("square") << QSize(300, 168) << SQUARE;
+    QTest::newRow("filled by its child") << QSize(300, 168) << QString();
+}
+
+void TestCardShadow::shadowIsThatOfQtsOwnEffect()
+{
+    QFETCH(QSize, size);
+    QFETCH(QString, style);
+    const QImage ours = Portrait(size, style, AddOurs);
+    const QImage qts = Portrait(size, style, AddQts);
+    QVERIFY(qAlpha(qts.pixel(size.width() / 2, 10)) != 0);
+    QCOMPARE(Difference(ours, qts), QString());
+}
+
+void TestCardShadow::shadowFollowsItsCard_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("style");
+    QTest::newRow("another look") << CARD << SQUARE;
+    QTest::newRow("smaller") << QSize(90, 84) << ROUND;
+    QTest::newRow("smaller, another look") << QSize(90, 84) << SQUARE;
+    QTest::newRow("no look of its own") << CARD << QString();
+}
+
+void TestCardShadow::shadowFollowsItsCard()
+{
+    QFETCH(QSize, size);
+    QFETCH(QString, style);
+    const auto change = [&size, &style](QWidget*, QWidget* card) {
+        card->resize(size);
+        card->setStyleSheet(style);
+    };
+    const QImage ours = Portrait(CARD, ROUND, AddOurs, change);
+    const QImage qts = Portrait(CARD, ROUND, AddQts, change);
+    QCOMPARE(Difference(ours, qts), QString());
+    QVERIFY(!Difference(ours, Portrait(CARD, ROUND, AddQts)).isEmpty());
+}
+
+void TestCardShadow::changeOnTheCardPaintsOnlyThatPlace()
+{
+    CardOnWindow probe;
+    PaintedArea changed(&probe.card, QRect(100, 60, 20, 20));
+    // Nearer than the shadow is wide.
+    PaintedArea beside(&probe.card, QRect(125, 60, 20, 20));
+    probe.window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&probe.window));
+    QTRY_VERIFY(beside.count > 0);
+    QCoreApplication::processEvents();
+    const int before = beside.count;
+    const int beforeChange = changed.count;
+    changed.update();
+    QTRY_VERIFY(changed.count > beforeChange);
+    QCOMPARE(beside.count, before);
+}
+
+void TestCardShadow::changesAroundACornerLeaveItsShadowAsItWas()
+{
+    CardOnWindow probe;
+    // Qt clears these two places alone, and has all painted that lies between them.
+    PaintedArea below(&probe.card, QRect(0, 60, 20, 20));
+    PaintedArea beside(&probe.card, QRect(60, 0, 20, 20));
+    probe.window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&probe.window));
+    QTRY_VERIFY(below.count > 0);
+    QCoreApplication::processEvents();
+    const QPoint corner = probe.card.mapTo(&probe.window, QPoint(1, 1));
+    const QImage before = OnScreen(probe.window);
+    QVERIFY(before.pixel(corner) != before.pixel(before.rect().center()));
+    for (int i = 0; i < 3; ++i) {
+        const int count = below.count;
+        below.update();
+        beside.update();
+        QTRY_VERIFY(below.count > count);
+    }
+    QVERIFY(OnScreen(probe.window) == before);
+}
+
+void TestCardShadow::renderedCardIsInItsPlace()
+{
+    CardOnWindow probe;
+    probe.window.show();
+    const QImage expected = OnScreen(probe.window);
+    QImage rendered(expected.size(), QImage::Format_ARGB32_Premultiplied);
+    rendered.fill(Qt::transparent);
+    QPainter painter(&rendered);
+    probe.window.render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+    painter.end();
+    QCOMPARE(Difference(rendered, expected), QString());
+}
+
+QTEST_MAIN(TestCardShadow)
+#include "TestCardShadow.moc"
