@@ -535,6 +535,12 @@ QString MultiScreen::FolderFault(const QString& folder)
     if (PathHasLink(folder)) {
         return QStringLiteral("选择文件夹包含快捷方式，请重新选择");
     }
+    const QRegExp unsupported(QStringLiteral("[;\n\r]"));
+    if (folder.contains(unsupported)) {
+        const QString line = QString(folder).replace(QRegExp(QStringLiteral("[\n\r]")), QStringLiteral(" "));
+        LOG_ERROR("ChangePath: directory %s has unsupported character", line.toLocal8Bit().constData());
+        return QStringLiteral("选择文件夹名称包含不支持的字符，请重新选择");
+    }
     return QString();
 }
 

@@ -28,6 +28,7 @@ const QString NOTHING_CHOSEN = QStringLiteral("ChangePath: no directory choose")
 const QString NOT_THERE = QStringLiteral("选择文件夹不存在，请重新选择");
 const QString NO_RIGHTS = QStringLiteral("选择文件夹权限不对，请重新选择");
 const QString SHORTCUT = QStringLiteral("选择文件夹包含快捷方式，请重新选择");
+const QString UNSUPPORTED = QStringLiteral("选择文件夹名称包含不支持的字符，请重新选择");
 
 constexpr mode_t ALL_RIGHTS = 0700;
 
@@ -100,6 +101,8 @@ private slots:
     void folderWithoutRightsIsRejected();
     void folderBehindALinkIsRejected_data();
     void folderBehindALinkIsRejected();
+    void folderThatTheSettingsFileCannotHoldIsRejected_data();
+    void folderThatTheSettingsFileCannotHoldIsRejected();
     void rightsComeBeforeLinks();
     void rejectionsGoOnUntilACancel();
     void rejectionIsClosedLikeAnyBox();
@@ -452,6 +455,44 @@ void TestSettingsView::folderBehindALinkIsRejected()
     ClickChange();
     QVERIFY(script.IsPlayedOut());
     const QString line = QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link));
+    QVERIFY(log->Contains(ERROR, VELODESK, line));
+    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+}
+
+void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("logged");
+    QTest::newRow("semicolon") << QStringLiteral("a;b") << QStringLiteral("a;b");
+    QTest::newRow("line feed") << QStringLiteral("a\nb") << QStringLiteral("a b");
+    QTest::newRow("carriage return") << QStringLiteral("a\rb") << QStringLiteral("a b");
+    QTest::newRow("above the folder") << QStringLiteral("a\n;b/c") << QStringLiteral("a ;b/c");
+}
+
+void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, logged);
+    const QString path = Made(name);
+    // By its place, because a line of text holds no line feed.
+    DialogScript script({[&path](QWidget* dialog) {
+                             qobject_cast<QFileDialog*>(dialog)->setDirectory(path);
+                             Choose(dialog, QString());
+                         },
+                         [this](QWidget* box) {
+                             CompareBox(box, page.get(), UNSUPPORTED);
+                             Confirm(box);
+                         },
+                         [&path](QWidget* dialog) {
+                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), path);
+                             Cancel(dialog);
+                         }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    const QString line =
+        QStringLiteral("ChangePath: directory %1 has unsupported character").arg(folder->filePath(logged));
     QVERIFY(log->Contains(ERROR, VELODESK, line));
     QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
     QCOMPARE(SavePath(), folder->path());
