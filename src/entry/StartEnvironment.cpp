@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QList>
 #include <QtGlobal>
+#include <cmath>
 
 namespace {
 constexpr char DISPLAY_NAME[] = "DISPLAY";
@@ -19,7 +20,7 @@ double ScreenFactor()
 {
     const QByteArray first = qgetenv(SCREEN_FACTORS).split(';').first();
     const double factor = first.mid(first.lastIndexOf('=') + 1).toDouble();
-    return factor > 0 ? factor : 1;
+    return std::isfinite(factor) && factor > 0 ? factor : 1;
 }
 } // namespace
 
@@ -32,7 +33,7 @@ StartEnvironment::StartEnvironment() : openGlIsTheUsers(qEnvironmentVariableIsSe
     }
     // The attribute alone does not reach the fonts of widgets.
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
-    Replace(FONT_DPI, QByteArray::number(qRound(DOTS_PER_INCH * ScreenFactor())));
+    Replace(FONT_DPI, QByteArray::number(DOTS_PER_INCH * ScreenFactor(), 'f', 0));
     // What a window here leaves open is not for the desktop to settle: a dark one would write white on white.
     QApplication::setDesktopSettingsAware(false);
     Replace(STYLE, "fusion");

@@ -56,6 +56,9 @@ void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor_data()
     QTest::newRow("by name") << QByteArray("eDP-1=1.5;HDMI-1=1.5;") << QByteArray("144");
     QTest::newRow("nonsense") << QByteArray("eDP-1=large") << QByteArray("96");
     QTest::newRow("zero") << QByteArray("0") << QByteArray("96");
+    QTest::newRow("negative") << QByteArray("-2") << QByteArray("96");
+    QTest::newRow("infinite") << QByteArray("inf") << QByteArray("96");
+    QTest::newRow("not a number") << QByteArray("nan") << QByteArray("96");
 }
 
 void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor()
