@@ -13,7 +13,9 @@
 #include <QFile>
 #include <QRandomGenerator>
 #include <array>
+#include <csignal>
 #include <cstdio>
+#include <sys/mount.h>
 
 #include "DesktopWorld.h"
 #include "Places.h"
@@ -26,6 +28,7 @@ constexpr int MS_PER_MINUTE = 60 * 1000;
 /// What the first visit to every page may cost for good.
 constexpr int MEMORY_GROWTH_KIB = 24 * 1024;
 constexpr int DESCRIPTOR_GROWTH = 8;
+constexpr int PRINTED_BYTES = 4 * 1024 * 1024;
 
 class Soak
 {
@@ -57,6 +60,8 @@ private:
     bool CancelQuit();
     bool DragWindow();
     bool MinimiseAndRaise();
+    bool Terminate();
+    bool FillDisk();
     bool Quit();
 
     bool Agrees() const;
@@ -108,6 +113,7 @@ bool Soak::StartCast()
                                                     "report run\n"};
     const int which = Pick(model.reported == QLatin1String("run") ? 2 : 3);
     world.WriteEngineScript(
+        QStringLiteral("print %1\n").arg(Pick(2) * PRINTED_BYTES) +
         QLatin1String(REPORTS.at(static_cast<size_t>(which))) +
         QStringLiteral("await signal-%1\n%2\n")
             .arg(casts)
@@ -237,6 +243,31 @@ bool Soak::MinimiseAndRaise()
            Soon([this, id] { return world.Desktop().IsOnShow(id); });
 }
 
+bool Soak::Terminate()
+{
+    kill(static_cast<pid_t>(world.AssistantPid()), SIGTERM);
+    const bool ended = world.WaitForDaemonEnd() && world.AssistantStatus() == 0 && world.DaemonStatus() == 1;
+    model.casting = false;
+    model.reported.clear();
+    return ended && !DesktopWorld::EngineRuns() && world.StartAssistant();
+}
+
+bool Soak::FillDisk()
+{
+    QFile filler(QDir::tempPath() + QStringLiteral("/filler"));
+    if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        return false;
+    }
+    while (filler.write(QByteArray(4096, 'x')) > 0) {
+    }
+    const bool visited = VisitAbout();
+    filler.remove();
+    // With room again, the log goes on.
+    const QString line = QStringLiteral("Velodesk show about page.");
+    const int before = world.CountLog(line);
+    return visited && VisitAbout() && Soon([this, &line, before] { return world.CountLog(line) > before; });
+}
+
 bool Soak::Quit()
 {
     world.ClickCard(CLOSE_BUTTON);
@@ -272,7 +303,7 @@ long Soak::ProcNumber(const char* file, const QString& key) const
 
 int Soak::Run(int minutes)
 {
-    static const std::array<std::pair<const char*, Action>, 11> ACTIONS{{
+    static const std::array<std::pair<const char*, Action>, 13> ACTIONS{{
         {"start a cast", &Soak::StartCast},
         {"start an engine that fails", &Soak::FailToStart},
         {"stop the cast", &Soak::StopCast},
@@ -284,6 +315,8 @@ int Soak::Run(int minutes)
         {"cancel quitting", &Soak::CancelQuit},
         {"drag", &Soak::DragWindow},
         {"minimise and raise", &Soak::MinimiseAndRaise},
+        {"terminate and start again", &Soak::Terminate},
+        {"fill the disk", &Soak::FillDisk},
     }};
     const QString missing = world.Start();
     if (!missing.isEmpty() || !world.StartAssistant() || !Agrees()) {
@@ -342,6 +375,12 @@ int Soak::Run(int minutes)
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
+    // A disk that can be filled, for everything that the test environment writes.
+    if (mount("tmpfs", QFile::encodeName(QDir::tempPath()).constData(), "tmpfs", MS_NOSUID | MS_NODEV,
+              "size=64m") != 0) {
+        std::perror("soak: there is no small disk to fill; run it as root");
+        return 1;
+    }
     const QStringList arguments = QCoreApplication::arguments();
     bool ok = false;
     const int minutes = arguments.value(1).toInt(&ok);
