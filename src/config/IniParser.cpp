@@ -1,12 +1,9 @@
 #include "config/IniParser.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <fstream>
 #include <sstream>
-#include <string_view>
 #include <sys/stat.h>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -15,64 +12,8 @@
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
 constexpr off_t MAX_FILE_SIZE = 1048576;
-/// A section's name of half a megabyte and a comment at each of its keys would take a hundred gigabytes.
-constexpr std::size_t MAX_COMMENT_NAMES = std::size_t{256} * 1024 * 1024;
 constexpr char DEFAULT_SECTION[] = "default";
 constexpr char COMMENT_MARK = ';';
-
-const std::string& TextOf(const std::unordered_map<std::string, std::string>& texts, const std::string& name)
-{
-    static const std::string NONE;
-    const auto found = texts.find(name);
-    return found == texts.end() ? NONE : found->second;
-}
-
-/// The name under which the comment of a key is kept.
-std::string NameOf(const std::string& section, const std::string& key)
-{
-    std::string name = section;
-    name += '/';
-    name += key;
-    return name;
-}
-
-/// FNV-1a, which can be continued: what names of one section have in common is gone through once.
-class NameHash
-{
-public:
-    NameHash Then(std::string_view text) const
-    {
-        NameHash longer = *this;
-        for (const char character : text) {
-            longer.state = (longer.state ^ static_cast<unsigned char>(character)) * PRIME;
-        }
-        return longer;
-    }
-    std::uint64_t Value() const { return state; }
-
-private:
-    static constexpr std::uint64_t PRIME = 1099511628211U;
-
-    std::uint64_t state = 14695981039346656037U;
-};
-
-/// Tells for nearly all names without a comment that they have none.
-class CommentedNames
-{
-public:
-    explicit CommentedNames(const Brevora::Config::ConfigFile& file)
-    {
-        for (const auto* comments : {&file.inlineComments, &file.commentLines}) {
-            for (const auto& comment : *comments) {
-                hashes.insert(NameHash().Then(comment.first).Value());
-            }
-        }
-    }
-    bool MayHold(const NameHash& name) const { return hashes.count(name.Value()) != 0; }
-
-private:
-    std::unordered_set<std::uint64_t> hashes;
-};
 } // namespace
 
 namespace Brevora {
@@ -113,7 +54,6 @@ int IniParser::LoadIniFile(const std::string& filePath)
 int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
 {
     std::string section = DEFAULT_SECTION;
-    Progress progress;
     std::vector<std::string> pendingComments;
     std::string line;
     while (std::getline(stream, line)) {
@@ -123,17 +63,12 @@ int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
             continue;
         }
         if (first != '[') {
-            if (TakeKeyLine(configFile, section, progress, line) != 0) {
+            if (ParsingKeyValuePairs(configFile, section, line) != 0) {
                 return -1;
             }
             continue;
         }
         section = line.substr(1, line.find(']') - 1);
-        progress.keys = nullptr;
-        progress.commentNames += pendingComments.size() * section.size();
-        if (progress.commentNames > MAX_COMMENT_NAMES) {
-            return -1;
-        }
         const std::size_t comment = line.find(COMMENT_MARK);
         if (comment != std::string::npos) {
             configFile.inlineComments[section] = line.substr(comment);
@@ -150,35 +85,19 @@ int IniParser::ParseFile(std::ifstream& stream, ConfigFile& configFile)
 int IniParser::ParsingKeyValuePairs(ConfigFile& configFile, const std::string& section,
                                     const std::string& line) const
 {
-    Progress progress;
-    return TakeKeyLine(configFile, section, progress, line);
-}
-
-int IniParser::TakeKeyLine(ConfigFile& configFile, const std::string& section, Progress& progress,
-                           const std::string& line) const
-{
     const std::size_t equals = line.find('=');
     const std::size_t comment = line.find(COMMENT_MARK);
-    std::string key = line.substr(0, equals);
-    // Without "=" the line is its own value.
+    const std::string key = line.substr(0, equals);
+    // Without "=", the line is both key and value.
     const std::size_t start = equals == std::string::npos ? 0 : equals + 1;
-    // Up to the comment, or to the end; nothing if the comment comes first.
-    std::string value = line.substr(start, std::max(start, comment) - start);
     if (comment != std::string::npos) {
-        progress.commentNames += section.size();
-        if (progress.commentNames > MAX_COMMENT_NAMES) {
-            return -1;
-        }
-        configFile.inlineComments[NameOf(section, key)] = line.substr(comment);
+        configFile.inlineComments[section + "/" + key] = line.substr(comment);
     }
     if (section.empty() || key.empty()) {
         return -1;
     }
-    // Not looked up for each key: a long name would be gone through every time.
-    if (progress.keys == nullptr) {
-        progress.keys = &configFile.sections[section];
-    }
-    (*progress.keys)[std::move(key)] = std::move(value);
+    // The value ends at the comment, and is empty if the comment comes before the "=".
+    configFile.sections[section][key] = line.substr(start, std::max(start, comment) - start);
     return 0;
 }
 
@@ -215,31 +134,25 @@ bool IniParser::CheckMapEmpty(const std::string& filePath, const std::string& se
 
 int IniParser::Save(const std::string& filePath)
 {
-    const ConfigFile& configFile = files[filePath];
+    ConfigFile& configFile = files[filePath];
     if (configFile.sections.empty()) {
         LOG_DEBUG("the config file is empty!");
         return -1;
     }
     LOG_INFO("ready to save %s.", filePath.c_str());
     std::ofstream stream(filePath, std::ios::out | std::ios::trunc);
-    const CommentedNames commented(configFile);
     for (const auto& [section, keys] : configFile.sections) {
-        WriteComments(stream, configFile, section);
-        stream << '[' << section << ']' << TextOf(configFile.inlineComments, section) << '\n' << std::flush;
-        const NameHash ofSection = NameHash().Then(section).Then("/");
+        std::string comment;
+        for (int i = 0; !(comment = configFile.commentLines[section + std::to_string(i)]).empty(); ++i) {
+            stream << comment;
+        }
+        stream << '[' << section << ']' << configFile.inlineComments[section] << '\n' << std::flush;
         for (const auto& [key, value] : keys) {
-            const NameHash name = ofSection.Then(key);
-            // A comment can stand here only if it belongs to a section of that name; the key is then left
-            // out.
-            if (commented.MayHold(name.Then("0")) &&
-                !TextOf(configFile.commentLines, NameOf(section, key).append("0")).empty()) {
-                continue;
+            const std::string name = section + "/" + key;
+            // Such a comment can only belong to a section of that name; the key is then not written.
+            if (configFile.commentLines[name + "0"].empty()) {
+                stream << key << '=' << value << configFile.inlineComments[name] << '\n' << std::flush;
             }
-            stream << key << '=' << value;
-            if (commented.MayHold(name)) {
-                stream << TextOf(configFile.inlineComments, NameOf(section, key));
-            }
-            stream << '\n' << std::flush;
         }
     }
     stream.close();
@@ -320,19 +233,6 @@ void IniParser::SetKeyValue(const std::string& filePath, const std::string& sect
                             bool value)
 {
     SetKeyValue(filePath, section, key, std::string(value ? "true" : "false"));
-}
-
-void IniParser::WriteComments(std::ofstream& stream, const ConfigFile& configFile,
-                              const std::string& section) const
-{
-    for (std::size_t i = 0;; ++i) {
-        const std::string key = section + std::to_string(i);
-        const std::string& comment = TextOf(configFile.commentLines, key);
-        if (comment.empty()) {
-            return;
-        }
-        stream << comment;
-    }
 }
 
 } // namespace Config

@@ -23,17 +23,16 @@ struct ConfigFile
 /// rewrites it, so what other processes write between two calls is seen; two that set at once can lose one
 /// change.
 ///
-/// Main thread only, there is no lock. Texts are bytes, nothing is trimmed or escaped. A blank line or one
-/// that begins with "=" makes the whole file unreadable: then gets give their failure value and sets do
-/// nothing.
+/// Main thread only, there is no lock. Texts are bytes, nothing is trimmed or escaped. A blank line, a line
+/// that begins with "=" or a key line below "[]" makes the whole file unreadable: then gets return their
+/// failure value and sets do nothing.
 class IniParser
 {
 public:
     static IniParser& GetInstance();
 
-    /// Parses a file of at most 1048576 bytes into the entry of that path, as spelled. 0, or -1. Each comment
-    /// is kept under a name that holds its section's: a file in which these names take more than 256 MiB
-    /// counts as unreadable.
+    /// Parses a file of at most 1048576 bytes into the entry of that path, which is not normalised. Returns
+    /// 0, or -1.
     int LoadIniFile(const std::string& filePath);
     /// Reads all that is left of a stream. 0, or -1 at the first line that cannot be read.
     int ParseFile(std::ifstream& stream, ConfigFile& configFile);
@@ -70,18 +69,6 @@ public:
                      bool value);
 
 private:
-    /// How far the reading of a file has come: the keys of its section, once it has one, and the bytes of the
-    /// names of its comments.
-    struct Progress
-    {
-        std::unordered_map<std::string, std::string>* keys = nullptr;
-        std::size_t commentNames = 0;
-    };
-
-    int TakeKeyLine(ConfigFile& configFile, const std::string& section, Progress& progress,
-                    const std::string& line) const;
-    void WriteComments(std::ofstream& stream, const ConfigFile& configFile, const std::string& section) const;
-
     std::unordered_map<std::string, ConfigFile> files;
 };
 

@@ -69,16 +69,6 @@ public:
 private:
     const int events;
 };
-
-/// A section whose name is that long and as many keys as a file has room for.
-QByteArray ManyKeys(int name)
-{
-    QByteArray text = '[' + QByteArray(name, 's') + "]\n";
-    for (int i = 0; text.size() < LIMIT - 4096; ++i) {
-        text += QByteArray::number(i) + "=1\n";
-    }
-    return text;
-}
 } // namespace
 
 class TestIniParser : public QObject
@@ -90,12 +80,6 @@ private slots:
     void cleanup();
 
     void instanceIsOne();
-    void longSectionNameTakesNoLongerThanAnyOtherText_data();
-    void longSectionNameTakesNoLongerThanAnyOtherText();
-    void oneCommentMakesSavingNoSlower_data();
-    void oneCommentMakesSavingNoSlower();
-    void commentsWithEndlessNamesMakeTheFileUnreadable_data();
-    void commentsWithEndlessNamesMakeTheFileUnreadable();
     void sizeIsBounded_data();
     void sizeIsBounded();
     void missingFileCountsAsOversize();
@@ -910,83 +894,6 @@ void TestIniParser::everyTextIsReadAndSavedByTheRules()
     }
     QVERIFY2(valid > TEXTS / 5, qPrintable(QString::number(valid)));
     QVERIFY2(valid < TEXTS, qPrintable(QString::number(valid)));
-}
-
-void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText_data()
-{
-    QTest::addColumn<int>("name");
-    QTest::newRow("short") << 1;
-    QTest::newRow("long") << LONG_NAME;
-}
-
-void TestIniParser::longSectionNameTakesNoLongerThanAnyOtherText()
-{
-    QFETCH(int, name);
-    constexpr qint64 ALLOWED_MS = 20000;
-    WriteAll(path, ManyKeys(name));
-    QElapsedTimer timer;
-    timer.start();
-    const std::string section(static_cast<std::size_t>(name), 's');
-    parser->SetKeyValue(Path(), section, "0", 2);
-    QCOMPARE(parser->GetKeyValueInt(Path(), section, "0"), 2);
-    QCOMPARE(parser->GetKeyValueInt(Path(), section, "7"), 1);
-    QVERIFY2(timer.elapsed() < ALLOWED_MS, qPrintable(QString::number(timer.elapsed())));
-}
-
-void TestIniParser::oneCommentMakesSavingNoSlower_data()
-{
-    QTest::addColumn<QByteArray>("comment");
-    QTest::newRow("at a key") << QByteArray("commented=1;why\n");
-    QTest::newRow("in a line") << QByteArray(";why\n[other]\na=1\n");
-}
-
-void TestIniParser::oneCommentMakesSavingNoSlower()
-{
-    QFETCH(QByteArray, comment);
-    const auto processorTimeOfASet = [this](const QByteArray& text) {
-        WriteAll(path, text);
-        const std::clock_t begin = std::clock();
-        parser->SetKeyValue(Path(), std::string(LONG_NAME, 's'), "0", 2);
-        return std::clock() - begin;
-    };
-    const QByteArray text = ManyKeys(LONG_NAME);
-    const std::clock_t without = processorTimeOfASet(text);
-    const std::clock_t with = processorTimeOfASet(text + comment);
-    QVERIFY(ReadAll(path).contains("why"));
-    // Were the section's name gone through for each key, it would be fifty times as long.
-    QVERIFY2(with < 5 * without + CLOCKS_PER_SEC / 2,
-             qPrintable(QStringLiteral("%1, without %2").arg(with).arg(without)));
-}
-
-void TestIniParser::commentsWithEndlessNamesMakeTheFileUnreadable_data()
-{
-    QTest::addColumn<QByteArray>("inLines");
-    QTest::addColumn<QByteArray>("atKeys");
-    QTest::newRow("at keys") << QByteArray() << QByteArray("a=;\n");
-    QTest::newRow("in lines") << QByteArray(";\n") << QByteArray();
-}
-
-void TestIniParser::commentsWithEndlessNamesMakeTheFileUnreadable()
-{
-    QFETCH(QByteArray, inLines);
-    QFETCH(QByteArray, atKeys);
-    // Each comment is known under a name that holds the section's: 1024 of a quarter of a MiB are allowed.
-    constexpr int COMMENTS = 1024;
-    constexpr int NAME = 256 * 1024;
-    const auto section = [&inLines, &atKeys](int comments, const QByteArray& name) {
-        return inLines.repeated(comments) + '[' + name + "]\na=1\n" + atKeys.repeated(comments);
-    };
-    const QByteArray most = section(COMMENTS - 1, QByteArray(NAME, 's'));
-    WriteAll(path, most + section(1, QByteArray(NAME, 't')));
-    QCOMPARE(parser->LoadIniFile(Path()), 0);
-    const QByteArray more = most + section(1, QByteArray(NAME + 1, 't'));
-    WriteAll(path, more);
-    QCOMPARE(parser->LoadIniFile(Path()), -1);
-    std::ifstream stream(Path());
-    ConfigFile file;
-    QCOMPARE(parser->ParseFile(stream, file), -1);
-    parser->SetKeyValue(Path(), "a", "b", "c");
-    QVERIFY(ReadAll(path) == more);
 }
 
 QTEST_GUILESS_MAIN(TestIniParser)
