@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <systemd/sd-bus.h>
 
 #include "platform/Logger.h"
 

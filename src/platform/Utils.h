@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
-#include <systemd/sd-bus.h>
 #include <vector>
+
+struct sd_bus;
+struct sd_bus_message;
 
 namespace Brevora {
 
@@ -37,8 +39,8 @@ public:
     static int ExecutePopenAndReturnByDbus(const std::string& command, std::string& result,
                                            std::string& errorMessage);
 
-    /// Erases every occurrence of `piece`, also those that erasing forms. `piece` must not be empty: it would
-    /// not end.
+    /// Erases every occurrence of `piece`, also those that erasing forms. Does not return for an empty
+    /// `piece`.
     static std::string DeleteSubStr(std::string text, std::string piece);
     /// Two lower-case hexadecimal digits a byte.
     static std::string String2HexString(const std::string& text);

@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <optional>
-#include <string_view>
+#include <regex>
 
 #include "platform/BoundedFunctions.h"
 
@@ -25,12 +24,6 @@ bool ClearPlainly(char* buffer, std::size_t size)
 {
     std::fill_n(buffer, size, '\0');
     return true;
-}
-
-/// A plain search for a piece of text, so that a harmless path such as /a./b is refused as well.
-bool NamesRelativePath(const std::string& command)
-{
-    return command.find("./") != std::string::npos || command.find("../") != std::string::npos;
 }
 
 template <std::size_t size>
@@ -58,7 +51,8 @@ std::optional<std::string> ReadCommand(const std::string& command, bool (*clear)
 template <std::size_t size>
 std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::size_t))
 {
-    if (command.empty() || NamesRelativePath(command)) {
+    // A plain search, which finds "../", too, and refuses even a harmless path such as /a./b.
+    if (command.empty() || command.find("./") != std::string::npos) {
         return "";
     }
     std::string output = ReadCommand<size>(command, clear).value_or("");
@@ -75,60 +69,12 @@ std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::siz
     return output.substr(first, output.find_last_not_of(' ') - first + 1);
 }
 
-bool IsDigit(char byte)
+/// Whether the whole text matches. Longer text than any match is not tried: std::regex recurses for each
+/// byte.
+bool Matches(const std::string& text, std::size_t maxLength, const char* pattern)
 {
-    return byte >= '0' && byte <= '9';
+    return text.size() <= maxLength && std::regex_match(text, std::regex(pattern));
 }
-
-bool IsHexDigit(char byte)
-{
-    return IsDigit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
-
-/// A decimal number from 0 to 255 without leading zeros.
-bool IsAddressNumber(std::string_view text)
-{
-    constexpr std::size_t MAX_DIGITS = 3;
-    constexpr int MAX_NUMBER = 255;
-    if (text.empty() || text.size() > MAX_DIGITS || (text.size() > 1 && text.front() == '0')) {
-        return false;
-    }
-    int number = 0;
-    for (const char byte : text) {
-        if (!IsDigit(byte)) {
-            return false;
-        }
-        number = 10 * number + (byte - '0');
-    }
-    return number <= MAX_NUMBER;
-}
-
-/// Finds a piece of text while bytes come and go at the end only, in a time that does not depend on the
-/// piece: after Knuth, Morris and Pratt.
-class Matcher
-{
-public:
-    explicit Matcher(const std::string& wanted) : piece(wanted), fallbacks(wanted.size())
-    {
-        for (std::size_t i = 1; i < piece.size(); ++i) {
-            fallbacks[i] = Next(fallbacks[i - 1], piece[i]);
-        }
-    }
-
-    /// How much of the piece stands at the end of a text, once `byte` follows on a text with `matched` bytes
-    /// of it, which are not all.
-    std::size_t Next(std::size_t matched, char byte) const
-    {
-        while (matched > 0 && piece[matched] != byte) {
-            matched = fallbacks[matched - 1];
-        }
-        return piece[matched] == byte ? matched + 1 : 0;
-    }
-
-private:
-    const std::string& piece;
-    std::vector<std::size_t> fallbacks;
-};
 } // namespace
 
 namespace Brevora {
@@ -137,14 +83,8 @@ std::vector<std::string> Utils::Split(std::string text, std::string delimiter)
 {
     std::vector<std::string> pieces;
     std::size_t start = 0;
-    while (!delimiter.empty()) {
-        // Not std::string's own search, which compares each place with the whole delimiter.
-        const void* found =
-            memmem(text.data() + start, text.size() - start, delimiter.data(), delimiter.size());
-        if (found == nullptr) {
-            break;
-        }
-        const auto end = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    std::size_t end = 0;
+    while (!delimiter.empty() && (end = text.find(delimiter, start)) != std::string::npos) {
         pieces.push_back(text.substr(start, end - start));
         start = end + delimiter.size();
     }
@@ -161,24 +101,11 @@ std::string Utils::ExecutePopenAndReturn(const std::string& command)
 
 std::string Utils::DeleteSubStr(std::string text, std::string piece)
 {
-    // An empty piece is found every time, wherever it is deleted.
-    for (volatile bool isFound = piece.empty(); isFound;) {
+    std::size_t at = 0;
+    // An empty piece is always found: the loop then does not end, as it is documented.
+    while ((at = text.find(piece)) != std::string::npos) {
+        text.erase(at, piece.size());
     }
-    // What is left of the text so far never holds the piece, so the first occurrence in it is the one that
-    // the next byte completes. Each byte that is left keeps how much of the piece it ends.
-    const Matcher matcher(piece);
-    std::vector<std::size_t> matched;
-    matched.reserve(text.size());
-    std::size_t length = 0;
-    for (const char byte : text) {
-        text[length++] = byte;
-        matched.push_back(matcher.Next(matched.empty() ? 0 : matched.back(), byte));
-        if (matched.back() == piece.size()) {
-            length -= piece.size();
-            matched.resize(length);
-        }
-    }
-    text.resize(length);
     return text;
 }
 
@@ -206,24 +133,11 @@ bool Utils::IsValidUDID(const std::string& id)
     return id.size() <= MAX_UDID_LENGTH && id.find_first_not_of(VALID) == std::string::npos;
 }
 
-// The following go through the text by hand: the library's regular expressions take a piece of the stack for
-// each character.
-
 bool Utils::IsMacValid(const std::string& mac)
 {
     constexpr std::size_t LENGTH = 17;
-    constexpr std::size_t PAIR_AND_COLON = 3;
-    if (mac.size() != LENGTH || mac == "00:00:00:00:00:00" || mac == "FF:FF:FF:FF:FF:FF" ||
-        mac == "ff:ff:ff:ff:ff:ff") {
-        return false;
-    }
-    for (std::size_t i = 0; i < LENGTH; ++i) {
-        const bool isColonsPlace = i % PAIR_AND_COLON == PAIR_AND_COLON - 1;
-        if (isColonsPlace ? mac[i] != ':' : !IsHexDigit(mac[i])) {
-            return false;
-        }
-    }
-    return true;
+    return mac != "00:00:00:00:00:00" && mac != "FF:FF:FF:FF:FF:FF" && mac != "ff:ff:ff:ff:ff:ff" &&
+           Matches(mac, LENGTH, "([A-Fa-f0-9][A-Fa-f0-9]:){5}[A-Fa-f0-9][A-Fa-f0-9]");
 }
 
 bool Utils::IsStringAndNumberOnly(const std::string& text)
@@ -239,19 +153,10 @@ bool Utils::IsNumberOnly(const std::string& text)
 
 bool Utils::IsIpValid(const std::string& ip)
 {
-    constexpr int NUMBERS = 4;
-    std::string_view rest = ip;
-    for (int i = 0; i < NUMBERS; ++i) {
-        const std::size_t dot = rest.find('.');
-        const bool isLast = i == NUMBERS - 1;
-        const std::string_view number = rest.substr(0, dot);
-        if (isLast != (dot == std::string_view::npos) || !IsAddressNumber(number) ||
-            (i == 0 && number == "0")) {
-            return false;
-        }
-        rest.remove_prefix(isLast ? rest.size() : dot + 1);
-    }
-    return true;
+    constexpr std::size_t MAX_LENGTH = 15;
+    return Matches(ip, MAX_LENGTH,
+                   R"((1\d{2}|2[0-4]\d|25[0-5]|[1-9]\d|[1-9]))"
+                   R"((\.(1\d{2}|2[0-4]\d|25[0-5]|[1-9]\d|\d)){3})");
 }
 
 } // namespace Brevora

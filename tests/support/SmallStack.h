@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QtGlobal>
 #include <functional>
 #include <pthread.h>
@@ -12,16 +11,13 @@ constexpr std::size_t SMALL_STACK_SIZE = 524288;
 constexpr std::size_t SMALL_STACK_SIZE = 65536;
 #endif
 
-/// Runs `work` on a thread with a stack of 64 KiB, or the least that this processor's may have, and gives the
-/// milliseconds that it took: what takes a piece of the stack for each byte of a long text does not survive
-/// it.
-inline qint64 RunOnSmallStack(std::function<void()> work)
+/// Runs `work` on a thread with a stack of 64 KiB, or the least that this processor's may have, so that
+/// a recursion for each byte of a long text does not survive.
+inline void RunOnSmallStack(std::function<void()> work)
 {
     const auto size = qMax(SMALL_STACK_SIZE, static_cast<std::size_t>(sysconf(_SC_THREAD_STACK_MIN)));
     pthread_attr_t attributes;
     pthread_t thread{};
-    QElapsedTimer timer;
-    timer.start();
     const auto begin = [](void* given) -> void* {
         (*static_cast<std::function<void()>*>(given))();
         return nullptr;
@@ -31,5 +27,4 @@ inline qint64 RunOnSmallStack(std::function<void()> work)
         qFatal("no thread with a small stack");
     }
     pthread_attr_destroy(&attributes);
-    return timer.elapsed();
 }
