@@ -1,7 +1,6 @@
 #include "entry/StartEnvironment.h"
 
 #include <QApplication>
-#include <QList>
 #include <QtGlobal>
 #include <cmath>
 
@@ -24,7 +23,7 @@ double ScreenFactor()
 }
 } // namespace
 
-StartEnvironment::StartEnvironment() : openGlIsTheUsers(qEnvironmentVariableIsSet(GL_INTEGRATION))
+StartEnvironment::StartEnvironment()
 {
     if (!qEnvironmentVariableIsEmpty(DISPLAY_NAME) && qEnvironmentVariableIsEmpty(PLATFORM)) {
         // In a Wayland session Qt would take its plug-in for that, under which no window stands in its place
@@ -37,7 +36,7 @@ StartEnvironment::StartEnvironment() : openGlIsTheUsers(qEnvironmentVariableIsSe
     // What a window here leaves open is not for the desktop to settle: a dark one would write white on white.
     QApplication::setDesktopSettingsAware(false);
     Replace(STYLE, "fusion");
-    if (!openGlIsTheUsers) {
+    if (!qEnvironmentVariableIsSet(GL_INTEGRATION)) {
         // No window here draws with OpenGL, and to load it takes more than half of the start and 20 MiB.
         Replace(GL_INTEGRATION, "none");
     }
@@ -48,26 +47,13 @@ StartEnvironment::~StartEnvironment()
     GiveBack();
 }
 
-void StartEnvironment::ReadOwnPicturesOnly()
-{
-    if (!openGlIsTheUsers) {
-        pluginPaths = QCoreApplication::libraryPaths();
-        QCoreApplication::setLibraryPaths({});
-    }
-}
-
 void StartEnvironment::GiveBack()
 {
-    // Nothing is read any more once the application is gone.
-    if (!pluginPaths.isEmpty() && QCoreApplication::instance() != nullptr) {
-        QCoreApplication::setLibraryPaths(pluginPaths);
-    }
-    pluginPaths.clear();
     for (const Variable& variable : given) {
-        if (variable.wasSet) {
-            qputenv(variable.name, variable.value);
-        } else {
+        if (variable.value.isNull()) {
             qunsetenv(variable.name);
+        } else {
+            qputenv(variable.name, variable.value);
         }
     }
     given.clear();
@@ -75,6 +61,6 @@ void StartEnvironment::GiveBack()
 
 void StartEnvironment::Replace(const char* name, const QByteArray& value)
 {
-    given.push_back({name, qEnvironmentVariableIsSet(name), qgetenv(name)});
+    given.push_back({name, qgetenv(name)});
     qputenv(name, value);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
 #include <vector>
 
 /// What Qt is to find while it starts, so that the program is the same on every desktop: the X server in
@@ -18,12 +17,6 @@ public:
     StartEnvironment(const StartEnvironment&) = delete;
     StartEnvironment& operator=(const StartEnvironment&) = delete;
 
-    /// Lets Qt find no plug-ins until all is put back. Once the QApplication has found its own.
-    ///
-    /// The program's pictures have names without a suffix, and before Qt tries what it can read by itself, it
-    /// loads every image plug-in of the machine. Where the user has chosen an OpenGL, this does nothing: that
-    /// is a plug-in, and looked for with the first native window.
-    void ReadOwnPicturesOnly();
     /// Puts back what was given. After the first window was shown.
     void GiveBack();
 
@@ -31,13 +24,11 @@ private:
     struct Variable
     {
         const char* name;
-        bool wasSet;
+        /// Null if it was not set.
         QByteArray value;
     };
 
     void Replace(const char* name, const QByteArray& value);
 
     std::vector<Variable> given;
-    bool openGlIsTheUsers;
-    QStringList pluginPaths;
 };

@@ -119,7 +119,6 @@ int main(int argc, char** argv)
 
     StartEnvironment environment;
     SingleApplication application(argc, argv);
-    environment.ReadOwnPicturesOnly();
     // From a picture: for a name without a suffix Qt would ask the MIME database first.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {

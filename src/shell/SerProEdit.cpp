@@ -1,15 +1,12 @@
 #include "shell/SerProEdit.h"
 
-#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFile>
 #include <QMouseEvent>
 #include <QRegExp>
 #include <QScrollBar>
 #include <QTextCursor>
-#include <QTextDocumentFragment>
 #include <QUrl>
-#include <utility>
 
 #include "platform/Logger.h"
 
@@ -49,29 +46,6 @@ QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical {
 background:rgba(0,0,0,0%);
 border-radius:2px;
 })");
-
-/// A text and what was read from it.
-struct Reading
-{
-    QString html;
-    QTextDocumentFragment content;
-};
-/// The last one, until it was wanted a second time: the agreement stands in two views.
-Reading* lastReading = nullptr;
-
-QTextDocumentFragment Read(const QString& html, const QTextDocument* document)
-{
-    if (lastReading == nullptr) {
-        lastReading = new Reading;
-        // What is read is text with fonts, and is not to outlive the application.
-        qAddPostRoutine([] { delete std::exchange(lastReading, nullptr); });
-    }
-    if (lastReading->html == html) {
-        return std::exchange(*lastReading, Reading()).content;
-    }
-    *lastReading = {html, QTextDocumentFragment::fromHtml(html, document)};
-    return lastReading->content;
-}
 } // namespace
 
 SerProEdit::SerProEdit(QWidget* parent) : QTextEdit(parent) {}
@@ -100,7 +74,7 @@ void SerProEdit::InitUi(QString path)
     cursor.setPosition(position);
     cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
-    cursor.insertFragment(Read(html, document()));
+    cursor.insertHtml(html);
     cursor.movePosition(QTextCursor::Start);
     cursor.endEditBlock();
     setTextCursor(cursor);

@@ -15,7 +15,6 @@ private slots:
     void dotsPerInchFollowTheScreensOwnFactor();
     void givenEnvironmentComesBack();
     void openGlOfTheUsersChoiceIsKept();
-    void pluginsAreFoundAgain();
     void desktopSettlesNothing();
     void endGivesBackToo();
 };
@@ -97,34 +96,6 @@ void TestStartEnvironment::openGlOfTheUsersChoiceIsKept()
     const Variable openGl("QT_XCB_GL_INTEGRATION", "xcb_egl");
     const StartEnvironment environment;
     QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
-}
-
-void TestStartEnvironment::pluginsAreFoundAgain()
-{
-    int count = 1;
-    char name[] = "Velodesk";
-    char* arguments[] = {name, nullptr};
-    const QCoreApplication application(count, arguments);
-    const QStringList paths = QCoreApplication::libraryPaths();
-    QVERIFY(!paths.isEmpty());
-    {
-        // That one is a plug-in, wanted by the first window.
-        const Variable openGl("QT_XCB_GL_INTEGRATION", "xcb_egl");
-        StartEnvironment environment;
-        environment.ReadOwnPicturesOnly();
-        QCOMPARE(QCoreApplication::libraryPaths(), paths);
-    }
-    const Variable openGl("QT_XCB_GL_INTEGRATION", QByteArray());
-    StartEnvironment environment;
-    environment.ReadOwnPicturesOnly();
-    QCOMPARE(QCoreApplication::libraryPaths(), QStringList());
-    environment.GiveBack();
-    QCOMPARE(QCoreApplication::libraryPaths(), paths);
-    // Once, too.
-    QCoreApplication::setLibraryPaths(QStringList());
-    environment.GiveBack();
-    QCOMPARE(QCoreApplication::libraryPaths(), QStringList());
-    QCoreApplication::setLibraryPaths(paths);
 }
 
 void TestStartEnvironment::desktopSettlesNothing()
