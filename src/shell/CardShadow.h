@@ -8,10 +8,10 @@ class QWidget;
 
 /// The drop shadow of a card, drawn from a picture that is made once.
 ///
-/// Qt's own effect draws the whole card into a picture and blurs that for every change of the smallest label
-/// on it. Here only what has changed is drawn anew: the card is opaque and has straight edges, so one small
-/// picture of the shadow, stretched, does for its whole life. Colour, offset and blur radius are those of the
-/// base class and have to be set before the first paint.
+/// Qt's own effect draws the whole card into an image and blurs it for each change of the smallest label on
+/// the card. Here only what has changed is drawn: the card is opaque and has straight edges, so the shadow is
+/// a small image of which the edges are stretched. Colour, offset and blur radius are those of the base
+/// class; set them before the first paint.
 class CardShadow : public QGraphicsDropShadowEffect
 {
 public:
@@ -25,17 +25,8 @@ private:
     /// Null for a card whose own background does not fill it: its children cast the shadow, and Qt draws it.
     QPixmap MakePicture(const QSize& sampleSize) const;
 
-    void MakeTiles();
-    void DrawFrame(QPainter& painter) const;
-
     const QWidget* card;
     QPixmap picture;
-    /// Of each corner of the picture, and what lies between two of them.
-    QSize corner;
-    QPixmap top;
-    QPixmap bottom;
-    QPixmap left;
-    QPixmap right;
     /// What the picture was made of.
     QString pictureStyle;
     QSize pictureSample;
