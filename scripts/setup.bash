@@ -2,7 +2,7 @@
 
 PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
 # What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
-PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk xdg-user-dirs)
+PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
     optipng python3-minimal)

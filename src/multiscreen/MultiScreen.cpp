@@ -91,6 +91,14 @@ constexpr char TRUST_FILE_1[] = "cd59de12d29aa1b8c695576f73fed493";
 constexpr char TRUST_FILE_2[] = "b527a39b0674942c13c451bc81ea6792";
 constexpr char TRUST_FILE_3[] = "2e5e9c1f131587ab665a2f38ec73e412";
 
+/// Runs the box with that text and the one button "确定".
+void ShowMessage(VeloMessageBox& box, const QString& text)
+{
+    box.SetMessageText(text);
+    box.SetBtnText(OK_TEXT, QString());
+    box.exec();
+}
+
 void EraseTrustFile(const std::string& directory, const char* name)
 {
     if (Brevora::RandomCode::SafeCoverRemove(directory + name) != 0) {
@@ -160,9 +168,7 @@ void MultiScreen::ClickPreScreenBtn()
     LOG_ERROR("Tandra file corrupted.");
     VeloMessageBox box(this);
     box.SetWarning();
-    box.SetMessageText(QStringLiteral("可执行文件损坏，无法使用多屏协同\n请卸载重装"));
-    box.SetBtnText(OK_TEXT, QString());
-    box.exec();
+    ShowMessage(box, QStringLiteral("可执行文件损坏，无法使用多屏协同\n请卸载重装"));
 }
 
 void MultiScreen::ProcessStarted(AppManager::AppType type) const
@@ -273,8 +279,6 @@ void MultiScreen::ChangePath()
             LOG_ERROR("ChangePath: no directory choose");
             return;
         }
-        VeloMessageBox box(this);
-        box.SetBtnText(OK_TEXT, QString());
         const QString fault = FolderFault(folder);
         if (fault.isEmpty()) {
             const QByteArray path = folder.toLocal8Bit();
@@ -284,8 +288,8 @@ void MultiScreen::ChangePath()
             return;
         }
         start = folder;
-        box.SetMessageText(fault);
-        box.exec();
+        VeloMessageBox box(this);
+        ShowMessage(box, fault);
     }
 }
 
