@@ -6,7 +6,7 @@
 #include <spdlog/spdlog.h>
 
 #include "inside/Scratch.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "yardsticks/plainlog.h"
 
 namespace {

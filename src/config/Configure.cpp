@@ -5,7 +5,7 @@
 
 #include "config/Constant.h"
 #include "config/IniParser.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 using Brevora::Config::IniParser;
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

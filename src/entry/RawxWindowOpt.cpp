@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 #include <X11/Xlib.h>
 

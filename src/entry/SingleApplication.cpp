@@ -8,7 +8,7 @@
 #include "entry/RawxWindowOpt.h"
 #include "platform/DirOperator.h"
 #include "platform/FileOperator.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

@@ -11,7 +11,7 @@
 #include "entry/StartEnvironment.h"
 #include "entry/TerminationSignals.h"
 #include "platform/InheritedState.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "platform/Utils.h"
 #include "shell/ProtocolWin.h"
 #include "shell/Shadow.h"

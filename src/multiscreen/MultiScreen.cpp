@@ -14,7 +14,7 @@
 #include "multiscreen/StatusPicture.h"
 #include "multiscreen/WhiteGround.h"
 #include "platform/DirOperator.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "platform/RandomCode.h"
 #include "shell/Typeface.h"
 #include "shell/VeloMessageBox.h"

@@ -9,7 +9,7 @@
 
 #include "platform/BoundedFunctions.h"
 #include "platform/ErrorInfo.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "platform/Utils.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "platform/ErrorInfo.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

@@ -13,8 +13,8 @@ namespace Brevora {
 ///
 /// main() calls Init() once, before any thread exists; what is logged earlier goes nowhere. WriteLog() may
 /// then be called from any thread, but not from inside itself. A failure of the log is never reported and
-/// never stops the program: a line that cannot be written is lost, the next one is tried anew. Call sites use
-/// the LOG_ shorthand below rather than WriteLog().
+/// never stops the program: a line that cannot be written is lost, the next one is tried anew. Our own
+/// sources use the macros of platform/Log.h, which engines do not get.
 class Logger
 {
 public:
@@ -71,39 +71,7 @@ private:
     std::mutex lock;
 };
 
-/// Lets the compiler hold a format against its arguments; never called at run time.
-__attribute__((format(printf, 1, 2))) inline void CheckLogFormat(const char*, ...) {}
-
-/// The part of a path behind its last slash, at compile time.
-constexpr const char* SourceFileName(const char* path)
-{
-    const char* name = path;
-    for (const char* at = path; *at != '\0'; ++at) {
-        if (*at == '/') {
-            name = at + 1;
-        }
-    }
-    return name;
-}
-
 } // namespace Brevora
-
-/// The shorthand: LOG_INFO("count is %d", count). Each source file that logs has a constant MODULE_TAG in
-/// sight.
-#define VELODESK_LOG(level, ...)                                                                             \
-    do {                                                                                                     \
-        if (false) {                                                                                         \
-            Brevora::CheckLogFormat(__VA_ARGS__);                                                            \
-        }                                                                                                    \
-        static constexpr const char* velodeskSourceFile = Brevora::SourceFileName(__FILE__);                 \
-        Singleton<Brevora::Logger>::GetInstance()->WriteLog(level, velodeskSourceFile, __LINE__, MODULE_TAG, \
-                                                            __VA_ARGS__);                                    \
-    } while (false)
-
-#define LOG_DEBUG(...) VELODESK_LOG(1, __VA_ARGS__)
-#define LOG_INFO(...) VELODESK_LOG(2, __VA_ARGS__)
-#define LOG_WARNING(...) VELODESK_LOG(3, __VA_ARGS__)
-#define LOG_ERROR(...) VELODESK_LOG(4, __VA_ARGS__)
 
 extern "C" {
 /// The same log for callers that have only character pointers; `line` is 0 and a null pointer writes nothing.

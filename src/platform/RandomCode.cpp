@@ -11,7 +11,7 @@
 #include "platform/BoundedFunctions.h"
 #include "platform/ErrorInfo.h"
 #include "platform/FileOperator.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <systemd/sd-bus.h>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

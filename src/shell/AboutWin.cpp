@@ -2,7 +2,7 @@
 
 #include <QScrollBar>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "shell/Typeface.h"
 #include "shell/VeloWin.h"
 #include "ui_AboutWin.h"

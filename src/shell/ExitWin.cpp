@@ -1,6 +1,6 @@
 #include "shell/ExitWin.h"
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "shell/DialogStyle.h"
 #include "shell/Shadow.h"
 #include "shell/VeloWin.h"

@@ -8,7 +8,7 @@
 #include <QTextCursor>
 #include <QUrl>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";

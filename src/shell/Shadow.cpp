@@ -10,7 +10,7 @@
 #include <string>
 
 #include "config/Constant.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "platform/Utils.h"
 #include "shell/CardShadow.h"
 

@@ -8,7 +8,7 @@
 #include <QSessionManager>
 #include <new>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "shell/ExitWin.h"
 #include "shell/Shadow.h"
 #include "supervision/AppManager.h"

@@ -1,6 +1,6 @@
 #include "statuschannel/ConnClient.h"
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

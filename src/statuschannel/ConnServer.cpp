@@ -4,7 +4,7 @@
 #include <QJsonObject>
 #include <QLocalSocket>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "statuschannel/AppMessage.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
-#include "platform/Logger.h"
+#include "platform/Log.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";

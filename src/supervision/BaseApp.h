@@ -10,7 +10,7 @@
 
 #include "config/Constant.h"
 #include "platform/InheritedState.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "statuschannel/ConnServer.h"
 #include "supervision/PausedNotifiers.h"
 

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "platform/BoundedFunctions.h"
-#include "platform/Logger.h"
+#include "platform/Log.h"
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
 #include "support/Files.h"

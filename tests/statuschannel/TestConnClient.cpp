@@ -7,10 +7,13 @@
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
+// Engines log there, and what they include of ours compiles beside it.
+#include <syslog.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
+#include "platform/Logger.h"
 #include "statuschannel/ConnClient.h"
 #include "statuschannel/ConnServer.h"
 #include "support/CapturedLog.h"
