@@ -13,6 +13,7 @@
 #include "platform/InheritedState.h"
 #include "platform/Log.h"
 #include "platform/Utils.h"
+#include "shell/Accessibility.h"
 #include "shell/ProtocolWin.h"
 #include "shell/Shadow.h"
 #include "shell/Typeface.h"
@@ -137,6 +138,7 @@ int main(int argc, char** argv)
 
     Typeface::UseEverywhere();
     TranslateQt(application);
+    Accessibility::Install();
     ProtocolWin protocolWin(nullptr);
     protocolWin.exitHook = StopVelodeskd;
     if (!RunAgreement(application, protocolWin, environment)) {

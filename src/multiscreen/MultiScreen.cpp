@@ -374,6 +374,7 @@ void MultiScreen::ClickNewHandBtn()
 
 void MultiScreen::ClickNewHandTextBtn()
 {
+    helpView.setAccessibleName(ui->NewHandLabel->text());
     InitHtmlContent(ui->NewHandFrame, QStringLiteral(":/velo/beginnerGuide"));
     ui->ScreenWidget->setCurrentIndex(GUIDE_VIEW);
 }
@@ -385,6 +386,7 @@ void MultiScreen::ClickCommonProTextBtn()
 
 void MultiScreen::ClickCommonProblemBtn()
 {
+    helpView.setAccessibleName(ui->CommonProblemLabel->text());
     InitHtmlContent(ui->CommonProblemFrame, QStringLiteral(":/velo/freQuestions"));
     ui->ScreenWidget->setCurrentIndex(PROBLEMS_VIEW);
 }

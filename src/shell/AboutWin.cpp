@@ -86,6 +86,7 @@ void AboutWin::InitUi()
     ui->abtVersion->setFont(FontStyle(FONT_FAMILY, TEXT_PIXEL_SIZE, QFont::Normal, LETTER_SPACING));
     ui->proBtn->setFont(FontStyle(FONT_FAMILY, TEXT_PIXEL_SIZE, QFont::Normal, LETTER_SPACING));
 
+    serProEdit.setAccessibleName(ui->proTiltle->text());
     serProEdit.setParent(ui->protocal);
     serProEdit.move(VIEW_POS);
     serProEdit.setFixedSize(VIEW_SIZE);

@@ -1,5 +1,7 @@
 #include "shell/ProtocolWin.h"
 
+#include <QAccessible>
+
 #include "config/Configure.h"
 #include "shell/Shadow.h"
 #include "shell/Typeface.h"
@@ -117,6 +119,11 @@ void ProtocolWin::ClickAgreeBtn()
     ui->BeginBtn->setStyleSheet(ticked ? BEGIN_BTN_ENABLED_STYLE : BEGIN_BTN_DISABLED_STYLE);
     ui->BeginBtn->setEnabled(ticked);
     ui->AgreeBtn->setStyleSheet(ticked ? TICK_ON_STYLE : TICK_OFF_STYLE);
+
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent event(ui->AgreeBtn, changed);
+    QAccessible::updateAccessibility(&event);
 }
 
 void ProtocolWin::ClickBeginBtn()
@@ -135,6 +142,7 @@ void ProtocolWin::InitProtocolDialogPage()
     ui->BeginBtn->setStyleSheet(BEGIN_BTN_DISABLED_STYLE);
     ui->BeginBtn->setEnabled(false);
 
+    serProEdit.setAccessibleName(QStringLiteral("服务协议"));
     serProEdit.setParent(ui->ContentFrame);
     serProEdit.move(VIEW_POS);
     serProEdit.setFixedSize(VIEW_SIZE);

@@ -142,6 +142,8 @@ void VeloWin::AddAppListItem(QString icon, QString text)
         LOG_ERROR("Item container is nullptr.");
         return;
     }
+    container->setObjectName(QStringLiteral("appRow"));
+    container->setAccessibleName(text);
     auto* iconLabel = new (std::nothrow) QLabel(container.get());
     if (iconLabel == nullptr) {
         LOG_ERROR("Item label is nullptr.");
