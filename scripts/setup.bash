@@ -5,7 +5,7 @@ PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev l
 PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
-    optipng python3-minimal)
+    optipng python3-minimal at-spi2-core)
 
 # Window managers, a Wayland session, two monitors and locales, for ./test --deep.
 PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales

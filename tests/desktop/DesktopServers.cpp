@@ -15,6 +15,7 @@ constexpr char BUS_CONFIGURATION[] =
 <busconfig>
  <type>%1</type>
  <listen>unix:tmpdir=%2</listen>
+ <servicedir>%2/services</servicedir>
  <auth>EXTERNAL</auth>
  <policy context="default">
   <allow user="*"/>

@@ -109,6 +109,14 @@ DesktopWorld::DesktopWorld(Options wanted)
     if (options.scale != 1) {
         SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
     }
+    if (options.screenReader) {
+        // Of all services that the machine has, this one alone.
+        QDir(scratch.path()).mkpath(QStringLiteral("run/services"));
+        QFile::link(QStringLiteral("/usr/share/dbus-1/services/org.a11y.Bus.service"),
+                    scratch.filePath(QStringLiteral("run/services/org.a11y.Bus.service")));
+        SetVariable(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+        SetVariable(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
+    }
     if (options.agreed) {
         QDir(Home()).mkdir(QStringLiteral("Velodesk"));
         QFile settings(Home() + QStringLiteral("/Velodesk/velodesk.conf"));
