@@ -11,7 +11,6 @@
 
 #include "config/Configure.h"
 #include "config/Constant.h"
-#include "multiscreen/StatusPicture.h"
 #include "multiscreen/WhiteGround.h"
 #include "platform/DirOperator.h"
 #include "platform/Log.h"
@@ -111,10 +110,11 @@ MultiScreen::MultiScreen(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui_MultiScreen>()), helpView(nullptr)
 {
     ui->setupUi(this);
-    // What a report changes is painted without the card's layers below it.
-    new StatusPicture(ui->StatusFrame, this);
-    new WhiteGround(ui->PreScreenBtn, this);
-    new WhiteGround(ui->ScreenLabel, this);
+    // A report changes these three; they are painted without the layers of the card below them.
+    for (QWidget* changed : {static_cast<QWidget*>(ui->StatusFrame), static_cast<QWidget*>(ui->PreScreenBtn),
+                             static_cast<QWidget*>(ui->ScreenLabel)}) {
+        new WhiteGround(changed, this);
+    }
     fontFamily = QStringLiteral("Noto Sans CJK SC");
     for (QPushButton* button :
          {ui->PreScreenBtn, ui->NameEditBtn, ui->ReturnBtn, ui->NewHandBtn, ui->NewHandReturnBtn,

@@ -2,7 +2,33 @@
 
 #include <QEvent>
 #include <QPainter>
+#include <QPixmapCache>
+#include <QStyle>
+#include <QStyleOption>
 #include <QWidget>
+
+namespace {
+/// The background that the widget's style sheet gives it, on white. Kept, because the style scales the image
+/// of the cast state anew for each paint, which takes as long as all the rest of a change.
+QPixmap StyledBackground(const QWidget& widget)
+{
+    const QSize size = widget.size() * widget.devicePixelRatioF();
+    const QString key =
+        QStringLiteral("%1 %2 %3").arg(widget.styleSheet()).arg(size.width()).arg(size.height());
+    QPixmap background;
+    if (!QPixmapCache::find(key, &background)) {
+        background = QPixmap(size);
+        background.setDevicePixelRatio(widget.devicePixelRatioF());
+        background.fill(Qt::white);
+        QPainter painter(&background);
+        QStyleOption option;
+        option.initFrom(&widget);
+        widget.style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, &widget);
+        QPixmapCache::insert(key, background);
+    }
+    return background;
+}
+} // namespace
 
 WhiteGround::WhiteGround(QWidget* target, const QWidget* page)
     : QObject(target), widget(target), whitePage(page)
@@ -12,31 +38,18 @@ WhiteGround::WhiteGround(QWidget* target, const QWidget* page)
 
 bool WhiteGround::eventFilter(QObject* watched, QEvent* event)
 {
+    const bool isWhite = !whitePage->isWindow();
     if (event->type() == QEvent::StyleChange || event->type() == QEvent::Show) {
-        StyleHasChanged();
-    } else if (event->type() == QEvent::Paint) {
+        // A new style sheet has reset the attribute.
+        widget->setAttribute(Qt::WA_OpaquePaintEvent, isWhite);
+    } else if (event->type() == QEvent::Paint && isWhite) {
         QPainter painter(widget);
-        return PaintGround(painter);
+        if (widget->testAttribute(Qt::WA_StyledBackground)) {
+            // Qt does not paint it for an opaque widget.
+            painter.drawPixmap(0, 0, StyledBackground(*widget));
+        } else {
+            painter.fillRect(widget->rect(), Qt::white);
+        }
     }
     return QObject::eventFilter(watched, event);
 }
-
-bool WhiteGround::PaintGround(QPainter& painter)
-{
-    if (LiesOnWhite()) {
-        painter.fillRect(widget->rect(), Qt::white);
-    }
-    return false;
-}
-
-void WhiteGround::StyleHasChanged()
-{
-    widget->setAttribute(Qt::WA_OpaquePaintEvent, LiesOnWhite());
-}
-
-bool WhiteGround::LiesOnWhite() const
-{
-    return !whitePage->isWindow();
-}
-
-#include "moc_WhiteGround.cpp"

@@ -47,15 +47,22 @@ void CardShadow::draw(QPainter* painter)
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }
-    // In place of what is there: Qt has cleared the places that changed, but lets the effect paint all that
-    // lies between them, and a shadow on a shadow grows darker.
-    painter->setCompositionMode(QPainter::CompositionMode_Source);
     const int blur = qCeil(blurRadius());
-    const QMargins corner(picture.width() / 2 - 1, picture.height() / 2 - 1, picture.width() / 2 - 1,
-                          picture.height() / 2 - 1);
-    qDrawBorderPixmap(painter, card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint()),
-                      corner, picture);
-    painter->setCompositionMode(QPainter::CompositionMode_SourceOver);
+    const QRect frame = card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint());
+    // The card covers its inside, except near the corners. Without the clip each change on the card would
+    // draw the shadow below it, too.
+    QRegion visible(frame);
+    visible -= card->rect().adjusted(CORNER_REACH, 0, -CORNER_REACH, 0);
+    visible -= card->rect().adjusted(0, CORNER_REACH, 0, -CORNER_REACH);
+    const int width = picture.width() / 2 - 1;
+    const int height = picture.height() / 2 - 1;
+    painter->save();
+    painter->setClipRegion(visible);
+    // Replaces what is there: Qt has cleared the places that changed, but lets the effect paint everything
+    // between them, and a shadow on a shadow is darker.
+    painter->setCompositionMode(QPainter::CompositionMode_Source);
+    qDrawBorderPixmap(painter, frame, QMargins(width, height, width, height), picture);
+    painter->restore();
     drawSource(painter);
 }
 
