@@ -544,7 +544,8 @@ void TestSingleApplication::messageNamesAnyWindow()
     };
     const int descriptors = open();
     RawxWindowOpt::ActivexWindow(0x1234567);
-    QCOMPARE(open(), descriptors);
+    // A thread of Qt may have had one of its own open for a moment.
+    QTRY_VERIFY(open() <= descriptors);
     const QList<RootListener::Message> messages = root.Take();
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first().window, 0x1234567UL);
