@@ -1,8 +1,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocalSocket>
 #include <QProcess>
 #include <csignal>
+#include <sys/resource.h>
 
 #include "DesktopTest.h"
 
@@ -17,6 +19,7 @@ private slots:
     void engineThatLeavesAChildBehindEnds();
     void floodOfMessagesIsBorne_data();
     void floodOfMessagesIsBorne();
+    void lackOfDescriptorsIsBorne();
     void engineThatPrintsIsBorne();
     void engineSeesTheEndOfItsInputWhenTheProgramIsKilled();
     void thousandConnectionsAreBorne();
@@ -118,6 +121,35 @@ void TestFaults::floodOfMessagesIsBorne()
     VERIFY_SOON(world->ShowsCasting());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
+}
+
+void TestFaults::lackOfDescriptorsIsBorne()
+{
+    Begin();
+    const auto pid = static_cast<pid_t>(world->AssistantPid());
+    const QString status = world->Home() + QStringLiteral("/Velodesk/TandraIpc");
+    const QString instance =
+        world->Environment().value(QStringLiteral("TMPDIR")) + QStringLiteral("/VelodeskServer");
+    rlimit before{};
+    QCOMPARE(prlimit(pid, RLIMIT_NOFILE, nullptr, &before), 0);
+    // No number is left, except that of a listening socket that is closed.
+    rlim_t first = 0;
+    while (QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(pid).arg(first)).isSymLink()) {
+        ++first;
+    }
+    const rlimit few{first, before.rlim_max};
+    QCOMPARE(prlimit(pid, RLIMIT_NOFILE, &few, nullptr), 0);
+    int closed = 0;
+    for (const QString& path : {status, instance}) {
+        QLocalSocket client;
+        client.connectToServer(path);
+        ++closed;
+        VERIFY_SOON(world->CountLog(QStringLiteral("Local server closed, listen again.")) == closed);
+    }
+    QCOMPARE(prlimit(pid, RLIMIT_NOFILE, &before, nullptr), 0);
+    StillWorks();
+    QCOMPARE(world->StartSecond(), 0);
+    VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
 }
 
 void TestFaults::engineThatPrintsIsBorne()
