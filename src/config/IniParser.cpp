@@ -148,7 +148,8 @@ int IniParser::Save(const std::string& filePath)
         }
         stream << '[' << section << ']' << configFile.inlineComments[section] << '\n' << std::flush;
         for (const auto& [key, value] : keys) {
-            const std::string name = section + "/" + key;
+            std::string name = section;
+            name.append("/").append(key);
             // Such a comment can only belong to a section of that name; the key is then not written.
             if (configFile.commentLines[name + "0"].empty()) {
                 stream << key << '=' << value << configFile.inlineComments[name] << '\n' << std::flush;

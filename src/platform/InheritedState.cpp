@@ -46,7 +46,7 @@ void Brevora::InheritedState::KeepDescriptorsFromChildren()
     }
     while (const dirent* entry = readdir(descriptors)) {
         // The two entries that are no numbers give 0.
-        const int file = std::atoi(entry->d_name);
+        const auto file = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
         if (file > STDERR_FILENO) {
             fcntl(file, F_SETFD, FD_CLOEXEC);
         }
