@@ -1,7 +1,7 @@
-"""Places where scripts/mutate breaks the code: file, the tests that should notice first, what stands there, and what
-is put in its place. Each text stands exactly once in its file; where it does not, more of its surroundings is given."""
+"""The mutants of scripts/mutate: file, the test classes that detect the mutant, the original text, and its replacement.
+Each original text occurs exactly once in its file."""
 
-BREAKS = [
+MUTANTS = [
     # platform
     ("src/platform/Logger.cpp", "TestLogger", "MAX_SIZE = 33554432", "MAX_SIZE = 33554431"),
     ("src/platform/Logger.cpp", "TestLogger", "MESSAGE_SIZE = 4096", "MESSAGE_SIZE = 4095"),
@@ -10,16 +10,16 @@ BREAKS = [
     ("src/platform/Logger.cpp", "TestLogger", 'return " ";', 'return "";'),
     ("src/platform/Logger.cpp", "TestLogger", "%y-%m-%d %H:%M:%S", "%Y-%m-%d %H:%M:%S"),
     ("src/platform/Logger.cpp", "TestLogger", "    chmod(to.c_str(), FILE_MODE);\n", ""),
-    ("src/platform/Logger.cpp", "TestLogger", "std::ios::out | std::ios::app", "std::ios::out"),
+    ("src/platform/Logger.cpp", "TestLogger", "Open(O_APPEND)", "Open(O_TRUNC)"),
     ("src/platform/Logger.cpp", "TestLogger", "const std::lock_guard<std::mutex> guard(lock);", ""),
     ("src/platform/UtilsText.cpp", "TestUtils", "UTILS_BUFFER_SIZE = 1026;", "UTILS_BUFFER_SIZE = 1027;"),
     ("src/platform/UtilsText.cpp", "TestUtils", "EXIT_CODE_MASK = 0xff00", "EXIT_CODE_MASK = 0xfe00"),
     ("src/platform/UtilsText.cpp", "TestUtils", "output.rfind('\\n')", "output.find('\\n')"),
     ("src/platform/UtilsText.cpp", "TestUtils", "if (start < text.size())", "if (start <= text.size())"),
     ("src/platform/UtilsText.cpp", "TestUtils", "id.size() <= MAX_UDID_LENGTH", "id.size() < MAX_UDID_LENGTH"),
-    ("src/platform/UtilsText.cpp", "TestUtils", '(i == 0 && number == "0")', "false"),
+    ("src/platform/UtilsText.cpp", "TestUtils", "[1-9]\\d|[1-9]))", "[1-9]\\d|\\d))"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "sender != Brevora::g_velodeskdPid", "sender < 0"),
-    ("src/platform/Utils.cpp", "TestDaemonBus", "CALL_TIMEOUT_US = 5000000", "CALL_TIMEOUT_US = 4000000"),
+    ("src/platform/Utils.cpp", "TestDaemonBus", "TIMEOUT(5000000)", "TIMEOUT(4000000)"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "errorMessage = TIMED_OUT;", ""),
     ("src/platform/DirOperator.cpp", "TestDirOperator|TestConstant", "DIR_MODE = 0700", "DIR_MODE = 0755"),
     ("src/platform/DirOperator.cpp", "TestDirOperator", "return -DirOperStatus::REMOVE_DIR_FAILED", "return DirOperStatus::REMOVE_DIR_FAILED"),
@@ -47,7 +47,7 @@ BREAKS = [
     ("src/config/Configure.cpp", "TestConfigure", "return count < 0 ? 0U", "return count < -1 ? 0U"),
     ("src/config/Configure.cpp", "TestConfigure", "std::ofstream(filePath, std::ios::app).close();", "std::ofstream(filePath).close();"),
     # statuschannel
-    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "removeServer(serverName)", "objectName()"),
+    ("src/statuschannel/LocalServer.cpp", "TestConnServer|TestSingleApplication", "    removeServer(wantedName);\n", ""),
     ("src/statuschannel/AppMessage.h", "TestAppMessage|TestConnServer", 'STOP("stop", 4)', 'STOP("stop", 3)'),
     ("src/statuschannel/ConnClient.cpp", "TestConnClient", "statusTimer.start(", "statusTimer.setInterval("),
     # supervision
@@ -57,7 +57,7 @@ BREAKS = [
     ("src/supervision/BaseApp.h", "TestBaseApp", "(*at)->state() == QProcess::Running", "(*at)->state() != QProcess::NotRunning"),
     ("src/supervision/TandraApp.cpp", "TestTandraApp", "if (count > 0)", "if (count >= 0)"),
     ("src/supervision/AppManager.cpp", "TestAppManager", "emit AppEvent(type, APP_EVENT_STOPPED);", "emit AppEvent(type, APP_EVENT_INITED);"),
-    ("src/supervision/AppManager.cpp", "TestAppManager", "StopApp(type, true); }", "StopApp(type, false); }"),
+    ("src/supervision/AppManager.cpp", "TestAppManager", "StopApp(app.type, true); }", "StopApp(app.type, false); }"),
     # shell
     ("src/shell/Shadow.cpp", "TestShadow", "20.0", "21.0"),
     ("src/shell/CardWindow.cpp", "TestVeloWin|TestExitWin", "offset.y() <= dragLimit.y()", "offset.y() < dragLimit.y()"),
@@ -78,7 +78,6 @@ BREAKS = [
     ("src/multiscreen/MultiScreen.cpp", "TestTrustedDevices", "    EraseTrustFile(directory, TRUST_FILE_2);\n", ""),
     ("src/multiscreen/MultiScreen.cpp", "TestHelpPages", "    helpView.clear();\n", ""),
     # entry
-    ("src/entry/SingleApplication.cpp", "TestSingleApplication", "QLocalServer::removeServer(serverName);", ""),
     ("src/entry/RawxWindowOpt.cpp", "TestSingleApplication", "SOURCE_PAGER = 2", "SOURCE_PAGER = 1"),
     ("src/entry/VeloMain.cpp", "TestCommandLine", "ARGUMENT_COUNT = 2", "ARGUMENT_COUNT = 3"),
     ("src/entry/VeloMain.cpp", "TestCommandLine", "std::stoi(argv[1])", "std::stoi(argv[1], nullptr, 0)"),
@@ -86,18 +85,47 @@ BREAKS = [
     ("src/entry/VeloMain.cpp", "TestEnd", "    veloWin.exitHook = StopVelodeskd;\n", ""),
     ("src/entry/VeloMain.cpp", "TestEnd", "    veloWin.SetAppObj(application);\n", ""),
     ("src/platform/UtilsText.cpp", "TestUtils", "COMMAND_BUFFER_SIZE = 1024", "COMMAND_BUFFER_SIZE = 1025"),
-    ("src/shell/CardShadow.cpp", "TestShadow", "CORNER_REACH = 48", "CORNER_REACH = 12"),
-    ("src/shell/CardShadow.cpp", "TestShadow", "    painter->setCompositionMode(QPainter::CompositionMode_Source);\n", ""),
+    ("src/shell/CardShadow.cpp", "TestCardShadow", "CORNER_REACH = 48", "CORNER_REACH = 12"),
+    ("src/shell/CardShadow.cpp", "TestCardShadow", "    painter->setCompositionMode(QPainter::CompositionMode_Source);\n", ""),
     ("src/shell/AboutWin.cpp", "TestAboutWin", "    serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());\n", ""),
     ("src/shell/VeloWin.cpp", "TestScarceMemory", 'LOG_ERROR("Item is nullptr.");', 'LOG_ERROR("Item is nullptr.");\n        container.release();'),
     ("src/statuschannel/ConnClient.cpp", "TestConnClient", "        if (!localSocket.waitForConnected(CONNECT_TIMEOUT_MS)) {", "        if (!localSocket.waitForConnected(1)) {"),
-    # what listeners and long texts may do
+    # callers and texts out of the ordinary
     ("src/supervision/AppManager.cpp", "TestAppManager", "ONCE = Qt::UniqueConnection", "ONCE = Qt::AutoConnection"),
-    ("src/supervision/AppManager.cpp", "TestAppManager", "= AppOf(type)) {", "= FindApp(type)) {"),
-    ("src/supervision/BaseApp.h", "TestAppManager", "                    outlived.push_back(*at);\n", ""),
-    ("src/supervision/PausedNotifiers.cpp", "TestAppManager", "status.st_ino == one.inode", "true"),
-    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    device.close();\n", ""),
-    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    device.disconnect();\n", ""),
-    ("src/platform/UtilsText.cpp", "TestUtils", "matched = fallbacks[matched - 1];", "matched = 0;"),
-    ("src/config/IniParser.cpp", "TestIniParser", "progress.keys = nullptr;", ""),
+    ("src/supervision/AppManager.cpp", "TestAppManager", "StartApp(AppType type)\n{\n    if (appMap[type] == nullptr)", "StartApp(AppType type)\n{\n    if (false)"),
+    ("src/supervision/BaseApp.h", "TestBaseApp|TestAppManager", "                removed.push_back(*at);\n", ""),
+    ("src/supervision/PausedNotifiers.cpp", "TestPausedNotifiers", "if (notifier->isEnabled())", "if (true)"),
+    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "        socket->close();\n", ""),
+    ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    connect(socket, &QLocalSocket::disconnected, this, &ConnServer::RemoveConn);\n", ""),
+    ("src/platform/UtilsText.cpp", "TestUtils", "text.erase(at, piece.size());", "text.erase(at, 1);"),
+    ("src/config/IniParser.cpp", "TestIniParser", "std::max(start, comment) - start", "comment - start"),
+    # faults of disk, bus, descriptors and signals
+    ("src/platform/Logger.cpp", "TestLogger", "lineIsCut = text[static_cast<std::size_t>(written) - 1] != '\\n';", ""),
+    ("src/platform/Logger.cpp", "TestLogger", "O_WRONLY | O_CREAT | O_CLOEXEC | truncateOrAppend", "O_WRONLY | O_CREAT | truncateOrAppend"),
+    ("src/platform/Utils.cpp", "TestDaemonBus", "if (deadline.IsOver())", "if (false)"),
+    ("src/platform/Utils.cpp", "TestDaemonBus", "    sd_bus_set_method_call_timeout(call.bus, deadline.Left());\n", ""),
+    ("src/platform/Utils.cpp", "TestDaemonBus", "call.isAnswering = called != -ETIMEDOUT;", "call.isAnswering = true;"),
+    ("src/platform/InheritedState.cpp", "TestCommandLine", "    sigprocmask(SIG_SETMASK, &none, nullptr);\n", ""),
+    ("src/platform/InheritedState.cpp", "TestCommandLine", "file <= STDERR_FILENO", "file < STDERR_FILENO"),
+    ("src/platform/InheritedState.cpp", "TestBaseApp", "if (file > STDERR_FILENO)", "if (file < 0)"),
+    ("src/statuschannel/LocalServer.cpp", "TestLocalServer", "    close();\n", ""),
+    ("src/statuschannel/LocalServer.cpp", "TestLocalServer", "        QTimer::singleShot(RETRY_INTERVAL_MS, this, &LocalServer::ListenAgain);\n", ""),
+    ("src/supervision/BaseApp.h", "TestBaseApp", " || process->error() == QProcess::Crashed", ""),
+    ("src/supervision/BaseApp.h", "TestBaseApp", "        process->setStandardOutputFile(QProcess::nullDevice());\n", ""),
+    ("src/supervision/BaseApp.h", "TestBaseApp", "        Brevora::InheritedState::KeepDescriptorsFromChildren();\n", ""),
+    ("src/supervision/AppManager.cpp", "TestTwoApplications", "return !appMap[app.type];", "return false;"),
+    ("src/supervision/PausedNotifiers.cpp", "TestPausedNotifiers", "            notifier->setEnabled(true);\n", ""),
+    ("src/entry/TerminationSignals.cpp", "TestCommandLine|TestEnd", "{SIGTERM, SIGINT, SIGHUP}", "{SIGTERM, SIGINT}"),
+    ("src/entry/TerminationSignals.cpp", "TestCommandLine|TestEnd", "    haveArrived = 1;\n", ""),
+    ("src/entry/TerminationSignals.cpp", "TestCommandLine|TestEnd", "    SetHandler(SIG_DFL);\n", ""),
+    ("src/entry/StartEnvironment.cpp", "TestStartEnvironment", "std::isfinite(factor) && ", ""),
+    ("src/entry/VeloMain.cpp", "TestPages|TestFaults", "    TranslateQt(application);\n", ""),
+    ("src/entry/VeloMain.cpp", "TestScreenReader", "    Accessibility::Install();\n", ""),
+    ("src/multiscreen/MultiScreen.cpp", "TestSettingsView", 'QStringLiteral("[;\\n\\r]")', 'QStringLiteral("[;\\n]")'),
+    # windows
+    ("src/shell/CardWindow.cpp", "TestShadow|TestCardShadow", "event->type() == QEvent::Enter", "event->type() == QEvent::Leave"),
+    ("src/shell/CardShadow.cpp", "TestCardShadow", "painter->device() != card->backingStore()->paintDevice()", "false"),
+    ("src/shell/Accessibility.cpp", "TestAccessibility", "button->text().trimmed()", "button->text()"),
+    ("src/shell/Accessibility.cpp", "TestAccessibility", "        state.hasPopup = true;\n", ""),
+    ("src/shell/Accessibility.cpp", "TestAccessibility", "return container || !widget()->isEnabled() ?", "return container ?"),
 ]
