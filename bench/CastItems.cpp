@@ -186,7 +186,7 @@ void CompareChanges(Row& row, const char* program, const QRect& area, const Effo
     const Stage stage(program, area);
     for (int round = 0; round < effort.Rounds(CAST_ROUNDS); ++round) {
         ChangeOnce(stage, stage.assistant, row.ours);
-        ChangeOnce(stage, stage.other, row.yardstick);
+        ChangeOnce(stage, stage.other, row.baseline);
     }
 }
 
@@ -232,7 +232,7 @@ void MeasureCast(Report& report, const Effort& effort)
              Row::RATIO_AT_MOST,
              1.0};
     Row label = page;
-    label.yardstickName = QStringLiteral("one label");
+    label.baselineName = QStringLiteral("one label");
     label.limit = 2.0;
     CompareChanges(page, "page-window", PICTURE, effort);
     CompareChanges(label, "label-window", LABEL, effort);
@@ -272,9 +272,9 @@ void MeasureIdle(Report& report, const Effort& effort)
         const Usage ours = UsageOf(stage.assistant.pid);
         const Usage other = UsageOf(stage.other.pid);
         wakeUps.ours.Add((ours.wakeUps - oursBefore.wakeUps) / IDLE_SECONDS);
-        wakeUps.yardstick.Add((other.wakeUps - otherBefore.wakeUps) / IDLE_SECONDS);
+        wakeUps.baseline.Add((other.wakeUps - otherBefore.wakeUps) / IDLE_SECONDS);
         cpu.ours.Add((ours.cpuMs - oursBefore.cpuMs) / IDLE_SECONDS);
-        cpu.yardstick.Add((other.cpuMs - otherBefore.cpuMs) / IDLE_SECONDS);
+        cpu.baseline.Add((other.cpuMs - otherBefore.cpuMs) / IDLE_SECONDS);
     }
     report.Add(wakeUps);
     report.Add(cpu);

@@ -24,15 +24,15 @@ Samples Read(const QJsonObject& row, const char* key)
     return samples;
 }
 
-double FigureOf(const QString& kind, const Samples& ours, const Samples& yardstick)
+double FigureOf(const QString& kind, const Samples& ours, const Samples& baseline)
 {
     if (kind == QLatin1String("p99")) {
         return ours.Quantile(HIGH_SHARE);
     }
     if (kind == QLatin1String("difference")) {
-        return ours.Median() - yardstick.Median();
+        return ours.Median() - baseline.Median();
     }
-    return yardstick.Median() == 0.0 ? 0.0 : ours.Median() / yardstick.Median();
+    return baseline.Median() == 0.0 ? 0.0 : ours.Median() / baseline.Median();
 }
 
 class Figure
@@ -41,10 +41,10 @@ public:
     explicit Figure(const QJsonObject& row)
         : kind(row.value(QStringLiteral("kind")).toString()),
           ours(Read(row, "ours")),
-          yardstick(Read(row, "yardstick_samples"))
+          baseline(Read(row, "baseline_samples"))
     {}
 
-    double Value() const { return FigureOf(kind, ours, yardstick); }
+    double Value() const { return FigureOf(kind, ours, baseline); }
 
     /// The standard deviation of the figure among runs that could as well have come.
     double Deviation() const
@@ -54,7 +54,7 @@ public:
         double squares = 0.0;
         for (int draw = 0; draw < DRAWS; ++draw) {
             const Samples drawnOurs = Drawn(ours, lots);
-            const double value = FigureOf(kind, drawnOurs, Drawn(yardstick, lots));
+            const double value = FigureOf(kind, drawnOurs, Drawn(baseline, lots));
             sum += value;
             squares += value * value;
         }
@@ -75,14 +75,14 @@ private:
 
     QString kind;
     Samples ours;
-    Samples yardstick;
+    Samples baseline;
 };
 
-/// Rows of one name differ in their yardstick, or in what is wanted of them.
+/// Rows of one name differ in their baseline, or in what is wanted of them.
 QString NameOf(const QJsonObject& row)
 {
     const QString name = QStringLiteral("%1, %2").arg(row.value(QStringLiteral("name")).toString(),
-                                                      row.value(QStringLiteral("yardstick")).toString());
+                                                      row.value(QStringLiteral("baseline")).toString());
     return row.value(QStringLiteral("kind")).toString() == QLatin1String("p99")
                ? name + QStringLiteral(", 99 in 100")
                : name;

@@ -27,7 +27,7 @@ int main(int argc, char** argv)
         return 2;
     }
     int differing = 0;
-    std::printf("%-52s %9s %9s %9s\n", "item, yardstick", "before", "after", "noise");
+    std::printf("%-52s %9s %9s %9s\n", "item, baseline", "before", "after", "noise");
     for (const Change& change : changes) {
         differing += change.IsBeyondNoise() ? 1 : 0;
         std::printf("%-52s %9.3f %9.3f %9.3f %s\n", qUtf8Printable(change.name), change.before, change.after,

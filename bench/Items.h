@@ -5,7 +5,7 @@
 
 #include "Report.h"
 
-/// How often an item is measured: the samples of ours and of the yardstick are taken in turn, one of each a
+/// How often an item is measured: the samples of ours and of the baseline are taken in turn, one of each a
 /// round.
 struct Effort
 {

@@ -80,7 +80,7 @@ void MeasureQuit(Report& report, const Effort& effort)
             150.0};
     for (int round = 0; round < effort.Rounds(ROUNDS); ++round) {
         row.ours.Add(QuitOnce());
-        row.yardstick.Add(EndOnce());
+        row.baseline.Add(EndOnce());
     }
     report.Add(row);
 }

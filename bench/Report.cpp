@@ -86,17 +86,17 @@ QJsonObject RowToJson(const Row& row)
 {
     return {{QStringLiteral("name"), row.name},
             {QStringLiteral("unit"), row.unit},
-            {QStringLiteral("yardstick"), row.yardstickName},
+            {QStringLiteral("baseline"), row.baselineName},
             {QStringLiteral("ours_median"), row.ours.Median()},
             {QStringLiteral("ours_iqr"), row.ours.Spread()},
-            {QStringLiteral("yardstick_median"), row.yardstick.Median()},
-            {QStringLiteral("yardstick_iqr"), row.yardstick.Spread()},
+            {QStringLiteral("baseline_median"), row.baseline.Median()},
+            {QStringLiteral("baseline_iqr"), row.baseline.Spread()},
             {QStringLiteral("kind"), Kind(row.aim)},
             {QStringLiteral("figure"), row.Figure()},
             {QStringLiteral("aim"), AimText(row)},
             {QStringLiteral("met"), row.IsMet()},
             {QStringLiteral("ours"), row.ours.ToJson()},
-            {QStringLiteral("yardstick_samples"), row.yardstick.ToJson()}};
+            {QStringLiteral("baseline_samples"), row.baseline.ToJson()}};
 }
 } // namespace
 
@@ -104,7 +104,7 @@ double Row::Figure() const
 {
     switch (aim) {
     case MORE_AT_MOST:
-        return ours.Median() - yardstick.Median();
+        return ours.Median() - baseline.Median();
     case P99_BELOW:
         return ours.Quantile(0.99);
     case RATIO_AT_MOST:
@@ -112,7 +112,7 @@ double Row::Figure() const
     case NONE:
         break;
     }
-    return yardstick.Median() == 0.0 ? 0.0 : ours.Median() / yardstick.Median();
+    return baseline.Median() == 0.0 ? 0.0 : ours.Median() / baseline.Median();
 }
 
 bool Row::IsMet() const
@@ -130,13 +130,13 @@ void Report::Print(const Row& row)
 {
     if (rows.size() == 1) {
         PrintLine({QStringLiteral("item"), QStringLiteral("unit"), QStringLiteral("ours ± IQR"),
-                   QStringLiteral("yardstick"), QStringLiteral("its ± IQR"), QStringLiteral("figure"),
+                   QStringLiteral("baseline"), QStringLiteral("its ± IQR"), QStringLiteral("figure"),
                    QStringLiteral("aim"), QString()});
     }
     const QString verdict = row.aim == Row::NONE ? QString()
                             : row.IsMet()        ? QStringLiteral("met")
                                                  : QStringLiteral("MISSED");
-    PrintLine({row.name, row.unit, WithSpread(row.ours), row.yardstickName, WithSpread(row.yardstick),
+    PrintLine({row.name, row.unit, WithSpread(row.ours), row.baselineName, WithSpread(row.baseline),
                Number(row.Figure()), AimText(row), verdict});
 }
 

@@ -5,14 +5,14 @@
 
 #include "Samples.h"
 
-/// One line of the table: ours beside the yardstick, and what is to be reached.
+/// One line of the table: ours beside the baseline, and what is to be reached.
 struct Row
 {
     enum Aim
     {
         RATIO_AT_MOST,
         RATIO_AT_LEAST,
-        /// Ours may take so much more than the yardstick, in the row's unit.
+        /// Ours may take so much more than the baseline, in the row's unit.
         MORE_AT_MOST,
         /// Of 99 in 100 of ours, in the row's unit.
         P99_BELOW,
@@ -22,9 +22,9 @@ struct Row
 
     QString name;
     QString unit;
-    QString yardstickName;
+    QString baselineName;
     Samples ours;
-    Samples yardstick;
+    Samples baseline;
     Aim aim = NONE;
     double limit = 0.0;
 

@@ -162,7 +162,7 @@ void CompareStarts(Report& report, int rounds, const QString& name, const StartA
     StartOnce(desktop, desktop.Bare(), discarded, discarded);
     for (int round = 0; round < rounds; ++round) {
         StartOnce(desktop, desktop.Ours(), wall.ours, cpu.ours);
-        StartOnce(desktop, desktop.Bare(), wall.yardstick, cpu.yardstick);
+        StartOnce(desktop, desktop.Bare(), wall.baseline, cpu.baseline);
     }
     report.Add(cpu);
     report.Add(wall);
@@ -194,7 +194,7 @@ void MeasureMemory(Report& report, const Effort& effort)
             0.5};
     for (int round = 0; round < effort.Rounds(MEMORY_ROUNDS); ++round) {
         WeighOnce(desktop, desktop.Ours(), pss.ours);
-        WeighOnce(desktop, desktop.Bare(), pss.yardstick);
+        WeighOnce(desktop, desktop.Bare(), pss.baseline);
     }
     report.Add(pss);
 }

@@ -7,7 +7,7 @@
 
 #include "inside/Scratch.h"
 #include "platform/Log.h"
-#include "yardsticks/plainlog.h"
+#include "baselines/plainlog.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";

@@ -28,14 +28,14 @@ QJsonArray Values(double middle, double scatter)
     return values;
 }
 
-QJsonObject Run(const QJsonArray& ours, const QJsonArray& yardstick, const char* kind = "ratio",
+QJsonObject Run(const QJsonArray& ours, const QJsonArray& baseline, const char* kind = "ratio",
                 const char* name = "start")
 {
     const QJsonObject row{{QStringLiteral("name"), QString::fromLatin1(name)},
-                          {QStringLiteral("yardstick"), QStringLiteral("bare")},
+                          {QStringLiteral("baseline"), QStringLiteral("bare")},
                           {QStringLiteral("kind"), QString::fromLatin1(kind)},
                           {QStringLiteral("ours"), ours},
-                          {QStringLiteral("yardstick_samples"), yardstick}};
+                          {QStringLiteral("baseline_samples"), baseline}};
     return {{QStringLiteral("rows"), QJsonArray{row}}};
 }
 

@@ -1,5 +1,5 @@
 #define _GNU_SOURCE
-#include "yardsticks/plainlog.h"
+#include "baselines/plainlog.h"
 
 #include <fcntl.h>
 #include <pthread.h>
