@@ -31,9 +31,7 @@ void MeasureQuit(Report& report, const Effort& effort);
 void MeasureLog(Report& report, const Effort& effort);
 void MeasureRotation(Report& report, const Effort& effort);
 void MeasureSettings(Report& report, const Effort& effort);
-void MeasureGrowth(Report& report, const Effort& effort);
 void MeasureErase(Report& report, const Effort& effort);
-void MeasureMessages(Report& report, const Effort& effort);
 
 /// The path of a program of this build.
 inline QString BuiltProgram(const char* name)

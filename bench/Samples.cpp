@@ -24,12 +24,3 @@ Samples Samples::Mapped(const std::function<double(double)>& change) const
     }
     return changed;
 }
-
-QJsonArray Samples::ToJson() const
-{
-    QJsonArray array;
-    for (const double value : values) {
-        array.append(value);
-    }
-    return array;
-}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QJsonArray>
 #include <QVector>
 #include <functional>
 
@@ -10,7 +9,6 @@ class Samples
 public:
     void Add(double value) { values.append(value); }
     int Count() const { return values.size(); }
-    double At(int index) const { return values.at(index); }
 
     double Median() const { return Quantile(0.5); }
     /// The middle half's width: what noise there was.
@@ -20,8 +18,6 @@ public:
 
     /// Each value by the function, in the same order.
     Samples Mapped(const std::function<double(double)>& change) const;
-
-    QJsonArray ToJson() const;
 
 private:
     QVector<double> values;

@@ -11,7 +11,7 @@ PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-d
 PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
-PACKAGES_BENCH=(libbenchmark-dev libspdlog-dev)
+PACKAGES_BENCH=(libbenchmark-dev)
 PACKAGES_PACKAGING=(binutils dpkg-dev file git)
 PACKAGES_PACKAGE_TEST=(lintian)
 PACKAGES_EMULATION=(qemu-user-static mount)

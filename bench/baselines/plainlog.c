@@ -20,7 +20,6 @@ static off_t current_size(void)
         return -1;
     }
     const off_t size = lseek(fd, 0, SEEK_END);
-    lseek(fd, 0, SEEK_SET);
     close(fd);
     return size;
 }

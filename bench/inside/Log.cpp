@@ -1,13 +1,9 @@
 #include <benchmark/benchmark.h>
-#include <memory>
 #include <unistd.h>
 
-#include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/spdlog.h>
-
+#include "baselines/plainlog.h"
 #include "inside/Scratch.h"
 #include "platform/Log.h"
-#include "baselines/plainlog.h"
 
 namespace {
 constexpr char MODULE_TAG[] = "VELODESK";
@@ -50,31 +46,6 @@ void Plain(benchmark::State& state)
     state.SetItemsProcessed(state.iterations());
 }
 
-std::shared_ptr<spdlog::logger> spdLogger;
-
-void StartSpdlog(const benchmark::State&)
-{
-    const std::string path = ScratchPath("spdlog.log");
-    unlink(path.c_str());
-    spdLogger = spdlog::basic_logger_mt("bench", path);
-    spdLogger->set_pattern("[%y-%m-%d %H:%M:%S.%f] [%l] [%s:%#] VELODESK: %v");
-    spdLogger->flush_on(spdlog::level::info);
-}
-
-void EndSpdlog(const benchmark::State&)
-{
-    spdLogger.reset();
-    spdlog::drop_all();
-}
-
-void Spdlog(benchmark::State& state)
-{
-    int number = 0;
-    for (auto _ : state) {
-        SPDLOG_LOGGER_INFO(spdLogger, "count is {}", ++number);
-    }
-    state.SetItemsProcessed(state.iterations());
-}
 } // namespace
 
 BENCHMARK(Ours)->Name("log/ours")->Setup(StartOurs)->UseRealTime()->Threads(1)->Threads(MANY_THREADS);
@@ -82,13 +53,6 @@ BENCHMARK(Plain)
     ->Name("log/plain")
     ->Setup(StartPlain)
     ->Teardown(EndPlain)
-    ->UseRealTime()
-    ->Threads(1)
-    ->Threads(MANY_THREADS);
-BENCHMARK(Spdlog)
-    ->Name("log/spdlog")
-    ->Setup(StartSpdlog)
-    ->Teardown(EndSpdlog)
     ->UseRealTime()
     ->Threads(1)
     ->Threads(MANY_THREADS);
