@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <climits>
+#include <iterator>
 #include <memory>
 
 #include "config/Constant.h"
@@ -13,20 +14,37 @@ namespace {
 const QString DATA = QStringLiteral("/Velodesk/");
 const QString LOG = QStringLiteral("/Velodesk/log");
 
-/// The table of texts for what the two directory getters give.
+/// Every text in the order of its name; <data> and <log> are what the two directory getters give.
+constexpr struct
+{
+    Velodesk::StrConstName name;
+    const char* text;
+} TEXTS[] = {
+    {Velodesk::DATA_DIR, "<data>"},
+    {Velodesk::LOG_FILE, "<log>/velodesk.log"},
+    {Velodesk::CONF_FILE, "<data>/velodesk.conf"},
+    {Velodesk::ENGINE_PATH, "/opt/apps/com.zelmora.velodesk/files/tandra/bin/Tandra"},
+    {Velodesk::ENGINE_IPC_NAME, "<data>TandraIpc"},
+    {Velodesk::ENGINE_SECTION, "Tandra"},
+    {Velodesk::SERVER_SECTION, "VelodeskServer"},
+    {Velodesk::KEY_DEVICE_NAME, "devicename"},
+    {Velodesk::KEY_STATEMENT, "statement"},
+    {Velodesk::KEY_TRUST_NUM, "trustNum"},
+    {Velodesk::KEY_FILE_STORE_PATH, "fileStorePath"},
+};
+constexpr int TEXT_COUNT = int(std::size(TEXTS));
+
+/// A line for each text, with its number.
 QStringList Table(const QString& dataDir, const QString& logDir)
 {
-    return {QStringLiteral("0 ") + dataDir,
-            QStringLiteral("1 ") + logDir + QStringLiteral("/velodesk.log"),
-            QStringLiteral("2 ") + dataDir + QStringLiteral("/velodesk.conf"),
-            QStringLiteral("3 /opt/apps/com.zelmora.velodesk/files/tandra/bin/Tandra"),
-            QStringLiteral("4 ") + dataDir + QStringLiteral("TandraIpc"),
-            QStringLiteral("5 Tandra"),
-            QStringLiteral("6 VelodeskServer"),
-            QStringLiteral("7 devicename"),
-            QStringLiteral("8 statement"),
-            QStringLiteral("9 trustNum"),
-            QStringLiteral("10 fileStorePath")};
+    QStringList lines;
+    for (const auto& row : TEXTS) {
+        lines.append(QString::number(lines.size()) + QLatin1Char(' ') +
+                     QString::fromLatin1(row.text)
+                         .replace(QLatin1String("<data>"), dataDir)
+                         .replace(QLatin1String("<log>"), logDir));
+    }
+    return lines;
 }
 
 /// What the probe prints: the table, and a constant that it read before main().
@@ -45,7 +63,7 @@ private slots:
     void cleanup();
 
     void textsAreNumberedInTheirOrder();
-    void numbersAreTold();
+    void numbersAreInTheirTable();
     void otherNamesAreEmptyOrZero_data();
     void otherNamesAreEmptyOrZero();
     void valueIsACopy();
@@ -91,7 +109,8 @@ QStringList TestConstant::Run(const QStringList& world, const QByteArray& variab
     } else {
         arguments << QStringLiteral("--setenv") << QStringLiteral("HOME") << QString::fromLocal8Bit(variable);
     }
-    arguments << QStringLiteral("--") << QStringLiteral(CONSTANTPROBE) << directories;
+    arguments << QStringLiteral("--") << QStringLiteral(CONSTANTPROBE) << QString::number(TEXT_COUNT)
+              << directories;
     QProcess probe;
     probe.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     probe.start(QStringLiteral("bwrap"), arguments);
@@ -112,21 +131,18 @@ QStringList TestConstant::Probe(const QByteArray& variable, const QStringList& d
 
 void TestConstant::textsAreNumberedInTheirOrder()
 {
-    const Velodesk::StrConstName names[] = {
-        Velodesk::DATA_DIR,       Velodesk::LOG_FILE,           Velodesk::CONF_FILE,
-        Velodesk::ENGINE_PATH,    Velodesk::ENGINE_IPC_NAME,    Velodesk::ENGINE_SECTION,
-        Velodesk::SERVER_SECTION, Velodesk::KEY_DEVICE_NAME,    Velodesk::KEY_STATEMENT,
-        Velodesk::KEY_TRUST_NUM,  Velodesk::KEY_FILE_STORE_PATH};
     QStringList lines;
-    for (const Velodesk::StrConstName name : names) {
-        lines.append(QStringLiteral("%1 %2").arg(int(name)).arg(
-            QString::fromStdString(Constant<Velodesk::StrConstName, std::string>::GetConstant(name))));
+    for (const auto& row : TEXTS) {
+        lines.append(QStringLiteral("%1 %2")
+                         .arg(int(row.name))
+                         .arg(QString::fromStdString(
+                             Constant<Velodesk::StrConstName, std::string>::GetConstant(row.name))));
     }
     const QString own = QString::fromLocal8Bit(qgetenv("HOME"));
     QCOMPARE(lines, Table(own + DATA, own + LOG));
 }
 
-void TestConstant::numbersAreTold()
+void TestConstant::numbersAreInTheirTable()
 {
     QCOMPARE(int(Velodesk::APP_STOP_TIMEOUT_MS), 0);
     QCOMPARE((Constant<Velodesk::IntConstName, int>::GetConstant(Velodesk::APP_STOP_TIMEOUT_MS)), 3000);
@@ -137,7 +153,7 @@ void TestConstant::otherNamesAreEmptyOrZero_data()
 {
     QTest::addColumn<int>("text");
     QTest::addColumn<int>("number");
-    QTest::newRow("the next") << 11 << 1;
+    QTest::newRow("the next") << TEXT_COUNT << 1;
     QTest::newRow("the largest") << INT_MAX << INT_MAX;
     QTest::newRow("negative") << -1 << -1;
 }

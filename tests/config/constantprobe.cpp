@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <cstdlib>
 #include <sys/stat.h>
 
 #include "config/Constant.h"
@@ -16,13 +17,14 @@ void Tell(const char* name)
 }
 } // namespace
 
-/// Prints whether the directories given were there before this began, and then what the tables hold.
+/// constantprobe COUNT [DIRECTORY...]: prints whether the directories existed before main(), and then that
+/// many texts.
 int main(int argc, char* argv[])
 {
-    for (int i = 1; i < argc; ++i) {
+    for (int i = 2; i < argc; ++i) {
         Tell(argv[i]);
     }
-    for (int i = 0; i <= Velodesk::KEY_FILE_STORE_PATH; ++i) {
+    for (int i = 0; i < std::atoi(argv[1]); ++i) {
         std::printf("%d %s\n", i, GetConstant(static_cast<Velodesk::StrConstName>(i)).c_str());
     }
     std::printf("early %s\n", EARLY.c_str());

@@ -50,6 +50,12 @@ protected:
     std::unique_ptr<DesktopWorld> world;
 };
 
-/// Fails the test with what was to be seen beside the condition.
-#define VERIFY_SOON(condition)                                                                               \
-    QVERIFY2(DesktopWorld::WaitFor([&] { return condition; }), qPrintable(world->Describe()))
+/// Fails the test if the condition does not become true, and prints its text and `description`.
+#define VERIFY_SOON_WITH(condition, text, description)                                                       \
+    do {                                                                                                     \
+        const bool isTrue = DesktopWorld::WaitFor([&] { return condition; });                                \
+        if (!QTest::qVerify(isTrue, text, isTrue ? "" : qPrintable(description), __FILE__, __LINE__)) {      \
+            return;                                                                                          \
+        }                                                                                                    \
+    } while (false)
+#define VERIFY_SOON(condition) VERIFY_SOON_WITH(condition, #condition, world->Describe())

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <unistd.h>
 
-#include "Patience.h"
 #include "Places.h"
 
 namespace {
@@ -50,9 +49,8 @@ QString& GivenUp()
     return reason;
 }
 
-bool WaitForEnd(QProcess& process, int milliseconds = -1)
+bool WaitForEnd(QProcess& process, int milliseconds = DesktopWorld::PATIENCE_MS)
 {
-    // The world's own way to wait: it knows when there is no sense in it any more.
     return DesktopWorld::WaitFor(
         [&process] { return process.state() == QProcess::NotRunning || process.waitForFinished(0); },
         milliseconds);
@@ -84,6 +82,8 @@ QList<DesktopWorld::Event> ReadEvents(const QString& path)
     return events;
 }
 } // namespace
+
+const QProcess* DesktopWorld::startedDaemon = nullptr;
 
 DesktopWorld::DesktopWorld(Options wanted)
     : options(std::move(wanted)),
@@ -128,6 +128,7 @@ DesktopWorld::DesktopWorld(Options wanted)
 
 DesktopWorld::~DesktopWorld()
 {
+    startedDaemon = nullptr;
     const qint64 pid = AssistantPid();
     if (pid != 0 && daemon.state() != QProcess::NotRunning) {
         kill(static_cast<pid_t>(pid), SIGKILL);
@@ -165,6 +166,7 @@ bool DesktopWorld::StartAssistant(const QStringList& daemonOptions)
     if (!daemon.waitForStarted(STARTED_MS)) {
         return false;
     }
+    startedDaemon = &daemon;
     return WaitFor([this, ready] {
                const bool up = !options.agreed || CountLog(QStringLiteral("Mainwindow start.")) > ready;
                return daemon.state() == QProcess::NotRunning ||
@@ -509,10 +511,12 @@ bool DesktopWorld::BigCardIsDrawn() const
 bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseconds)
 {
     const QDeadlineTimer deadline(milliseconds);
-    Patience patience;
+    const QDeadlineTimer afterEnd(ENDED_MS);
     while (!condition()) {
-        if (milliseconds == PATIENCE_MS ? patience.IsOver() : deadline.hasExpired()) {
-            GivenUp() = patience.Reason();
+        // The daemon ends with the program.
+        const bool ended = startedDaemon != nullptr && startedDaemon->state() == QProcess::NotRunning;
+        if (deadline.hasExpired() || (ended && afterEnd.hasExpired())) {
+            GivenUp() = ended ? QStringLiteral("the program has ended") : QStringLiteral("waited in vain");
             return false;
         }
         QCoreApplication::processEvents();

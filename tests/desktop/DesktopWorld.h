@@ -18,8 +18,8 @@
 class DesktopWorld
 {
 public:
-    /// As long as it takes: until nothing works any more, see Patience.
-    static constexpr int PATIENCE_MS = -1;
+    /// Longer than anything takes on a loaded machine.
+    static constexpr int PATIENCE_MS = 60000;
 
     /// Where the program sees its installed files.
     static constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
@@ -171,8 +171,8 @@ public:
     bool ShowsCasting() const;
     bool ShowsIdle() const;
 
-    /// Waits until `condition` holds, looking again every few milliseconds; false after `milliseconds`, or
-    /// when there is no more to be waited for.
+    /// Waits until `condition` holds, checking it every few milliseconds; false after `milliseconds`, or
+    /// after 20 s if the program has ended.
     static bool WaitFor(const std::function<bool()>& condition, int milliseconds = PATIENCE_MS);
 
     /// What can be told of the program at this moment, for the message of a test that fails.
@@ -215,5 +215,7 @@ private:
     QProcess systemBus;
     QProcess sessionBus;
     QProcess daemon;
+    /// That of the world whose program was started last.
+    static const QProcess* startedDaemon;
     std::unique_ptr<XDesktop> desktop;
 };

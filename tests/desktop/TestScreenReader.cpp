@@ -73,14 +73,11 @@ const QString ACTION = QStringLiteral("org.a11y.atspi.Action");
 const QString REGISTRY = QStringLiteral("org.a11y.atspi.Registry");
 const QString REGISTRY_PATH = QStringLiteral("/org/a11y/atspi/registry");
 const QString ROOT = QStringLiteral("/org/a11y/atspi/accessible/root");
-/// Who is asked again and again works all the time, so that a wait would never be given up.
-constexpr int HEARD_MS = 30000;
 } // namespace
 
 /// Fails the test with the whole tree beside the condition.
 #define VERIFY_HEARD(condition)                                                                              \
-    QVERIFY2(DesktopWorld::WaitFor([&] { return condition; }, HEARD_MS),                                     \
-             qPrintable(world->Describe() + Tree({REGISTRY, ROOT})))
+    VERIFY_SOON_WITH(condition, #condition, world->Describe() + Tree({REGISTRY, ROOT}))
 
 void TestScreenReader::cleanup()
 {
