@@ -17,9 +17,9 @@
 #include "shell/ExitWin.h"
 #include "shell/ProtocolWin.h"
 #include "shell/SerProEdit.h"
-#include "shell/VeloMessageBox.h"
 #include "shell/VeloWin.h"
 #include "support/Looks.h"
+#include "support/ModalActor.h"
 
 namespace {
 constexpr int TRUSTED = 3;
@@ -43,6 +43,8 @@ private:
     void TakeAbout(VeloWin& window);
     void TakeMenu(VeloWin& window);
     void TakeDialogs(VeloWin& window, MultiScreen& page);
+    /// The modal dialog that `ask` opens.
+    void KeepDialog(const char* name, const std::function<void()>& ask);
 
     Look look;
     QString suffix;
@@ -187,22 +189,25 @@ void Photographer::TakeMenu(VeloWin& window)
 
 void Photographer::TakeDialogs(VeloWin& window, MultiScreen& page)
 {
-    ExitWin question(&window);
-    question.show();
+    window.ShowExitWin();
+    auto& question = *window.findChild<ExitWin*>();
     KeepStates("quit", question);
-    {
-        VeloMessageBox box(&page);
-        box.SetWarning();
-        box.SetMessageText(QStringLiteral("可执行文件损坏，无法使用多屏协同\n请卸载重装"));
-        box.SetBtnText(QStringLiteral("确定"), QString());
-        box.show();
-        KeepStates("warning", box);
+    question.hide();
+    // There is no engine here.
+    KeepDialog("warning", [&page] { page.ClickPreScreenBtn(); });
+    KeepDialog("question", [&page] { page.ClearTrustDevices(); });
+}
+
+void Photographer::KeepDialog(const char* name, const std::function<void()>& ask)
+{
+    const ModalActor actor([this, name](QWidget* dialog) {
+        KeepStates(name, *dialog);
+        static_cast<QDialog*>(dialog)->reject();
+    });
+    ask();
+    if (!actor.HasActed()) {
+        qFatal("no dialog for %s", name);
     }
-    VeloMessageBox box(&page);
-    box.SetMessageText(QStringLiteral("清除全部信任设备后，\n下次投屏时需要手机重新确认连接"));
-    box.SetBtnText(QStringLiteral("取消"), QStringLiteral("确定"));
-    box.show();
-    KeepStates("question", box);
 }
 
 QList<Portrait> Photographer::Take()
@@ -215,7 +220,6 @@ QList<Portrait> Photographer::Take()
     return portraits;
 }
 
-/// Premultiplied averages, so that the colour of what is transparent does not count.
 } // namespace
 
 QList<Portrait> TakePortraits(bool shadow)

@@ -27,6 +27,7 @@ private slots:
     void noGoldenPictureIsLeftOver();
     void comparisonSeesAMovedWidget();
     void comparisonSeesAnotherColour();
+    void comparisonSeesAMissingLine();
     void comparisonBearsAnotherRasteriser();
     void comparisonForAnotherReleaseSeesWhatIsMissing();
 
@@ -105,6 +106,26 @@ void TestGoldenPictures::comparisonSeesAnotherColour()
             if (after.pixel(x, y) == qRgb(0x2B, 0x6F, 0xF2)) {
                 after.setPixel(x, y, qRgb(0x3E, 0x80, 0xFF));
             }
+        }
+    }
+    QVERIFY(!FindDifference(before, after).isEmpty());
+}
+
+void TestGoldenPictures::comparisonSeesAMissingLine()
+{
+    const QImage before = Golden(QStringLiteral("settings-shadow"));
+    const QRgb divider = qRgb(0xF0, 0xF0, 0xF0);
+    const int middle = before.width() / 2;
+    int y = 0;
+    while (y < before.height() && before.pixel(middle, y) != divider) {
+        ++y;
+    }
+    QVERIFY(y < before.height());
+    // One row of the divider's two.
+    QImage after = before;
+    for (int x = 0; x < after.width(); ++x) {
+        if (after.pixel(x, y) == divider) {
+            after.setPixel(x, y, qRgb(0xFF, 0xFF, 0xFF));
         }
     }
     QVERIFY(!FindDifference(before, after).isEmpty());

@@ -1,7 +1,9 @@
 // Makes pictures of every window, page and state, in both looks.
 //
 //   portraits --sheet DIR    all of them, and an index.html to look through
-//   portraits --golden DIR   those that the tests compare, as they look now
+//   portraits --golden DIR   brings the golden images in DIR up to date: those that the tests' comparison
+//   rejects
+//                            are replaced, those of no window are removed
 //
 // Needs a display and a scratch home; scripts/pictures brings both.
 
@@ -14,14 +16,19 @@
 #include "Portraits.h"
 #include "entry/StartEnvironment.h"
 #include "shell/Typeface.h"
+#include "support/Pictures.h"
 
 namespace {
 constexpr int OFTEN_ENOUGH = 9;
 
+QString FileName(const Portrait& portrait)
+{
+    return portrait.name + QStringLiteral(".png");
+}
+
 bool Save(const QDir& directory, const Portrait& portrait)
 {
-    return portrait.image.save(directory.filePath(portrait.name + QStringLiteral(".png")), "PNG",
-                               100 - 10 * OFTEN_ENOUGH);
+    return portrait.image.save(directory.filePath(FileName(portrait)), "PNG", 100 - 10 * OFTEN_ENOUGH);
 }
 
 void WriteIndex(const QDir& directory, const QList<Portrait>& portraits)
@@ -59,19 +66,28 @@ int main(int argc, char** argv)
     for (const bool shadow : {true, false}) {
         portraits += TakePortraits(shadow);
     }
-    int saved = 0;
+    QStringList leftOver = sheet ? QStringList() : directory.entryList({QStringLiteral("*.png")});
     for (const Portrait& portrait : portraits) {
-        if (sheet || portrait.golden) {
-            if (!Save(directory, portrait)) {
-                std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(portrait.name));
-                return 1;
-            }
-            ++saved;
+        leftOver.removeOne(FileName(portrait));
+        const bool wanted =
+            sheet ||
+            (portrait.golden &&
+             !FindDifference(portrait.image, QImage(directory.filePath(FileName(portrait)))).isEmpty());
+        if (wanted && !Save(directory, portrait)) {
+            std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(portrait.name));
+            return 1;
         }
+        if (wanted && !sheet) {
+            std::printf("replaced: %s\n", qUtf8Printable(portrait.name));
+        }
+    }
+    for (const QString& name : qAsConst(leftOver)) {
+        directory.remove(name);
+        std::printf("removed: %s\n", qUtf8Printable(name));
     }
     if (sheet) {
         WriteIndex(directory, portraits);
     }
-    std::printf("%d pictures in %s\n", saved, qUtf8Printable(directory.absolutePath()));
+    std::printf("images in %s\n", qUtf8Printable(directory.absolutePath()));
     return 0;
 }

@@ -19,7 +19,8 @@ constexpr Allowance OTHER_RELEASE{2, 24};
 
 /// Where two pictures of one size differ, as a rectangle in pixels; an empty one if they look the same.
 /// Averages over small blocks are compared, so that what is allowed passes, and a widget that was moved or
-/// has another colour does not.
+/// has another colour does not; and lines of one pixel, which would be lost in an average, where a thing has
+/// to stand in its place.
 QRect FindDifference(const QImage& one, const QImage& other, const Allowance& allowance = OTHER_RASTERISER);
 
 /// The largest difference of a channel of any pixel in two pictures of one size, of 255; 255 for two sizes.
