@@ -98,7 +98,7 @@ void TestConfigure::firstStartMakesAnEmptyPrivateFile()
     }
     QCOMPARE(Content(), QByteArray());
     QCOMPARE(ModeOf(path), mode_t(0600));
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("chmod %1.").arg(path)));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("chmod %1.").arg(path)));
     QVERIFY(log->Contains(INFO, VELODESK, log->Messages().first()));
 }
 
@@ -118,7 +118,7 @@ void TestConfigure::getOnAnEmptyFileIsLogged()
     log->Clear();
     QCOMPARE(configure.GetPCDeviceName(), std::string());
     const QString message = QStringLiteral("config file %1 is empty!").arg(path);
-    QCOMPARE(log->Messages(), QStringList(message));
+    COMPARE_LISTS(log->Messages(), QStringList(message));
     QVERIFY(log->Contains(QStringLiteral("WARNING"), QStringLiteral("UTILS"), message));
 }
 
@@ -151,8 +151,8 @@ void TestConfigure::fileThatCannotBeMadeIsLogged()
     }
     SetMode(directory, 0700);
     QVERIFY(!QFileInfo::exists(path));
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("chmod %1.").arg(path), QStringLiteral("chmod fail!")}));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList({QStringLiteral("chmod %1.").arg(path), QStringLiteral("chmod fail!")}));
     QVERIFY(log->Contains(ERROR, VELODESK, QStringLiteral("chmod fail!")));
 }
 
@@ -360,7 +360,7 @@ void TestConfigure::refusedFileIsLeftAlone()
     }
     SetMode(path, 0600);
     QVERIFY(Content() == content);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestConfigure::settersDoNotMakeTheFile()
@@ -398,7 +398,7 @@ void TestConfigure::singletonMakesTheFileAndItsEndWritesNothing()
     Singleton<Configure>::Destroy();
     QCOMPARE(Content(), content);
     QCOMPARE(ModeOf(path), mode_t(0644));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestConfigure)

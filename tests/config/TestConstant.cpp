@@ -9,6 +9,7 @@
 
 #include "config/Constant.h"
 #include "support/Files.h"
+#include "support/Lists.h"
 
 namespace {
 const QString DATA = QStringLiteral("/Velodesk/");
@@ -190,8 +191,8 @@ void TestConstant::directoriesAreThereBeforeMain()
     QCOMPARE(ModeOf(home + LOG), mode_t(0700));
     QCOMPARE(ModeOf(home), mode_t(0755));
     // No file is made, and nothing for the engine.
-    QCOMPARE(QDir(home + DATA).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-             QStringList(QStringLiteral("log")));
+    COMPARE_LISTS(QDir(home + DATA).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                  QStringList(QStringLiteral("log")));
     QVERIFY(QDir(home + LOG).isEmpty());
 }
 

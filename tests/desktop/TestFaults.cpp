@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 
 #include "DesktopTest.h"
+#include "support/Lists.h"
 
 class TestFaults : public DesktopTest
 {
@@ -291,7 +292,7 @@ void TestFaults::removedLogDirectoryDoesNotStopTheProgram()
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
     QuitByHand();
-    QCOMPARE(world->Log(), QStringList());
+    COMPARE_LISTS(world->Log(), QStringList());
 }
 
 void TestFaults::homeWithoutRightsEndsTheStart()

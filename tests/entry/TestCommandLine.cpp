@@ -8,6 +8,8 @@
 #include <memory>
 #include <sys/stat.h>
 
+#include "support/Lists.h"
+
 namespace {
 const QString NAME = QStringLiteral("Velodesk");
 const QString MAIN_WINDOW = QStringLiteral("Mainwindow start.");
@@ -209,8 +211,9 @@ void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay()
     QCOMPARE(Log().first().module, QStringLiteral("VELODESK"));
     QCOMPARE(Log().first().file, QStringLiteral("VeloMain.cpp"));
     // The log's place is made before anything is looked at; the settings are not.
-    QCOMPARE(QDir(Home() + QStringLiteral("/Velodesk")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList(QStringLiteral("log")));
+    COMPARE_LISTS(
+        QDir(Home() + QStringLiteral("/Velodesk")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QStringList(QStringLiteral("log")));
 }
 
 void TestCommandLine::acceptedGoesOn_data()
@@ -288,9 +291,10 @@ void TestCommandLine::homeThatIsNoneEndsTheStart()
                                QStringLiteral("--die-with-parent")};
     Start start(readOnly, NAME, {QStringLiteral("1")}, environment, Folder());
     QCOMPARE(start.ExitCode(), 1);
-    QCOMPARE(QDir(Home()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    COMPARE_LISTS(QDir(Home()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     // It has not come to the check for another instance.
-    QCOMPARE(QDir(Folder()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot), QStringList());
+    COMPARE_LISTS(QDir(Folder()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+                  QStringList());
     QVERIFY(!QFile::exists(QStringLiteral("/Velodesk")));
 }
 

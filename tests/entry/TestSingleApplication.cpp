@@ -201,7 +201,7 @@ void TestSingleApplication::firstInstanceListens()
     QCOMPARE(application->InitLocalConnect(), 0);
     QVERIFY(!application->IsRunning());
     const QString looked = QStringLiteral("filename:%1 not exist!").arg(name);
-    QCOMPARE(log->Messages(), QStringList(looked));
+    COMPARE_LISTS(log->Messages(), QStringList(looked));
     QVERIFY(log->Contains(WARNING, UTILS, looked));
     QLocalSocket socket;
     socket.connectToServer(name);
@@ -277,8 +277,8 @@ void TestSingleApplication::whatBarsTheNameIsCleared()
     QVERIFY(!QFileInfo::exists(Blocker()) && !QFileInfo(Blocker()).isSymLink());
     QVERIFY(QFileInfo::exists(target));
     const QString link = QStringLiteral("readlink filename:%1 exist!").arg(name);
-    QCOMPARE(log->Messages(),
-             QStringList(kind == 0 ? link : QStringLiteral("filename:%1 not exist!").arg(name)));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList(kind == 0 ? link : QStringLiteral("filename:%1 not exist!").arg(name)));
 }
 
 void TestSingleApplication::whatBarsNothingStays_data()
@@ -301,7 +301,7 @@ void TestSingleApplication::whatBarsNothingStays()
     QCOMPARE(application->InitLocalConnect(), 0);
     QCOMPARE(QFileInfo(Blocker()).isSymLink(), link);
     QCOMPARE(QFileInfo::exists(Blocker()), !link);
-    QCOMPARE(log->Messages(), QStringList(line.arg(name)));
+    COMPARE_LISTS(log->Messages(), QStringList(line.arg(name)));
 }
 
 void TestSingleApplication::linkToADirectoryLosesTheContentAndBars()
@@ -366,7 +366,7 @@ void TestSingleApplication::otherFailureToListenIsNone()
     qputenv("TMPDIR", closed);
     QCOMPARE(application->InitLocalConnect(), 0);
     QVERIFY(!application->IsRunning());
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(name)));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(name)));
     QLocalSocket socket;
     socket.connectToServer(name);
     QVERIFY(!socket.waitForConnected());
@@ -469,7 +469,7 @@ void TestSingleApplication::withoutADisplayNothingElseGoesWrong()
         QCOMPARE(log->Count(ACTIVE), count);
     }
     QVERIFY(log->Contains(ERROR, UTILS, line));
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({ACTIVE, line}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({ACTIVE, line}));
     QCOMPARE(root.Take().size(), 0);
 }
 
@@ -499,7 +499,7 @@ void TestSingleApplication::noConnectionIsRefused()
     int result = 0;
     QVERIFY(QMetaObject::invokeMethod(application.get(), "NewAppConnected", Q_RETURN_ARG(int, result)));
     QCOMPARE(result, -1);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("No connection.")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("No connection.")));
     QVERIFY(log->Contains(ERROR, UTILS, QStringLiteral("No connection.")));
 }
 
@@ -549,7 +549,7 @@ void TestSingleApplication::messageNamesAnyWindow()
     const QList<RootListener::Message> messages = root.Take();
     QCOMPARE(messages.size(), 1);
     QCOMPARE(messages.first().window, 0x1234567UL);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 int main(int argc, char** argv)

@@ -283,7 +283,7 @@ void TestCastControl::signalsDecideTheDisplay()
         log->Clear();
         event.Emit();
         CompareDisplay(display == AS_BEFORE ? casting : display == CASTING);
-        QCOMPARE(log->Messages(), line.isEmpty() ? QStringList() : QStringList(line));
+        COMPARE_LISTS(log->Messages(), line.isEmpty() ? QStringList() : QStringList(line));
         QVERIFY(line.isEmpty() || log->Contains(level, VELODESK, line));
     }
 }
@@ -302,7 +302,7 @@ void TestCastControl::signalsOfAnotherThreadArriveQueued()
     QTRY_VERIFY(!ShowsCasting());
     emitElsewhere({Event::STARTED, AppManager::TANDRA_APP, 0});
     emitElsewhere({Event::FINISHED, AppManager::TANDRA_APP, 5});
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("Tandra startup failed.")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("Tandra startup failed.")));
     QTRY_COMPARE(log->Messages().mid(1),
                  QStringList({QStringLiteral("App started."), QStringLiteral("Process finished, id 5.")}));
 }
@@ -312,7 +312,7 @@ void TestCastControl::clickStartsTheEngine()
     InstallEngine(FOREVER);
     QSignalSpy started(&Manager(), &AppManager::AppStarted);
     Click();
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
     QVERIFY(log->Contains(INFO, VELODESK, START_CLICK));
     CompareDisplay(false);
     QVERIFY(started.wait());
@@ -333,7 +333,7 @@ void TestCastControl::clickWhileCastingStopsTheEngine()
     CompareDisplay(true);
     log->Clear();
     Click();
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({STOP_CLICK, QStringLiteral("stop app[0]")}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({STOP_CLICK, QStringLiteral("stop app[0]")}));
     QVERIFY(log->Contains(INFO, VELODESK, STOP_CLICK));
     // Not waited for: the display goes on until the end is reported.
     QCOMPARE(finished.count(), 0);
@@ -401,7 +401,7 @@ void TestCastControl::anyOtherTextStarts()
     InstallEngine(FOREVER);
     Button().setText(text);
     Click();
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
     QCOMPARE(Button().text(), text);
 }
 
@@ -417,9 +417,9 @@ void TestCastControl::castEndedByTheEngineIsStartedAgain()
     log->Clear();
     Click();
     // The first process lives on, and another request is made all the same.
-    QCOMPARE(log->Messages(), QStringList({START_CLICK, QStringLiteral("start app[0]"),
-                                           QStringLiteral("processVector size is 1"),
-                                           QStringLiteral("delete 0 invalid process")}));
+    COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, QStringLiteral("start app[0]"),
+                                                QStringLiteral("processVector size is 1"),
+                                                QStringLiteral("delete 0 invalid process")}));
 }
 
 void TestCastControl::crashReturnsToIdleInSilence()
@@ -493,7 +493,7 @@ void TestCastControl::unusableEngineIsReported()
     }});
     Click();
     QVERIFY(script.IsPlayedOut());
-    QCOMPARE(log->Messages(), QStringList({START_CLICK, CORRUPTED}));
+    COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, CORRUPTED}));
     QVERIFY(log->Contains(ERROR, VELODESK, CORRUPTED));
     QCOMPARE(Display(), before);
     QCOMPARE(Button().text(), QStringLiteral("开始投屏"));
@@ -506,7 +506,7 @@ void TestCastControl::otherMessageBoxKeepsTheWarningAway()
         DialogScript nobody({});
         const VeloMessageBox other(nullptr);
         Click();
-        QCOMPARE(log->Messages(), QStringList(START_CLICK));
+        COMPARE_LISTS(log->Messages(), QStringList(START_CLICK));
         CompareDisplay(false);
         QVERIFY(nobody.IsPlayedOut());
     }
@@ -516,7 +516,7 @@ void TestCastControl::otherMessageBoxKeepsTheWarningAway()
     }});
     Click();
     QVERIFY(script.IsPlayedOut());
-    QCOMPARE(log->Messages(), QStringList({START_CLICK, START_CLICK, CORRUPTED}));
+    COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, START_CLICK, CORRUPTED}));
 }
 
 void TestCastControl::signalsArriveWhileTheWarningIsOpen()

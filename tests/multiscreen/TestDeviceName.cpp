@@ -195,7 +195,7 @@ void TestDeviceName::storedNameIsTakenOver()
     StoreName(stored);
     Start();
     CompareClosed(name);
-    QCOMPARE(log->Messages().filter(QStringLiteral("device name")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
 }
 
 void TestDeviceName::missingNameIsStoredAtOnce()
@@ -476,7 +476,7 @@ void TestDeviceName::anEditEnds()
     end();
     CompareClosed(QStringLiteral("新new"));
     const QString line = Changed(QStringLiteral("Old"), QStringLiteral("新new"));
-    QCOMPARE(log->Messages().filter(QStringLiteral("device name")), QStringList(line));
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), line));
     // And the next edit begins from there.
     page->activateWindow();
@@ -500,7 +500,7 @@ void TestDeviceName::unchangedNameIsStoredAgainInSilence()
     log->Clear();
     end();
     CompareClosed(QStringLiteral("Old"));
-    QCOMPARE(log->Messages().filter(QStringLiteral("device name")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
 }
 
 void TestDeviceName::emptyNameBringsTheOneBeforeBack_data()
@@ -516,7 +516,7 @@ void TestDeviceName::emptyNameBringsTheOneBeforeBack()
     log->Clear();
     end();
     CompareClosed(QStringLiteral("Old"));
-    QCOMPARE(log->Messages().filter(QStringLiteral("device name")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
 }
 
 void TestDeviceName::changeWithoutAnEditIsNotLogged()
@@ -526,7 +526,7 @@ void TestDeviceName::changeWithoutAnEditIsNotLogged()
         Field().setText(name);
         page->ComputerNameEditEditingFinished();
         CompareClosed(name);
-        QCOMPARE(log->Messages().filter(QStringLiteral("device name")), QStringList());
+        COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
         Open();
         Return();
     }
@@ -568,7 +568,7 @@ void TestDeviceName::editingGoesOnInAnyCastState()
     Rewrite(QStringLiteral("New"));
     Return();
     CompareClosed(QStringLiteral("New"));
-    QCOMPARE(log->Messages().filter(QStringLiteral("app")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("app")), QStringList());
     QCOMPARE(Find<QPushButton>(*page, "PreScreenBtn")->text(),
              casting ? QStringLiteral("结束投屏") : QStringLiteral("开始投屏"));
 }
@@ -593,7 +593,7 @@ void TestDeviceName::endOfThePageDuringAnEditDropsIt()
     log->Clear();
     page.reset();
     QCOMPARE(SettingsFile::DeviceName(), QByteArray("Old"));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 int main(int argc, char** argv)

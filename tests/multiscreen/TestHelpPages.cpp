@@ -147,7 +147,7 @@ void TestHelpPages::iconAndTextLeadToTheSamePage()
         shown = view->toPlainText();
         QVERIFY(!shown.isEmpty());
     }
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestHelpPages::returnLeadsToTheMenu_data()
@@ -256,7 +256,7 @@ void TestHelpPages::missingDocumentLeavesTheViewEmpty()
     Click(GUIDE.text);
     page->InitHtmlContent(Find(*page, "CommonProblemFrame"), QStringLiteral(":/velo/missing"));
     QCOMPARE(View(PROBLEMS.frame)->toPlainText(), QString());
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("File :/velo/missing open failed.")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("File :/velo/missing open failed.")));
 }
 
 void TestHelpPages::hoveringTheIconColoursTheText_data()

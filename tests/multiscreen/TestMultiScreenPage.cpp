@@ -445,13 +445,13 @@ void TestMultiScreenPage::constructionSubscribesOnce()
     emit Singleton<AppManager>::GetInstance()->AppStarted(AppManager::TANDRA_APP);
     emit Singleton<AppManager>::GetInstance()->AppFinished(AppManager::TANDRA_APP, 4);
     emit Singleton<AppManager>::GetInstance()->AppError(AppManager::TANDRA_APP, QProcess::FailedToStart);
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("App started."), QStringLiteral("Process finished, id 4."),
-                          QStringLiteral("Tandra startup failed.")}));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList({QStringLiteral("App started."), QStringLiteral("Process finished, id 4."),
+                               QStringLiteral("Tandra startup failed.")}));
     log->Clear();
     page.reset();
     emit Singleton<AppManager>::GetInstance()->AppStarted(AppManager::TANDRA_APP);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestMultiScreenPage::firstStartStoresTheDesktop()

@@ -226,7 +226,7 @@ void TestSettingsView::storedPathIsShown()
     page->ShowSetView();
     QCOMPARE(SavePath(), path);
     QCOMPARE(SettingsFile::SavePath(), path.toUtf8());
-    QCOMPARE(log->Messages().filter(QStringLiteral("ready to save")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("ready to save")), QStringList());
 }
 
 void TestSettingsView::bytesThatAreNoTextStayInTheFile()
@@ -329,7 +329,7 @@ void TestSettingsView::folderIsTaken()
     QCOMPARE(SavePath(), chosen);
     QCOMPARE(SettingsFile::SavePath(), chosen.toLocal8Bit());
     QVERIFY(log->Contains(INFO, VELODESK, Accepted(chosen)));
-    QCOMPARE(log->Messages().filter(QStringLiteral("ChangePath")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("ChangePath")), QStringList());
     QCOMPARE(log->Messages().first(), Accepted(chosen));
 }
 
@@ -356,7 +356,7 @@ void TestSettingsView::cancelChangesNothing()
     }});
     ClickChange();
     QVERIFY(script.IsPlayedOut());
-    QCOMPARE(log->Messages(), QStringList(NOTHING_CHOSEN));
+    COMPARE_LISTS(log->Messages(), QStringList(NOTHING_CHOSEN));
     QVERIFY(log->Contains(ERROR, VELODESK, NOTHING_CHOSEN));
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::Content(), before);
@@ -384,7 +384,7 @@ void TestSettingsView::vanishedFolderIsRejected()
     QVERIFY(script.IsPlayedOut());
     const QString line = QStringLiteral("ChangePath: directory %1 not exist").arg(chosen);
     QVERIFY(log->Contains(ERROR, VELODESK, line));
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({line, Accepted(other)}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({line, Accepted(other)}));
     QCOMPARE(SavePath(), other);
 }
 
@@ -419,7 +419,7 @@ void TestSettingsView::folderWithoutRightsIsRejected()
     QVERIFY(script.IsPlayedOut());
     const QString line = QStringLiteral("ChangePath: directory %1 has fault right mode").arg(chosen);
     QVERIFY(log->Contains(ERROR, VELODESK, line));
-    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
@@ -456,7 +456,7 @@ void TestSettingsView::folderBehindALinkIsRejected()
     QVERIFY(script.IsPlayedOut());
     const QString line = QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link));
     QVERIFY(log->Contains(ERROR, VELODESK, line));
-    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
@@ -494,7 +494,7 @@ void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
     const QString line =
         QStringLiteral("ChangePath: directory %1 has unsupported character").arg(folder->filePath(logged));
     QVERIFY(log->Contains(ERROR, VELODESK, line));
-    QCOMPARE(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
@@ -512,7 +512,7 @@ void TestSettingsView::rightsComeBeforeLinks()
          Cancel});
     ClickChange();
     QVERIFY(script.IsPlayedOut());
-    QCOMPARE(log->Messages().filter(QStringLiteral(" link")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral(" link")), QStringList());
 }
 
 void TestSettingsView::rejectionsGoOnUntilACancel()
@@ -615,10 +615,10 @@ void TestSettingsView::pathHasLink()
     };
     QCOMPARE(page->PathHasLink(here(path)), !link.isEmpty());
     if (link.isEmpty()) {
-        QCOMPARE(log->Messages(), QStringList());
+        COMPARE_LISTS(log->Messages(), QStringList());
     } else {
         const QString line = QStringLiteral("ChangePath: directory %1 link").arg(here(link));
-        QCOMPARE(log->Messages(), QStringList(line));
+        COMPARE_LISTS(log->Messages(), QStringList(line));
         QVERIFY(log->Contains(ERROR, VELODESK, line));
     }
 }

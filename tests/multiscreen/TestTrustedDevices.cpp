@@ -142,7 +142,7 @@ void TestTrustedDevices::questionIsAsked()
         QCOMPARE(Find<QPushButton>(*box, "btnLeft")->text(), QStringLiteral("取消"));
         QCOMPARE(Find<QPushButton>(*box, "btnRight")->text(), QStringLiteral("确定"));
         // Nothing happens before the answer.
-        QCOMPARE(log->Messages(), QStringList(ASKED));
+        COMPARE_LISTS(log->Messages(), QStringList(ASKED));
         QCOMPARE(Present(), Sorted(NAMES));
         box->close();
     }});
@@ -179,7 +179,7 @@ void TestTrustedDevices::refusalChangesNothing()
     CompareUntouched();
     QCOMPARE(SettingsFile::Content(), before);
     QCOMPARE(Present(), Sorted(NAMES));
-    QCOMPARE(log->Messages(), QStringList(ASKED));
+    COMPARE_LISTS(log->Messages(), QStringList(ASKED));
 }
 
 void TestTrustedDevices::confirmationErasesTheFilesAndTheCount()
@@ -189,10 +189,10 @@ void TestTrustedDevices::confirmationErasesTheFilesAndTheCount()
     QVERIFY(script.IsPlayedOut());
     CompareCleared();
     QCOMPARE(Present(), QStringList());
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({ASKED, Begun()}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({ASKED, Begun()}));
     QVERIFY(log->Contains(INFO, VELODESK, Begun()));
     QCOMPARE(log->Messages().filter(QStringLiteral("RemoveFile")).size(), 1);
-    QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
 void TestTrustedDevices::contentIsOverwrittenBeforeItGoes()
@@ -227,7 +227,7 @@ void TestTrustedDevices::missingFilesAreReportedInTheirOrder()
     DialogScript script({Confirm});
     Click();
     QVERIFY(script.IsPlayedOut());
-    QCOMPARE(log->Messages().mid(0, lines.size()), lines);
+    COMPARE_LISTS(log->Messages().mid(0, lines.size()), lines);
     for (const QString& name : NAMES) {
         QVERIFY(log->Contains(WARNING, VELODESK, Failed(name)));
     }
@@ -253,8 +253,8 @@ void TestTrustedDevices::failureStopsNothing()
     Click();
     QCOMPARE(Present(), QStringList(NAMES.at(number)));
     QCOMPARE(QFile(Others() + NAMES.at(number)).size(), size);
-    QCOMPARE(log->Messages().filter(QStringLiteral("SafeCoverRemove")),
-             QStringList(Failed(NAMES.at(number))));
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("SafeCoverRemove")),
+                  QStringList(Failed(NAMES.at(number))));
     CompareCleared();
 }
 
@@ -275,7 +275,7 @@ void TestTrustedDevices::missingDirectoryLeavesTheCount()
     CompareUntouched();
     const QString missing = QStringLiteral("dir:%1 not exist!").arg(Others());
     const QString given = QStringLiteral("RemoveFile DIR_OPERATOR.GetOthersDir failed");
-    QCOMPARE(log->Messages(), QStringList({ASKED, missing, given}));
+    COMPARE_LISTS(log->Messages(), QStringList({ASKED, missing, given}));
     QVERIFY(log->Contains(ERROR, UTILS, missing));
     QVERIFY(log->Contains(ERROR, VELODESK, given));
     QVERIFY(!QDir(Others()).exists());
@@ -299,7 +299,7 @@ void TestTrustedDevices::everyQuestionIsAnsweredAnew()
     CompareUntouched();
     QCOMPARE(SettingsFile::Content(), before);
     QCOMPARE(Present(), QStringList(NAMES.first()));
-    QCOMPARE(log->Messages(), QStringList(ASKED));
+    COMPARE_LISTS(log->Messages(), QStringList(ASKED));
 }
 
 void TestTrustedDevices::castGoesOnBehindTheQuestion()
@@ -337,7 +337,7 @@ void TestTrustedDevices::clearedButtonLooksDisabled()
     // And a disabled button asks nothing.
     log->Clear();
     Click();
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 SANDBOXED_QTEST_MAIN(TestTrustedDevices)

@@ -501,7 +501,7 @@ void TestDaemonBus::answerOfTheDaemonIsBelieved()
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, text.toStdString());
     QCOMPARE(outcome.error, std::string());
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestDaemonBus::everyCallIsTold()
@@ -557,7 +557,7 @@ void TestDaemonBus::nobodyIsBelievedBeforeTheDaemonIsKnown()
     g_velodeskdPid = pidAtStart;
     const Server server(Text("done"));
     QCOMPARE(Call().result, std::string());
-    QCOMPARE(log->Messages(), QStringList(Refusal(getpid(), 0)));
+    COMPARE_LISTS(log->Messages(), QStringList(Refusal(getpid(), 0)));
 }
 
 void TestDaemonBus::daemonIsMadeKnown()
@@ -597,10 +597,10 @@ void TestDaemonBus::silenceTimesOut()
     QCOMPARE(outcome.code, -ETIMEDOUT);
     QCOMPARE(outcome.result, std::string());
     QCOMPARE(outcome.error, std::string(TIMED_OUT));
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("Failed to call method, reason: Connection timed out"),
-                          QStringLiteral("popoen error, please retry tandra, result:, "
-                                         "errormessage:Connection timed out")}));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList({QStringLiteral("Failed to call method, reason: Connection timed out"),
+                               QStringLiteral("popoen error, please retry tandra, result:, "
+                                              "errormessage:Connection timed out")}));
     QVERIFY(log->Contains(WARNING, UTILS, log->Messages().last()));
 }
 
@@ -861,7 +861,7 @@ void TestDaemonBus::threadsMayCallAtOnce()
         thread.join();
     }
     QCOMPARE(right.load(), THREADS * CALLS);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestDaemonBus)

@@ -137,7 +137,7 @@ void TestDirOperator::cleanup()
 
 void TestDirOperator::CompareLines(const QString& level, const QStringList& messages) const
 {
-    QCOMPARE(log->Messages(), messages);
+    COMPARE_LISTS(log->Messages(), messages);
     const QList<CapturedLog::Line> lines = log->Lines();
     for (const CapturedLog::Line& line : lines) {
         QCOMPARE(line.level, level);
@@ -358,8 +358,8 @@ void TestDirOperator::directoryIsRemovedWithAllThatItHolds()
     }
     QVERIFY(QDir().mkdir(At("beside")));
     QCOMPARE(dirs.RemoveDir(Local(At("a"))), 0);
-    QCOMPARE(QDir(directory->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-             QStringList(QStringLiteral("beside")));
+    COMPARE_LISTS(QDir(directory->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                  QStringList(QStringLiteral("beside")));
     CompareLines(QString(), {});
 }
 
@@ -663,9 +663,9 @@ void TestDirOperator::othersDirectoryIsMadeLevelByLevel()
     const Umask mask(0);
     QCOMPARE(dirs.CreateOthersDir(), 0);
     const QString made = QStringLiteral("CreateOthersDir userdir:") + directory->path();
-    QCOMPARE(log->Messages(),
-             QStringList({NO_DIR.arg(At("Velodesk/Tandra/others/")), made + "/", made + "/Velodesk/",
-                          made + "/Velodesk/Tandra/", made + "/Velodesk/Tandra/others/"}));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList({NO_DIR.arg(At("Velodesk/Tandra/others/")), made + "/", made + "/Velodesk/",
+                               made + "/Velodesk/Tandra/", made + "/Velodesk/Tandra/others/"}));
     QVERIFY(log->Contains(INFO, QStringLiteral("UTILS"), made + "/"));
     for (const char* level : {"Velodesk", "Velodesk/Tandra", "Velodesk/Tandra/others"}) {
         QCOMPARE(ModeOf(At(level)), mode_t(0700));

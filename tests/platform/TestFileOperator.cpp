@@ -162,7 +162,7 @@ void TestFileOperator::regularFileExists()
     QTEST(Files().IsFileExist(Local(At(QTest::currentDataTag()))), "exists");
     QVERIFY(!Files().IsFileExist(""));
     QVERIFY(!Files().IsFileExist("/dev/null"));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestFileOperator::linkToAFileIsALink_data()
@@ -186,7 +186,7 @@ void TestFileOperator::linkToAFileIsALink()
     QFETCH(QString, message);
     const QString asked = At(QTest::currentDataTag());
     QTEST(Files().IsLinkExist(Local(asked)), "isLink");
-    QCOMPARE(log->Messages(), QStringList(message.arg(asked)));
+    COMPARE_LISTS(log->Messages(), QStringList(message.arg(asked)));
     QVERIFY(log->Contains(QStringLiteral("WARNING"), QStringLiteral("UTILS"), message.arg(asked)));
 }
 
@@ -388,7 +388,7 @@ void TestFileOperator::bytesAreRead()
                  bytes.size());
         QCOMPARE(buffer, bytes + QByteArray(16 - bytes.size(), UNTOUCHED));
     }
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestFileOperator::unknownModeReadsNothing_data()
@@ -410,7 +410,7 @@ void TestFileOperator::unknownModeReadsNothing()
     QCOMPARE(Files().ReadFile(Local(path), nullptr, 3, 0, mode.toStdString()), -1);
     QCOMPARE(buffer, QByteArray(16, UNTOUCHED));
     QVERIFY(lines.empty());
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
     QCOMPARE(ReadAll(path), QByteArray("0123456789"));
 }
 
@@ -426,7 +426,7 @@ void TestFileOperator::missingBufferIsLogged()
     QCOMPARE(Files().ReadFile(asked, nullptr, 3, 0, "in"), -1);
     QCOMPARE(Files().ReadFile(asked, nullptr, 3, 0, "binary"), -1);
     const QString message = QStringLiteral("buffer is nullptr, read failed.");
-    QCOMPARE(log->Messages(), QStringList({message, message}));
+    COMPARE_LISTS(log->Messages(), QStringList({message, message}));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("UTILS"), message));
 }
 
@@ -449,7 +449,7 @@ void TestFileOperator::missingFileIsNotRead()
     }
     QCOMPARE(buffer, QByteArray(16, UNTOUCHED));
     QVERIFY(lines.empty());
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestFileOperator::linesAreRead_data()
@@ -515,7 +515,7 @@ void TestFileOperator::sizeIsTold()
     WriteAll(path, QByteArray(size, '\n'));
     QCOMPARE(Files().FileSize(Local(path)), static_cast<unsigned int>(size));
     QCOMPARE(Files().FileSize(Local(At("link"))), static_cast<unsigned int>(size));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestFileOperator::sizeIsCutTo32Bits()
@@ -538,7 +538,7 @@ void TestFileOperator::sizeOfWhatCannotBeOpenedIsAllOnes()
     const PlainUser plain;
     QCOMPARE(Files().FileSize(Local(At(name))), NO_SIZE);
     const QString message = QStringLiteral("ifstream open failed!");
-    QCOMPARE(log->Messages(), QStringList(message));
+    COMPARE_LISTS(log->Messages(), QStringList(message));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("UTILS"), message));
 }
 

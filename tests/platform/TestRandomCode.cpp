@@ -337,7 +337,7 @@ void TestRandomCode::cleanup()
 void TestRandomCode::kernelBytesNeedABuffer()
 {
     QCOMPARE(RandomCode::GetDevRandBytes(nullptr, 8), POINTER_IS_NULL);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("null buf input, error code: Null pointer")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("null buf input, error code: Null pointer")));
     QVERIFY(IsError(log->Messages().first()));
     QCOMPARE(between.opens, 0);
 }
@@ -369,7 +369,7 @@ void TestRandomCode::deviceThatCannotBeOpenedFails()
         log->Clear();
         between.openError = error;
         QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), GET_RANDOM_SEEDS_FAILED);
-        QCOMPARE(log->Messages(), QStringList(LastOpenError(error)));
+        COMPARE_LISTS(log->Messages(), QStringList(LastOpenError(error)));
         QVERIFY(IsError(LastOpenError(error)));
     }
     QCOMPARE(buffer, QByteArray(4, UNTOUCHED));
@@ -390,7 +390,7 @@ void TestRandomCode::kernelBytesFillTheBufferExactly()
     QVERIFY((between.deviceFlags & O_NONBLOCK) != 0);
     QCOMPARE(between.opens, 2);
     QCOMPARE(between.closes, 2);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::shortReadsMoveOn()
@@ -420,7 +420,7 @@ void TestRandomCode::interruptedReadsAreRepeatedWithoutEnd()
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), 0);
     QCOMPARE(buffer, QByteArray("abcd"));
     QCOMPARE(between.asked.size(), TIMES + 1);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 Q_DECLARE_METATYPE(QList<Read>)
@@ -458,9 +458,9 @@ void TestRandomCode::ninthFailedTryInARowEnds()
     const QString message = QStringLiteral("get random number failed, out of try times.");
     if (works) {
         QCOMPARE(buffer, QByteArray("abcd"));
-        QCOMPARE(log->Messages(), QStringList());
+        COMPARE_LISTS(log->Messages(), QStringList());
     } else {
-        QCOMPARE(log->Messages(), QStringList(message));
+        COMPARE_LISTS(log->Messages(), QStringList(message));
         QVERIFY(IsError(message));
     }
 }
@@ -476,14 +476,14 @@ void TestRandomCode::seedComesFromTheKernel()
     QCOMPARE(between.asked, QList<int>({SEED_SIZE}));
     QCOMPARE(between.seed, bytes);
     QCOMPARE(between.polls, 1);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::seedThatCannotBeHadFails()
 {
     between.openError = EMFILE;
     QCOMPARE(RandomCode::ProduceRandSeed(), GET_RANDOM_SEEDS_FAILED);
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE).mid(0, 2));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE).mid(0, 2));
     QVERIFY(IsError(QStringLiteral("Get random number failed.")));
     QCOMPARE(between.polls, 1);
     QCOMPARE(between.seed, QByteArray());
@@ -502,7 +502,7 @@ void TestRandomCode::numberWithoutRandomBytesIsZero()
 {
     between.numbersFail = true;
     QCOMPARE(RandomCode::GetDevRandNum(), 0U);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::alphabetsAreComplete()
@@ -525,7 +525,7 @@ void TestRandomCode::alphabetsAreComplete()
     count(52);
     QCOMPARE(RandomCode::GetSsidRandNum(52), std::string(LOWER) + UPPER);
     QCOMPARE(between.numbersTaken, 79 + 10 + 52);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::lengthsAreBounded_data()
@@ -555,11 +555,11 @@ void TestRandomCode::lengthsAreBounded()
     if (password) {
         QVERIFY(buffer.left(filled) != fresh.left(filled));
         QCOMPARE(buffer.mid(filled), fresh.mid(filled));
-        QCOMPARE(log->Messages(), QStringList());
+        COMPARE_LISTS(log->Messages(), QStringList());
     } else {
         QCOMPARE(buffer, fresh);
-        QCOMPARE(log->Messages(),
-                 QStringList(QStringLiteral("Input passwd length error, len = %1").arg(filled)));
+        COMPARE_LISTS(log->Messages(),
+                      QStringList(QStringLiteral("Input passwd length error, len = %1").arg(filled)));
         QVERIFY(IsError(log->Messages().first()));
     }
     log->Clear();
@@ -574,11 +574,11 @@ void TestRandomCode::lengthsAreBounded()
         QVERIFY(QRegularExpression(QStringLiteral("^[A-Za-z]+\\z"))
                     .match(QString::fromStdString(ssid))
                     .hasMatch());
-        QCOMPARE(log->Messages(), QStringList());
+        COMPARE_LISTS(log->Messages(), QStringList());
     } else {
         QCOMPARE(buffer, fresh);
         const QString message = QStringLiteral("Input number[%1] error").arg(filled);
-        QCOMPARE(log->Messages(), QStringList({message, message}));
+        COMPARE_LISTS(log->Messages(), QStringList({message, message}));
         QVERIFY(IsError(message));
     }
 }
@@ -589,7 +589,7 @@ void TestRandomCode::generatorsNeedABuffer()
     // The buffer is looked at before the length.
     RandomCode::GetPasswdRandNum(nullptr, 1);
     QCOMPARE(RandomCode::GetPinRandNum(nullptr, 1), -1);
-    QCOMPARE(log->Messages(), QStringList({message, message}));
+    COMPARE_LISTS(log->Messages(), QStringList({message, message}));
     QVERIFY(IsError(message));
     QCOMPARE(between.polls, 0);
 }
@@ -600,14 +600,14 @@ void TestRandomCode::generatorsNeedASeed()
     const QByteArray fresh(16, UNTOUCHED);
     QByteArray buffer = fresh;
     RandomCode::GetPasswdRandNum(Unsigned(buffer), 8);
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
     QVERIFY(IsError(NO_SEED));
     log->Clear();
     QCOMPARE(RandomCode::GetPinRandNum(Unsigned(buffer), 8), -1);
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
     log->Clear();
     QCOMPARE(RandomCode::GetSsidRandNum(8), std::string());
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
     QCOMPARE(buffer, fresh);
     QCOMPARE(between.numbersTaken, 0);
 }
@@ -688,7 +688,7 @@ void TestRandomCode::randomBytesAreDrawn()
     QCOMPARE(between.polls, 2);
     QCOMPARE(between.numbersTaken, 2);
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(one), 1), 0);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::randomBytesNeedBufferAndLength()
@@ -697,9 +697,9 @@ void TestRandomCode::randomBytesNeedBufferAndLength()
     QCOMPARE(RandomCode::GetRandNumBytes(nullptr, 0), -1);
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), 0), -1);
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), -3), -1);
-    QCOMPARE(log->Messages(), QStringList({QStringLiteral("null data input, error code: Null pointer"),
-                                           QStringLiteral("Input number[0] error"),
-                                           QStringLiteral("Input number[-3] error")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("null data input, error code: Null pointer"),
+                                                QStringLiteral("Input number[0] error"),
+                                                QStringLiteral("Input number[-3] error")}));
     for (const QString& message : log->Messages()) {
         QVERIFY(IsError(message));
     }
@@ -712,13 +712,13 @@ void TestRandomCode::randomBytesNeedASeedAndTheLibrary()
     QByteArray buffer(8, UNTOUCHED);
     between.openError = EMFILE;
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), 8), -1);
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
     log->Clear();
     between.openError = 0;
     between.numbersFail = true;
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), 8), -1);
     const QString message = QStringLiteral("GetRandNumBytes RAND_bytes failed");
-    QCOMPARE(log->Messages(), QStringList(message));
+    COMPARE_LISTS(log->Messages(), QStringList(message));
     QVERIFY(IsError(message));
 }
 
@@ -731,7 +731,7 @@ void TestRandomCode::poolIsZeroUntilItIsFilled()
     QVERIFY(first.right(32) != QByteArray(32, '\0'));
     RandomCode::CreateRandomPool();
     QVERIFY(Pool() != first);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::poolHasALength_data()
@@ -753,7 +753,7 @@ void TestRandomCode::poolHasALength()
     QCOMPARE(pool, valid ? RandomCode::GetRandomPool(POOL_SIZE) : nullptr);
     // Both blanks are no-break spaces.
     const QString message = QStringLiteral("Input\u00A0number[%1]\u00A0error").arg(static_cast<int>(length));
-    QCOMPARE(log->Messages(), valid ? QStringList() : QStringList(message));
+    COMPARE_LISTS(log->Messages(), valid ? QStringList() : QStringList(message));
     QCOMPARE(IsError(message), !valid);
 }
 
@@ -763,7 +763,7 @@ void TestRandomCode::poolThatCannotBeFilledIsLogged()
     RandomCode::CreateRandomPool();
     // The last blank is a no-break space.
     const QString message = QStringLiteral("create random pool\u00A0error");
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
     QVERIFY(IsError(message));
     QVERIFY(ReadAll(log->Path())
                 .contains("create random pool\xC2\xA0"
@@ -782,7 +782,7 @@ void TestRandomCode::clearedMemoryHoldsThePool()
     QByteArray buffer(POOL_SIZE, UNTOUCHED);
     RandomCode::ClearSenData(Unsigned(buffer), POOL_SIZE);
     QCOMPARE(buffer, Pool());
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::moreThanThePoolEndsAsOnes()
@@ -792,8 +792,8 @@ void TestRandomCode::moreThanThePoolEndsAsOnes()
         QByteArray buffer(301, UNTOUCHED);
         RandomCode::ClearSenData(Unsigned(buffer), length);
         QCOMPARE(buffer, QByteArray(length, '\1') + QByteArray(301 - length, UNTOUCHED));
-        QCOMPARE(log->Messages(),
-                 QStringList(QStringLiteral("Input\u00A0number[%1]\u00A0error").arg(length)));
+        COMPARE_LISTS(log->Messages(),
+                      QStringList(QStringLiteral("Input\u00A0number[%1]\u00A0error").arg(length)));
     }
 }
 
@@ -813,7 +813,7 @@ void TestRandomCode::nothingIsClearedWithoutMemory()
     QByteArray buffer(8, UNTOUCHED);
     RandomCode::ClearSenData(hasMemory ? Unsigned(buffer) : nullptr, length);
     QCOMPARE(buffer, QByteArray(8, UNTOUCHED));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::everyPassOfClearingIsLoggedIfItFails_data()
@@ -843,7 +843,7 @@ void TestRandomCode::everyPassOfClearingIsLoggedIfItFails()
     between.copyingFails = copyingFails;
     QByteArray buffer(4, UNTOUCHED);
     RandomCode::ClearSenData(Unsigned(buffer), 4);
-    QCOMPARE(log->Messages(), messages);
+    COMPARE_LISTS(log->Messages(), messages);
     for (const QString& message : messages) {
         QVERIFY(IsError(message));
     }
@@ -881,7 +881,7 @@ void TestRandomCode::fileIsCoveredThreeTimesAndRemoved()
         QVERIFY(!passes.at(2).contains(QByteArray(100, UNTOUCHED)));
     }
     QCOMPARE(modes, QList<mode_t>({0600, 0600, 0600}));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 namespace {
@@ -975,7 +975,7 @@ void TestRandomCode::fileThatIsTooLargeIsLeft()
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), -1);
     QVERIFY(ReadAll(path) == QByteArray(LIMIT + 1, UNTOUCHED));
     QCOMPARE(ModeOf(path), mode_t(0644));
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("FileSize fileLen:1048577")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("FileSize fileLen:1048577")));
     QVERIFY(IsWarning(log->Messages().first()));
 }
 
@@ -984,7 +984,7 @@ void TestRandomCode::emptyFileIsLeft()
     WriteAll(path, QByteArray());
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
     QVERIFY(QFileInfo::exists(path));
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
     QVERIFY(IsError(log->Messages().first()));
 }
 
@@ -1003,7 +1003,7 @@ void TestRandomCode::missingFileIsNotErased()
     QVERIFY(QFile::link(path, directory->filePath(QStringLiteral("dangling"))));
     const QString asked = directory->filePath(name);
     QCOMPARE(RandomCode::SafeCoverRemove(Local(asked)), -1);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(asked)));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(asked)));
     QVERIFY(IsWarning(log->Messages().first()));
     QVERIFY(QFileInfo(directory->filePath(QStringLiteral("directory"))).isDir());
     QVERIFY(QFileInfo(directory->filePath(QStringLiteral("dangling"))).isSymLink());
@@ -1019,8 +1019,8 @@ void TestRandomCode::unreadableFileIsTooLarge()
     }
     SetMode(path, 0600);
     QCOMPARE(ReadAll(path), QByteArray("text"));
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("ifstream open failed!"), QStringLiteral("FileSize fileLen:-1")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("ifstream open failed!"),
+                                                QStringLiteral("FileSize fileLen:-1")}));
     QVERIFY(IsWarning(log->Messages().last()));
 }
 
@@ -1032,7 +1032,7 @@ void TestRandomCode::unwritableFileIsLeft()
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
     QCOMPARE(ReadAll(path), QByteArray("text"));
     QCOMPARE(ModeOf(path), mode_t(0400));
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
 }
 
 void TestRandomCode::secondPassThatFailsIsLogged()
@@ -1042,7 +1042,7 @@ void TestRandomCode::secondPassThatFailsIsLogged()
         return QFile::remove(path) ? 0 : -1;
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), INVALID_FILE_PATH);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:102")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:102")));
     QVERIFY(IsError(log->Messages().first()));
 }
 
@@ -1057,7 +1057,7 @@ void TestRandomCode::passWithoutPermissionsFails()
     // The first pass and what the second has written stay.
     QCOMPARE(ReadAll(path), QByteArray(4, '\1'));
     QCOMPARE(calls, 2);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
 }
 
 void TestRandomCode::randomPassWithoutRandomBytesFails()
@@ -1067,7 +1067,7 @@ void TestRandomCode::randomPassWithoutRandomBytesFails()
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), -1);
     QCOMPARE(ReadAll(path), QByteArray(4, '\1'));
     const QString message = QStringLiteral("SafeCoverDataRandom GetAuthentRandomNum failed ret:-1");
-    QCOMPARE(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
+    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
     QVERIFY(IsError(message));
 }
 
@@ -1078,7 +1078,8 @@ void TestRandomCode::randomPassThatCannotBeWrittenFails()
         QFile::remove(path);
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), INVALID_FILE_PATH);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("SafeCoverDataRandom WriteToFile failed ret:102")));
+    COMPARE_LISTS(log->Messages(),
+                  QStringList(QStringLiteral("SafeCoverDataRandom WriteToFile failed ret:102")));
     QVERIFY(IsError(log->Messages().first()));
 }
 
@@ -1094,7 +1095,7 @@ void TestRandomCode::fileThatCannotBeUnlinkedIsCovered()
     }
     SetMode(directory->path(), 0700);
     QCOMPARE(result, -1);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("unlink filename:%1 failed").arg(path)));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("unlink filename:%1 failed").arg(path)));
     QVERIFY(IsWarning(log->Messages().first()));
     const QByteArray left = ReadAll(path);
     QCOMPARE(left.size(), SIZE);

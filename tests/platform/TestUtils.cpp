@@ -594,7 +594,7 @@ void TestUtils::nothingIsLogged()
         Utils::ExecutePopenAndReturn(command);
         Velodesk::RunCommand(command);
     }
-    QCOMPARE(log.Messages(), QStringList());
+    COMPARE_LISTS(log.Messages(), QStringList());
 }
 
 void TestUtils::identifierComesFromTheKernel()

@@ -320,7 +320,7 @@ void TestSerProEdit::viewIsReadOnlyAndStyled()
             QStringLiteral("top;\n}\n"
                            "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical {\n"
                            "background:rgba(0,0,0,0%);\nborder-radius:2px;\n}"));
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestSerProEdit::releaseGoesToThePressHandler()

@@ -155,8 +155,8 @@ void TestConnClient::eachStateIsSentAtOnceAndLogged()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status running.")));
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status stop.")));
     // Nothing is said of what went well, nor is there anything to connect again.
-    QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
-    QCOMPARE(log->Messages().filter(QStringLiteral("start connect")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("start connect")), QStringList());
 }
 
 void TestConnClient::currentStateIsTheLastOne_data()
@@ -195,7 +195,7 @@ void TestConnClient::currentStateIsTheLastOne()
     // Repeats may come before and after.
     QByteArray arrived;
     QTRY_VERIFY((arrived += socket->readAll()).contains(wanted));
-    QCOMPARE(log->Messages().filter(QStringLiteral("failed")), QStringList());
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
 void TestConnClient::statesRepeatOnceASecond()
@@ -281,8 +281,8 @@ void TestConnClient::badStatusIsRefused()
     ConnClient client(Path());
     client.SendStatusOnce(3);
     client.SendStatusOnce(-1);
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("Error message type."), QStringLiteral("Error message type.")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("Error message type."),
+                                                QStringLiteral("Error message type.")}));
     QVERIFY(log->Contains(ERROR_LEVEL, UTILS, QStringLiteral("Error message type.")));
 }
 
@@ -291,9 +291,9 @@ void TestConnClient::failedSendIsLoggedTwice()
     ConnClient client(Path());
     client.SendStatusOnce(1);
     // The socket is unconnected at once where nobody listens, so the write fails.
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("Client start connect."), QStringLiteral("Send message failed."),
-                          QStringLiteral("Send message failed.")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("Client start connect."),
+                                                QStringLiteral("Send message failed."),
+                                                QStringLiteral("Send message failed.")}));
     QCOMPARE(log->Lines().at(1).level, ERROR_LEVEL);
     QCOMPARE(log->Lines().at(2).level, ERROR_LEVEL);
     QCOMPARE(client.SendAppStatus("message"), -1);

@@ -165,7 +165,7 @@ void TestConnServer::everyTransitionFires()
     }
     QCOMPARE(channel.server.ParseMsg(message), 0);
     QCOMPARE(channel.Fired(), fired);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestConnServer::badMessageIsLoggedAndDropped_data()
@@ -193,7 +193,7 @@ void TestConnServer::badMessageIsLoggedAndDropped()
     Channel channel;
     QCOMPARE(channel.server.ParseMsg(message), -1);
     QCOMPARE(channel.Fired(), NOTHING);
-    QCOMPARE(log->Messages(), QStringList(line));
+    COMPARE_LISTS(log->Messages(), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, line));
     // What was stored before still stands: the same status again is news.
     QCOMPARE(channel.server.ParseMsg(R"({"status":"run"})"), 0);
@@ -224,7 +224,7 @@ void TestConnServer::unknownStatusChangesNothing()
     QCOMPARE(channel.server.ParseMsg(message), 0);
     QCOMPARE(channel.server.ParseMsg(R"({"status":"init"})"), 0);
     QCOMPARE(channel.Fired(), NOTHING);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestConnServer::repeatsAreSilent()
@@ -361,14 +361,14 @@ void TestConnServer::otherListenErrorLeavesItDeaf()
     QTemporaryDir directory;
     ConnServer server(directory.filePath(QStringLiteral("none/status")).toStdString(), nullptr);
     QCOMPARE(server.ServerStart(), 0);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestConnServer::newConnectionWithoutAPendingOneIsRefused()
 {
     Channel channel;
     QCOMPARE(channel.server.OnNewConnect(), -1);
-    QCOMPARE(log->Messages(), QStringList());
+    COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestConnServer::newConnectionIsTaken()
@@ -380,7 +380,7 @@ void TestConnServer::newConnectionIsTaken()
     const PlainClients client(channel.path, 1, R"({"status":"run"})");
     QTRY_VERIFY(listener->hasPendingConnections());
     QCOMPARE(channel.server.OnNewConnect(), 0);
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("New application connected.")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("New application connected.")));
 }
 
 void TestConnServer::receivingWithoutASenderIsLogged()
@@ -398,7 +398,7 @@ void TestConnServer::endOfSomethingElseIsOnlyLogged()
     QObject other;
     connect(&other, &QObject::objectNameChanged, &channel.server, &ConnServer::RemoveConn);
     other.setObjectName(QStringLiteral("changed"));
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("App close the connect.")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("App close the connect.")));
 }
 
 void TestConnServer::acceptedSocketLivesAsLongAsTheServer()

@@ -143,7 +143,7 @@ void TestAppManager::StartChildren(int count)
 void TestAppManager::constructionWiresTheEngine()
 {
     const AppManager another;
-    QCOMPARE(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
     QCOMPARE(log->Lines().first().level, INFO);
     QCOMPARE(another.GetTypeFromApp(App()), AppManager::TANDRA_APP);
     const BaseApp stranger("stranger");
@@ -195,12 +195,12 @@ void TestAppManager::unknownTypeIsRefusedInSilence()
 {
     manager->StartApp(AppManager::APP_TYPE_END);
     manager->StopApp(AppManager::APP_TYPE_END, true);
-    QCOMPARE(log->Messages(), QStringList({QStringLiteral("AppManager ReAllocResource"),
-                                           QStringLiteral("AppManager ReAllocResource")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("AppManager ReAllocResource"),
+                                                QStringLiteral("AppManager ReAllocResource")}));
     // The loops do not look at the entry this has made.
     manager->StopAll();
     QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
-    QCOMPARE(log->Count(QStringLiteral("stop app[1]")), 0);
+    COMPARE_LISTS(log->Messages(QStringLiteral("stop app[%1]").arg(AppManager::APP_TYPE_END)), QStringList());
 }
 
 void TestAppManager::reportOfNobodyIsNotToldOn_data()
@@ -241,7 +241,8 @@ void TestAppManager::forgottenApplicationComesBack()
     } else {
         manager->StopApp(AppManager::TANDRA_APP, false);
     }
-    QCOMPARE(log->Messages().mid(0, 2), QStringList({QStringLiteral("AppManager ReAllocResource"), line}));
+    COMPARE_LISTS(log->Messages().mid(0, 2),
+                  QStringList({QStringLiteral("AppManager ReAllocResource"), line}));
     QCOMPARE(&App(), before);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
     manager->StartApp(AppManager::TANDRA_APP);
@@ -338,11 +339,9 @@ void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive()
     log->Clear();
     manager->StopAll();
     const QString name = QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME));
-    QCOMPARE(
-        log->Messages().mid(0, 5),
-        QStringList({QStringLiteral("AppManager ReAllocResource"), QStringLiteral("stop app[0]"),
-                     QStringLiteral("processVector size is 1"), QStringLiteral("delete 0 invalid process"),
-                     QStringLiteral("terminate process[%1]").arg(name)}));
+    QCOMPARE(log->Messages().first(), QStringLiteral("AppManager ReAllocResource"));
+    COMPARE_LISTS(log->Messages(QStringLiteral("app[0]")), QStringList(QStringLiteral("stop app[0]")));
+    QCOMPARE(log->Messages(name).first(), QStringLiteral("terminate process[%1]").arg(name));
     QTRY_COMPARE(finished.count(), 1);
     QTest::qWait(LOOP_GOES_ON_MS);
     QCOMPARE(finished.count(), 1);
@@ -437,17 +436,16 @@ void TestAppManager::stopWithWaitingEscalates()
     manager->StopApp(AppManager::TANDRA_APP, true);
     QVERIFY(timer.elapsed() >= 3000);
     const QString name = QString::fromStdString(GetConstant(Velodesk::ENGINE_IPC_NAME));
-    QCOMPARE(log->Messages().filter(QStringLiteral("process[")),
-             QStringList({QStringLiteral("terminate process[%1]").arg(name),
-                          QStringLiteral("kill process[%1]").arg(name)}));
+    COMPARE_LISTS(log->Messages(QStringLiteral("process[")),
+                  QStringList({QStringLiteral("terminate process[%1]").arg(name),
+                               QStringLiteral("kill process[%1]").arg(name)}));
 }
 
 void TestAppManager::stopAllWithoutAChildOnlyLogs()
 {
     manager->StopAll();
-    QCOMPARE(log->Messages(),
-             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 0"),
-                          QStringLiteral("delete 0 invalid process")}));
+    COMPARE_LISTS(log->Messages(QStringLiteral("app[0]")), QStringList(QStringLiteral("stop app[0]")));
+    COMPARE_LISTS(log->Messages(QStringLiteral("process[")), QStringList());
 }
 
 void TestAppManager::stopAllWithoutAThreadToSpareStopsTheChild()
@@ -460,8 +458,8 @@ void TestAppManager::stopAllWithoutAThreadToSpareStopsTheChild()
         QVERIFY_EXCEPTION_THROWN(std::thread([] {}).join(), std::system_error);
         manager->StopAll();
     }
-    QCOMPARE(log->Messages().mid(0, 2),
-             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 1")}));
+    COMPARE_LISTS(log->Messages(QStringLiteral("app[0]")), QStringList(QStringLiteral("stop app[0]")));
+    QCOMPARE(log->Count(QStringLiteral("processVector size is 1")), 1);
     QCOMPARE((App().*OpenApp::Processes()).back()->state(), QProcess::NotRunning);
     QTRY_COMPARE(App().*OpenApp::Count(), 0);
 }
@@ -510,8 +508,8 @@ void TestAppManager::destructorStopsAgainAndReachesNobody()
     manager->StopAll();
     log->Clear();
     manager.reset();
-    QCOMPARE(log->Messages().mid(0, 2),
-             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("processVector size is 1")}));
+    COMPARE_LISTS(log->Messages(QStringLiteral("app[0]")), QStringList(QStringLiteral("stop app[0]")));
+    QCOMPARE(log->Count(QStringLiteral("processVector size is 1")), 1);
     QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), 1);
 }
 

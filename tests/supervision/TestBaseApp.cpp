@@ -148,8 +148,8 @@ void TestBaseApp::stopWithoutAStartOnlyLogs()
 {
     BaseApp app(Socket());
     app.Stop(true);
-    QCOMPARE(log->Messages(), QStringList({QStringLiteral("processVector size is 0"),
-                                           QStringLiteral("delete 0 invalid process")}));
+    COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("processVector size is 0"),
+                                                QStringLiteral("delete 0 invalid process")}));
 }
 
 void TestBaseApp::endOfTheChildGivesItsExitCode()
@@ -276,8 +276,8 @@ void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
     app.Stop(true);
     const qint64 elapsed = timer.elapsed();
     QVERIFY2(elapsed >= 3000, qPrintable(QString::number(elapsed)));
-    QCOMPARE(log->Messages().filter(QStringLiteral("process[")),
-             QStringList({Line("terminate process[%1]"), Line("kill process[%1]")}));
+    COMPARE_LISTS(log->Messages().filter(QStringLiteral("process[")),
+                  QStringList({Line("terminate process[%1]"), Line("kill process[%1]")}));
     QVERIFY(watched.finished.count() == 1 || watched.finished.wait());
     // The list is emptied only by the next start or stop.
     QCOMPARE(app.processVector.size(), std::size_t{1});

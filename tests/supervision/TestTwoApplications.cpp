@@ -2,7 +2,7 @@
 #include <QTest>
 #include <memory>
 
-#include "SecondApp.h"
+#include "ExtraApp.h"
 #include "supervision/AppManager.h"
 #include "supervision/TandraApp.h"
 #include "support/CapturedLog.h"
@@ -17,7 +17,7 @@ public:
 };
 } // namespace
 
-/// The manager as it is with a second application in its list.
+/// The manager with one more application in its list.
 class TestTwoApplications : public QObject
 {
     Q_OBJECT
@@ -47,7 +47,7 @@ void TestTwoApplications::init()
 void TestTwoApplications::cleanup()
 {
     manager.reset();
-    Singleton<SecondApp>::Destroy();
+    Singleton<ExtraApp>::Destroy();
     Singleton<TandraApp>::Destroy();
     log.reset();
 }
@@ -55,7 +55,7 @@ void TestTwoApplications::cleanup()
 void TestTwoApplications::eachIsKnownByItsType()
 {
     QCOMPARE(manager->GetTypeFromApp(*Singleton<TandraApp>::GetInstance()), AppManager::TANDRA_APP);
-    QCOMPARE(manager->GetTypeFromApp(*Singleton<SecondApp>::GetInstance()), AppManager::SECOND_APP);
+    QCOMPARE(manager->GetTypeFromApp(*Singleton<ExtraApp>::GetInstance()), AppManager::EXTRA_APP);
 }
 
 void TestTwoApplications::bothAreStoppedAndReportTheirEnd_data()
@@ -70,7 +70,7 @@ void TestTwoApplications::bothAreStoppedAndReportTheirEnd()
     QFETCH(bool, areForgotten);
     QSignalSpy started(manager.get(), &AppManager::AppStarted);
     manager->StartApp(AppManager::TANDRA_APP);
-    manager->StartApp(AppManager::SECOND_APP);
+    manager->StartApp(AppManager::EXTRA_APP);
     QTRY_COMPARE(started.count(), 2);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
     if (areForgotten) {
@@ -81,13 +81,13 @@ void TestTwoApplications::bothAreStoppedAndReportTheirEnd()
     QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), areForgotten ? 2 : 1);
     // The event loop still delivers the events of a new process.
     for (BaseApp* app : {static_cast<BaseApp*>(Singleton<TandraApp>::GetInstance()),
-                         static_cast<BaseApp*>(Singleton<SecondApp>::GetInstance())}) {
+                         static_cast<BaseApp*>(Singleton<ExtraApp>::GetInstance())}) {
         QCOMPARE(app->*OpenApp::Count(), 0);
         app->*OpenApp::Program() = QStringLiteral("/bin/true");
         app->*OpenApp::Arguments() = QStringList();
     }
     manager->StartApp(AppManager::TANDRA_APP);
-    manager->StartApp(AppManager::SECOND_APP);
+    manager->StartApp(AppManager::EXTRA_APP);
     QTRY_COMPARE(finished.count(), 4);
 }
 

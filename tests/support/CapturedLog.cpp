@@ -34,17 +34,19 @@ QList<CapturedLog::Line> CapturedLog::Lines() const
     for (const QString& text : texts) {
         const QRegularExpressionMatch match = pattern.match(text);
         lines.append({match.captured(1), match.captured(2), match.captured(3).toInt(), match.captured(4),
-                      match.captured(5)});
+                      match.captured(5), text});
     }
     return lines;
 }
 
-QStringList CapturedLog::Messages() const
+QStringList CapturedLog::Messages(const QString& part) const
 {
     QStringList messages;
     const QList<Line> lines = Lines();
     for (const Line& line : lines) {
-        messages.append(line.message);
+        if (line.text.contains(part)) {
+            messages.append(line.message);
+        }
     }
     return messages;
 }

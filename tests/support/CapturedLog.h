@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "support/Lists.h"
+
 /// The program's log in a file of its own, for as long as the object lives. One at a time.
 class CapturedLog
 {
@@ -16,6 +18,8 @@ public:
         int number;
         QString module;
         QString message;
+        /// The whole line.
+        QString text;
     };
 
     CapturedLog();
@@ -23,7 +27,9 @@ public:
 
     QString Path() const;
     QList<Line> Lines() const;
-    QStringList Messages() const;
+    /// The messages of the lines that contain `part`, for instance a source file ("AppManager.cpp"), a level
+    /// ("[ERROR]") or the socket of an application.
+    QStringList Messages(const QString& part = QString()) const;
     /// `level` is the word: "INFO", "WARNING", "ERROR".
     bool Contains(const QString& level, const QString& module, const QString& message) const;
     int Count(const QString& message) const;

@@ -2,11 +2,11 @@
 
 #include "supervision/BaseApp.h"
 
-/// Another supervised program, which ignores the termination request for a while.
-class SecondApp : public BaseApp
+/// One more supervised program.
+class ExtraApp : public BaseApp
 {
 public:
-    SecondApp() : BaseApp(GetConstant(Velodesk::DATA_DIR) + "SecondIpc")
+    ExtraApp() : BaseApp(GetConstant(Velodesk::DATA_DIR) + "ExtraIpc")
     {
         program = QStringLiteral("/bin/sh");
         arguments = QStringList{QStringLiteral("-c"), QStringLiteral("exec sleep 60")};
