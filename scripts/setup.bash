@@ -84,14 +84,19 @@ export CCACHE_SLOPPINESS=pch_defines,time_macros
 # Whether the configured build in that folder has a setting, as CMake writes it: NAME:TYPE=VALUE.
 configured() { grep -qsx "$2" "build/$1/CMakeCache.txt"; }
 
-# Configures build/CONFIGURATION; what CMake says is shown where it fails. Further arguments go to CMake.
+# Configures build/CONFIGURATION by its preset; what CMake says is shown if it fails. Further arguments go to CMake.
 configure() {
     local configuration=$1
     shift
     say "configuring $configuration"
     mkdir -p "build/$configuration"
-    if ! cmake -S . -B "build/$configuration" -G Ninja -C "cmake/configurations/$configuration.cmake" "$@" \
-        >"build/$configuration/configure.log" 2>&1; then
+    local arguments=(--preset "$configuration")
+    # Presets need CMake 3.21, and Debian 11 has 3.18: the same as the preset "base".
+    if ! cmake --list-presets >/dev/null 2>&1; then
+        arguments=(-S . -B "build/$configuration" -G Ninja
+            "-DCMAKE_PROJECT_velodesk_INCLUDE_BEFORE=$PWD/cmake/configurations/$configuration.cmake")
+    fi
+    if ! cmake "${arguments[@]}" "$@" >"build/$configuration/configure.log" 2>&1; then
         cat "build/$configuration/configure.log"
         return 1
     fi

@@ -1,0 +1,28 @@
+# Sourced after setup.bash: runs stages one after the other, with a log, a time and a line of the summary for each.
+
+stages_failed=0
+stages_summary=()
+
+# run_stage LOGS NAME COMMAND [ARGUMENT...]: what the command prints goes to LOGS/NAME.log and is shown if it fails.
+run_stage() {
+    local log=$1/$2.log name=$2 begin=$SECONDS word=ok
+    shift 2
+    say "$name"
+    mkdir -p "${log%/*}"
+    if ! "$@" >"$log" 2>&1 </dev/null; then
+        word="FAIL $log"
+        stages_failed=$((stages_failed + 1))
+        grep -aE -A3 '^(FAIL!|QFATAL|SUMMARY:|==ERROR)' "$log" | cut -c1-300 | head -n 60
+        tail -n 40 "$log"
+    fi
+    stages_summary+=("$(printf '%-14s %4d s  %s' "$name" $((SECONDS - begin)) "$word")")
+    printf '%s\n' "${stages_summary[-1]}"
+}
+
+# Prints the table. Fails if a stage has.
+sum_up() {
+    say "summary"
+    printf '%s\n' "${stages_summary[@]}"
+    printf '%d passed, %d failed\n' $((${#stages_summary[@]} - stages_failed)) "$stages_failed"
+    [ "$stages_failed" -eq 0 ]
+}
