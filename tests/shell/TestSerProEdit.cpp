@@ -3,7 +3,6 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
-#include <ctime>
 #include <memory>
 
 #include "shell/SerProEdit.h"
@@ -49,7 +48,6 @@ private slots:
     void textWithoutAddressComesBackAsItIs();
     void addressesAreFound_data();
     void addressesAreFound();
-    void manyAddressesTakeNoLongerThanTheirText();
     void spanIsMeasuredInTheView();
     void clickInsideTheSpanOpens_data();
     void clickInsideTheSpanOpens();
@@ -150,25 +148,6 @@ void TestSerProEdit::addressesAreFound()
     QFETCH(QString, text);
     QFETCH(QString, result);
     QCOMPARE(view->ProcessHtmlLinkUrl(text), result);
-}
-
-void TestSerProEdit::manyAddressesTakeNoLongerThanTheirText()
-{
-    constexpr int ADDRESSES = 1000;
-    constexpr int TIMES = 10;
-    const QString address = QStringLiteral("http://a.bc ");
-    QString result;
-    const auto processorTime = [&](int addresses) {
-        const std::clock_t begin = std::clock();
-        result = view->ProcessHtmlLinkUrl(address.repeated(addresses));
-        return std::clock() - begin;
-    };
-    const std::clock_t few = processorTime(ADDRESSES);
-    const std::clock_t many = processorTime(TIMES * ADDRESSES);
-    QCOMPARE(result.count(view->GetLinkUrl(QStringLiteral("http://a.bc"))), TIMES * ADDRESSES);
-    // Were what comes before it gone through for each address, it would be a hundred times as long.
-    QVERIFY2(many < 3 * TIMES * few + CLOCKS_PER_SEC / 4,
-             qPrintable(QStringLiteral("%1, a tenth of them %2").arg(many).arg(few)));
 }
 
 void TestSerProEdit::spanIsMeasuredInTheView()
