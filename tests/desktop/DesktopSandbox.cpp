@@ -2,10 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <array>
-#include <climits>
-#include <unistd.h>
 
 #include "DesktopWorld.h"
 
@@ -15,29 +11,9 @@ QString BuiltProgram(const QString& name)
     return QStringLiteral(VELODESK_BINARY_DIR "/") + name;
 }
 
-/// An /etc of links and binds in which only lsb-release is another.
-QStringList FalseEtc(const QString& lsbRelease)
+QStringList Words(const char* text)
 {
-    QStringList arguments{QStringLiteral("--tmpfs"), QStringLiteral("/etc")};
-    const QFileInfoList entries =
-        QDir(QStringLiteral("/etc"))
-            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo& entry : entries) {
-        if (entry.fileName() == QLatin1String("lsb-release")) {
-            continue;
-        }
-        if (entry.isSymLink()) {
-            const QByteArray path = entry.filePath().toLocal8Bit();
-            std::array<char, PATH_MAX> target{};
-            if (readlink(path.constData(), target.data(), target.size() - 1) > 0) {
-                arguments << QStringLiteral("--symlink") << QString::fromLocal8Bit(target.data())
-                          << entry.filePath();
-            }
-        } else {
-            arguments << QStringLiteral("--ro-bind") << entry.filePath() << entry.filePath();
-        }
-    }
-    return arguments << QStringLiteral("--ro-bind") << lsbRelease << QStringLiteral("/etc/lsb-release");
+    return QString::fromLatin1(text).split(QLatin1Char(' '));
 }
 } // namespace
 
@@ -62,14 +38,10 @@ QStringList DesktopWorld::RootArguments() const
     // The installed program below an /opt in which there is room for the engine. Display, buses and our own
     // folders lie in /tmp.
     QStringList arguments{QStringLiteral("--ro-bind"), options.root, QStringLiteral("/")};
-    for (const QString& shared : {QStringLiteral("/dev"), QStringLiteral("/proc"), QStringLiteral("/tmp")}) {
-        arguments << QStringLiteral("--dev-bind") << shared << shared;
-    }
-    return arguments << QStringLiteral("--tmpfs") << QStringLiteral("/opt") << QStringLiteral("--ro-bind")
-                     << options.root + programs << programs << QStringLiteral("--ro-bind")
-                     << InstalledDir() + QStringLiteral("/tandra") << engine
-                     << QStringLiteral("--die-with-parent") << QStringLiteral("--cap-drop")
-                     << QStringLiteral("ALL");
+    arguments << Words("--dev-bind /dev /dev --dev-bind /proc /proc --dev-bind /tmp /tmp --tmpfs /opt");
+    arguments << QStringLiteral("--ro-bind") << options.root + programs << programs;
+    arguments << QStringLiteral("--ro-bind") << InstalledDir() + QStringLiteral("/tandra") << engine;
+    return arguments << Words("--die-with-parent --cap-drop ALL");
 }
 
 QStringList DesktopWorld::SandboxArguments() const
@@ -79,23 +51,15 @@ QStringList DesktopWorld::SandboxArguments() const
     }
     // The empty /opt first, or missing mount points would be made on the machine itself. Without its
     // capabilities root is refused what other users are refused.
-    QStringList arguments{QStringLiteral("--dev-bind"),
-                          QStringLiteral("/"),
-                          QStringLiteral("/"),
-                          QStringLiteral("--tmpfs"),
-                          QStringLiteral("/opt"),
-                          QStringLiteral("--bind"),
-                          InstalledDir(),
-                          QLatin1String(INSTALLED_DIR),
-                          QStringLiteral("--die-with-parent"),
-                          QStringLiteral("--cap-drop"),
-                          QStringLiteral("ALL")};
+    QStringList arguments = Words("--dev-bind / / --tmpfs /opt --bind");
+    arguments << InstalledDir() << QLatin1String(INSTALLED_DIR) << Words("--die-with-parent --cap-drop ALL");
     if (!options.lsbRelease.isNull()) {
         QFile file(scratch.filePath(QStringLiteral("lsb-release")));
         if (file.open(QIODevice::WriteOnly)) {
             file.write(options.lsbRelease.toUtf8());
         }
-        arguments << FalseEtc(file.fileName());
+        // scratch-run has put a file of that name there.
+        arguments << QStringLiteral("--ro-bind") << file.fileName() << QStringLiteral("/etc/lsb-release");
     }
     return arguments;
 }

@@ -47,7 +47,7 @@ public:
         bool agreed = true;
         /// A screen reader may come: the session bus starts the accessibility bus, and the program is on it.
         bool screenReader = false;
-        /// The content of /etc/lsb-release; null for the machine's own.
+        /// The content of /etc/lsb-release; null for an empty file.
         QString lsbRelease;
         /// Where everything that is started here says what it has to say; by default a file of the world's
         /// own.
