@@ -23,13 +23,13 @@ function(velodesk_configure target)
         AUTOMOC ${ARG_MOC_AND_UIC}
         AUTOUIC ${ARG_MOC_AND_UIC}
         POSITION_INDEPENDENT_CODE ON)
-    # Our warnings are nobody else's: what links a library of ours gets its headers alone.
-    target_link_libraries(${target} PRIVATE velodesk_options)
+    # Only for our own sources: neither linking nor installing a library passes the options on.
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velodesk_options>)
     set(scope PRIVATE)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "STATIC_LIBRARY")
         set(scope PUBLIC)
     endif()
     target_compile_features(${target} ${scope} cxx_std_17)
-    target_include_directories(${target} ${scope} ${velodesk_SOURCE_DIR}/src)
+    target_include_directories(${target} ${scope} $<BUILD_INTERFACE:${velodesk_SOURCE_DIR}/src>)
 endfunction()

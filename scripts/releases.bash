@@ -1,21 +1,17 @@
-# Sourced after setup.bash by what works in roots of other releases of Debian, made once in build/releases.
+# Sourced after setup.bash by scripts that work in root file systems of releases of Debian, made once in build/releases.
 
-RELEASES=(bullseye bookworm trixie)
-# One and the same for all that a script starts, whatever is committed meanwhile.
-export VELODESK_COMMIT=${VELODESK_COMMIT:-$(git rev-parse HEAD)}
+RELEASES=(bullseye bookworm trixie forky)
 
 is_release() { case " ${RELEASES[*]} " in *" $1 "*) ;; *) return 1 ;; esac; }
 
-# The one before it that we build for, if there is one.
-release_before() {
-    local before='' release
-    for release in "${RELEASES[@]}"; do
-        if [ "$release" = "$1" ]; then
-            printf '%s' "$before"
-            return
-        fi
-        before=$release
-    done
+# Sets $release and $architecture to the arguments or their defaults, $results to the folder of their packages and
+# $root to the root file system in which they are built. There are none for forky until it is released.
+package_root() {
+    release=${1-$(. /etc/os-release && echo "$VERSION_CODENAME")} architecture=${2-amd64}
+    results=$PWD/build/packages/$release-$architecture
+    root=$results/root
+    is_release "$release" && [ "$release" != forky ] || misused
+    [ "$architecture" = amd64 ] || [ "$architecture" = arm64 ] || misused
 }
 
 # Where this machine has its own packages from; the same place has the other releases.
@@ -78,30 +74,6 @@ copy_commit() {
     as_root mkdir -p "$1$2"
     as_root find "$1$2" -mindepth 1 -maxdepth 1 ! -name build ! -name .cache -exec rm -rf --one-file-system {} +
     # A commit's files have its time, which says nothing about what was built from another one.
-    as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar "$VELODESK_COMMIT" |
+    as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar HEAD |
         as_root tar --extract --touch --no-same-owner --directory "$1$2"
-}
-
-# Builds the packages of the last commit in a folder of $root, which is made anew; they are in build/packages there.
-#   build_packages ARCHITECTURE FOLDER [OPTION OF BUBBLEWRAP...]
-build_packages() {
-    local architecture=$1 folder=$2
-    shift 2
-    as_root rm -rf --one-file-system "${root:?}$folder"
-    copy_commit "$root" "$folder" || return
-    # All times in the packages are that of the commit, so that anybody gets the same bytes from it.
-    in_root "$root" --setenv SOURCE_DATE_EPOCH "$(git log -1 --format=%ct "$VELODESK_COMMIT")" \
-        --setenv CCACHE_DIR /var/cache/ccache --chdir "$folder" "$@" -- packaging/build --here "$architecture"
-}
-
-# Copies the packages that were built in a folder of $root to build/packages, with the commit they are of.
-#   take_packages RELEASE ARCHITECTURE FOLDER
-take_packages() {
-    local package
-    mkdir -p build/packages
-    for package in "$root$3/build/packages"/*.deb; do
-        cp "$package" build/packages/
-        printf '%s\n' "build/packages/${package##*/}"
-    done
-    printf '%s\n' "$VELODESK_COMMIT" >"build/packages/$1-$2.commit"
 }

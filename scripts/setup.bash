@@ -1,19 +1,19 @@
 # Sourced by run, test and the scripts of scripts, bench and packaging: says what it installs, and builds with progress.
 
-PACKAGES_BUILD=(g++ cmake ninja-build ccache pkg-config qtbase5-dev libssl-dev libsystemd-dev libx11-dev)
+# The compiler, its cache, and Build-Depends of debian/control without debhelper, which only builds packages.
+mapfile -t PACKAGES_BUILD < <(printf '%s\n' g++ ccache &&
+    sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\1/p' debian/control | grep -v '^debhelper')
 # What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
 PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
-    optipng python3-minimal at-spi2-core)
+    optipng python3 at-spi2-core)
 
 # Window managers, a Wayland session, two monitors and locales, for ./test --deep.
 PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm weston xwayland qtwayland5 locales
     xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev)
-PACKAGES_PACKAGING=(binutils dpkg-dev file git)
-PACKAGES_PACKAGE_TEST=(lintian)
 PACKAGES_EMULATION=(qemu-user-static mount)
 # The cross compiler, and the libraries of the other architecture.
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
@@ -110,7 +110,7 @@ build() {
         configure "$configuration" || return
     elif configured "$configuration" BUILD_TESTING:BOOL=OFF &&
         ! grep -q BUILD_TESTING "cmake/configurations/$configuration.cmake"; then
-        # ./run or packaging/build was here and left the tests out.
+        # ./run configured it without the tests.
         configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_WALK=ON || return
     fi
     say "building $configuration"

@@ -1,4 +1,4 @@
-# The program as it ships, with what bench/run runs and without its tests.
+# Optimised, without tests, with what bench/run runs.
 include(${CMAKE_CURRENT_LIST_DIR}/release.cmake)
 set(BUILD_TESTING OFF CACHE BOOL "")
 set(VELODESK_BUILD_BENCHMARKS ON CACHE BOOL "")

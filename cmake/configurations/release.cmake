@@ -1,3 +1,3 @@
-# The program as it ships, with its tests.
+# Optimised, with the tests. The flags of the packages are those of dpkg-buildflags instead (debian/rules).
 include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
 set(CMAKE_BUILD_TYPE Release CACHE STRING "")

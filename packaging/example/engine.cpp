@@ -1,4 +1,4 @@
-// A cast engine in its smallest form: it reports to the assistant, and ends when it is asked to.
+// A cast engine in its smallest form: it reports its status, and ends on request or with the assistant.
 //   c++ -std=c++17 -fPIC engine.cpp -o Tandra $(pkg-config --cflags --libs velodesk-statuschannel)
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -7,10 +7,11 @@
 #include <platform/Logger.h>
 #include <statuschannel/ConnClient.h>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 int main(int argc, char** argv)
 {
-    // The assistant asks for the end by SIGTERM. It is taken by the event loop, where a report can still be
+    // The assistant asks for the end by SIGTERM. The event loop handles it, so that a report can still be
     // sent.
     sigset_t requests;
     sigemptyset(&requests);
@@ -19,7 +20,7 @@ int main(int argc, char** argv)
 
     QCoreApplication engine(argc, argv);
     if (qEnvironmentVariableIsSet("ENGINE_LOG")) {
-        // Until then the log is silent.
+        // Without this call the library writes no log.
         Singleton<Brevora::Logger>::GetInstance()->Init(qgetenv("ENGINE_LOG").toStdString());
     }
 
@@ -28,15 +29,19 @@ int main(int argc, char** argv)
         return 1;
     }
     assistant.AppInit();
-    // A real engine says so once a phone is casting. The client repeats it every second by itself.
+    // "run" waits until the assistant has read "init": it drops two messages that arrive in one read. If the
+    // run before this one crashed while casting, it would then take the repeated "run" for no change.
     QTimer::singleShot(500, &assistant, [&assistant] { assistant.AppRun(); });
 
     QSocketNotifier request(signalfd(-1, &requests, SFD_CLOEXEC), QSocketNotifier::Read);
     QObject::connect(&request, &QSocketNotifier::activated, &assistant, [&] {
         request.setEnabled(false);
         assistant.AppStop();
-        // The report leaves with the event loop.
+        // The event loop sends the report.
         QTimer::singleShot(50, &engine, &QCoreApplication::quit);
     });
+    // Standard input is a pipe to which nothing is written: it becomes readable when the assistant has ended.
+    QSocketNotifier end(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&end, &QSocketNotifier::activated, &engine, &QCoreApplication::quit);
     return QCoreApplication::exec();
 }

@@ -150,8 +150,8 @@ bool Road::WalkCast()
 bool Road::WalkChecklist()
 {
     QString output;
-    const int status =
-        world.RunBeside({QStringLiteral("/usr/share/doc/velodesk/check-installation")}, output);
+    const int status = world.RunBeside(
+        {QLatin1String(DesktopWorld::INSTALLED_DIR) + QStringLiteral("/bin/check-installation")}, output);
     std::printf("%schecklist: exit code %d\n", qUtf8Printable(output), status);
     return status == 0;
 }

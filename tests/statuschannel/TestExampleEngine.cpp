@@ -71,6 +71,7 @@ private slots:
     void reportsAndEndsWhenItIsAsked_data();
     void reportsAndEndsWhenItIsAsked();
     void endsWithoutAnAssistant();
+    void endsWithTheAssistant();
     void documentShowsIt();
 
 private:
@@ -129,6 +130,22 @@ void TestExampleEngine::endsWithoutAnAssistant()
     QCOMPARE(engine.process.exitCode(), 1);
     QCOMPARE(QString::fromLocal8Bit(engine.process.readAll()), QString());
     QCOMPARE(engine.Files(), QStringList());
+}
+
+void TestExampleEngine::endsWithTheAssistant()
+{
+    Engine engine;
+    ConnServer server(engine.Socket().toStdString(), nullptr);
+    QSignalSpy running(&server, &ConnServer::AppRunning);
+    QCOMPARE(server.ServerStart(), 0);
+    engine.Start();
+    QTRY_COMPARE(running.count(), 1);
+    QCOMPARE(engine.process.state(), QProcess::Running);
+    // As the end of the assistant closes it.
+    engine.process.closeWriteChannel();
+    QTRY_COMPARE(engine.process.state(), QProcess::NotRunning);
+    QCOMPARE(engine.process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(engine.process.exitCode(), 0);
 }
 
 void TestExampleEngine::documentShowsIt()
