@@ -119,7 +119,7 @@ MUTANTS = [
     ("src/entry/TerminationSignals.cpp", "TestCommandLine|TestEnd", "    haveArrived = 1;\n", ""),
     ("src/entry/TerminationSignals.cpp", "TestCommandLine|TestEnd", "    SetHandler(SIG_DFL);\n", ""),
     ("src/entry/StartEnvironment.cpp", "TestStartEnvironment", "std::isfinite(factor) && ", ""),
-    ("src/entry/VeloMain.cpp", "TestPages|TestFaults", "    TranslateQt(application);\n", ""),
+    ("src/entry/VeloMain.cpp", "TestScreenReader", "    TranslateQt(application);\n", ""),
     ("src/entry/VeloMain.cpp", "TestScreenReader", "    Accessibility::Install();\n", ""),
     ("src/multiscreen/MultiScreen.cpp", "TestSettingsView", 'QStringLiteral("[;\\n\\r]")', 'QStringLiteral("[;\\n]")'),
     # windows

@@ -12,14 +12,20 @@ constexpr QSize CARD(300, 168);
 const QString ROUND = QStringLiteral("#card{background-color:white;border-radius:20px;}");
 const QString SQUARE = QStringLiteral("#card{background-color:white;}");
 
-/// What the window has painted on its own surface. QWidget::grab() would paint on another one.
+/// What the window has painted on its own surface so far. QWidget::grab() would paint on another one.
+QImage Surface(const QWidget& window)
+{
+    return static_cast<QImage*>(window.backingStore()->paintDevice())->copy();
+}
+
+/// The same after it has painted all of itself.
 QImage OnScreen(QWidget& window)
 {
     if (!QTest::qWaitForWindowExposed(&window)) {
         qFatal("the window is not shown");
     }
     window.repaint();
-    return static_cast<QImage*>(window.backingStore()->paintDevice())->copy();
+    return Surface(window);
 }
 
 /// A translucent window with a card that has our shadow.
@@ -204,7 +210,7 @@ void TestCardShadow::changesAroundACornerLeaveItsShadowAsItWas()
         beside.update();
         QTRY_VERIFY(below.count > count);
     }
-    QVERIFY(OnScreen(probe.window) == before);
+    QVERIFY(Surface(probe.window) == before);
 }
 
 void TestCardShadow::renderedCardIsInItsPlace()
