@@ -5,20 +5,20 @@
 
 #include "platform/Singleton.h"
 
-/// The one door to the user's settings. Every getter reads the settings file and every setter rewrites it:
-/// nothing is cached, and the engine reads the same file. Reached as Singleton<Configure>; main thread only.
+/// The user's settings. Each getter reads the settings file and each setter rewrites it: nothing is cached,
+/// and the engine reads the same file. Use it as Singleton<Configure> on the main thread.
 ///
-/// Nothing tells a failure: an unreadable file gives the getters' failure values, and setters then do
-/// nothing. Names and paths cannot be blanked.
+/// No function reports a failure. If the file cannot be read, getters return their failure values and setters
+/// do nothing. A name or path cannot be set to an empty text.
 class Configure
 {
 public:
     Configure();
 
-    /// Makes sure that the file exists and has mode 0600.
+    /// Creates the file if it does not exist, and sets its mode to 0600.
     void Init();
 
-    /// The PC's device name, UTF-8; empty where none is stored.
+    /// The PC's device name (UTF-8); empty if none is stored.
     void SetPCDeviceName(const std::string& name);
     std::string GetPCDeviceName() const;
     /// Whether the user has accepted the agreement.
@@ -27,7 +27,7 @@ public:
     /// The number of trusted phones.
     void ClearTrustDevices();
     uint32_t GetTrustDeviceNum() const;
-    /// The folder for received files, local 8-bit; empty where none is stored.
+    /// The folder for received files (local 8-bit); empty if none is stored.
     std::string GetSavePath() const;
     void SetSavePath(std::string path);
 
@@ -37,6 +37,6 @@ private:
     std::string engineSection;
 
 public:
-    /// The process id of the privileged daemon, handed on to the engine; 0 until the command line was read.
+    /// The process id of the privileged daemon, passed on to the engine; 0 until the command line is read.
     int32_t daemonPid;
 };

@@ -22,7 +22,7 @@ std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, s
     return {
         {Velodesk::DATA_DIR, dataDir},
         {Velodesk::LOG_FILE, logDir + "/velodesk.log"},
-        // The doubled slash is part of the name: it is the parser's key for the file and stands in the log.
+        // The double slash is part of the name: the log and the parser's key for the file contain it.
         {Velodesk::CONF_FILE, dataDir + "/velodesk.conf"},
         {Velodesk::ENGINE_PATH, std::string(INSTALL_PREFIX) + "/tandra/bin/Tandra"},
         {Velodesk::ENGINE_IPC_NAME, dataDir + "TandraIpc"},

@@ -5,11 +5,11 @@
 
 namespace Velodesk {
 
-/// Names of the texts that the whole program shares: per-user paths, the engine's path, and the sections and
-/// keys of the settings file. No other place spells any of them.
+/// Names of the texts that the whole program uses: per-user paths, the engine's path, and the sections and
+/// keys of the settings file. They are spelled only in Constant.cpp.
 enum StrConstName : int
 {
-    /// $HOME/Velodesk/; empty if that could not be made.
+    /// $HOME/Velodesk/; empty if it could not be created.
     DATA_DIR,
     LOG_FILE,
     CONF_FILE,
@@ -25,7 +25,7 @@ enum StrConstName : int
 
 enum IntConstName : int
 {
-    /// How long a child may take to end before it is killed.
+    /// Milliseconds that a child may take to end before it is killed.
     APP_STOP_TIMEOUT_MS,
 };
 
@@ -36,7 +36,7 @@ template <typename Name, typename Value>
 class Constant
 {
 public:
-    /// A copy of the value; an empty text or 0 for a name that the table does not hold.
+    /// Returns a copy of the value; an empty text or 0 for a name that is not in the table.
     static Value GetConstant(Name name)
     {
         static const std::map<Name, Value> constMap = CreateConstMap();
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    /// Makes the per-user directories while it fills the table of texts.
+    /// Fills the table; the table of texts also creates the per-user directories.
     static std::map<Name, Value> CreateConstMap();
 };
 

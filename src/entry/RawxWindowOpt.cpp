@@ -9,7 +9,7 @@
 namespace {
 constexpr char MODULE_TAG[] = "UTILS";
 constexpr int MESSAGE_FORMAT = 32;
-/// The message's origin in the words of EWMH: a pager, or direct user action.
+/// The source indication of EWMH for a pager or a direct user action.
 constexpr long SOURCE_PAGER = 2;
 } // namespace
 

@@ -6,7 +6,8 @@ class RawxWindowOpt
 public:
     RawxWindowOpt() = delete;
 
-    /// Sends `windowId` (an X window) as a _NET_ACTIVE_WINDOW client message to the root window, as a pager
-    /// does (EWMH). Whether the manager obeys is not known. A missing or dead display is logged.
+    /// Asks the window manager to activate the X window `windowId`: sends a _NET_ACTIVE_WINDOW client message
+    /// to the root window, as a pager does (EWMH). The window manager may ignore it. Logs if there is no
+    /// display.
     static void ActivexWindow(int windowId);
 };

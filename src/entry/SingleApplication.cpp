@@ -89,7 +89,7 @@ int SingleApplication::NewAppConnected()
         LOG_ERROR("No connection.");
         return -1;
     }
-    // The peer sends nothing: this wait ends when it has closed its end in order.
+    // The peer sends nothing: this wait ends when the peer closes the connection.
     socket->waitForReadyRead(CLOSE_TIMEOUT_MS);
     socket.reset();
     LOG_INFO("Active application.");

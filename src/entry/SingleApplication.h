@@ -8,11 +8,11 @@
 
 class QWidget;
 
-/// The application object, which also makes sure that one instance runs: the first listens on a local socket,
-/// a later one connects to it and gives up, and that connection alone raises the first one's window. No bytes
-/// are exchanged.
+/// The application object, which also ensures that only one instance runs. The first instance listens on a
+/// local socket. A later one connects to it and ends; this connection raises the window of the first one. No
+/// bytes are exchanged.
 ///
-/// main() owns it; construct, InitLocalConnect(), then ask IsRunning(). Main thread only.
+/// main() owns it and calls InitLocalConnect(), then IsRunning(). Main thread only.
 class SingleApplication : public QApplication
 {
     Q_OBJECT
@@ -20,21 +20,22 @@ class SingleApplication : public QApplication
 public:
     SingleApplication(int& argc, char** argv);
 
-    /// The instance check, blocking for up to 500 ms. 0 if another instance runs or this one listens (or must
-    /// go on without listening), -1 if neither could be established.
+    /// Checks for another instance; blocks for up to 500 ms. Returns 0 if another instance runs, or if this
+    /// one listens or runs without listening. Returns -1 if the socket's name is blocked.
     int InitLocalConnect();
-    /// True once another instance has answered.
+    /// True if InitLocalConnect() found another instance.
     bool IsRunning() const;
-    /// The window to raise; not owned.
+    /// Sets the window to raise, which is not owned.
     void SetMainWindow(const QWidget& window);
-    /// Another socket name, UTF-8, before InitLocalConnect().
+    /// Sets another socket name (UTF-8). Call it before InitLocalConnect().
     void SetServerName(const std::string& name);
-    /// Asks the window manager to raise the window that was set, if any.
+    /// Asks the window manager to raise the window of SetMainWindow(), if there is one.
     void ActivateWindow() const;
 
-    /// Removes a link or a directory of the socket's name from the current directory; false if it could not.
+    /// Removes a link or a directory with the socket's name from the current directory. Returns false if that
+    /// fails.
     bool IsServerNameValid();
-    /// Listens, taking over a stale socket. 0, or -1 if the name stays taken.
+    /// Listens and takes over a stale socket. Returns 0, or -1 if the name stays in use.
     int NewLocalServer();
 
 private slots:

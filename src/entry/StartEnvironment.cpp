@@ -13,8 +13,9 @@ constexpr char STYLE[] = "QT_STYLE_OVERRIDE";
 constexpr char GL_INTEGRATION[] = "QT_XCB_GL_INTEGRATION";
 constexpr int DOTS_PER_INCH = 96;
 
-/// Qt divides a screen's dots per inch by that screen's own factor, so they have to be as many times more.
-/// Desktops that set factors by screen ("1.5;1.5", "eDP-1=1.5;HDMI-1=1.5;") set the same one for all.
+/// The scale factor of the first screen, or 1. Qt divides a screen's dots per inch by this factor, so they
+/// are multiplied by it first. Desktops that set factors by screen ("1.5;1.5", "eDP-1=1.5;HDMI-1=1.5;") use
+/// one factor for all screens.
 double ScreenFactor()
 {
     const QByteArray first = qgetenv(SCREEN_FACTORS).split(';').first();
@@ -26,18 +27,18 @@ double ScreenFactor()
 StartEnvironment::StartEnvironment()
 {
     if (!qEnvironmentVariableIsEmpty(DISPLAY_NAME) && qEnvironmentVariableIsEmpty(PLATFORM)) {
-        // In a Wayland session Qt would take its plug-in for that, under which no window stands in its place
-        // and none can be raised.
+        // In a Wayland session Qt would use its Wayland plug-in, with which windows can be neither placed nor
+        // raised.
         Replace(PLATFORM, "xcb");
     }
-    // The attribute alone does not reach the fonts of widgets.
+    // The attribute alone does not affect the fonts of widgets.
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     Replace(FONT_DPI, QByteArray::number(DOTS_PER_INCH * ScreenFactor(), 'f', 0));
-    // What a window here leaves open is not for the desktop to settle: a dark one would write white on white.
+    // The forms do not set every colour. Those of a dark desktop would give white text on white.
     QApplication::setDesktopSettingsAware(false);
     Replace(STYLE, "fusion");
     if (!qEnvironmentVariableIsSet(GL_INTEGRATION)) {
-        // No window here draws with OpenGL, and to load it takes more than half of the start and 20 MiB.
+        // No window uses OpenGL. Loading it takes more than half of the start and 20 MiB.
         Replace(GL_INTEGRATION, "none");
     }
 }

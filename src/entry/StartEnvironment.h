@@ -3,12 +3,12 @@
 #include <QByteArray>
 #include <vector>
 
-/// What Qt is to find while it starts, so that the program is the same on every desktop: the X server in
-/// whatever session, 96 dots per inch, the style and the colours that Qt brings along, no OpenGL.
+/// Sets the environment variables that make Qt look the same on every desktop: the X server in every kind of
+/// session, 96 dots per inch, Qt's own style and colours, and no OpenGL.
 ///
-/// Built before the QApplication. That one reads the environment, all but the OpenGL switch, which is read
-/// with the first native window. Children inherit the environment, so it has to be given back before one is
-/// started.
+/// Construct it before the QApplication, which reads these variables; the OpenGL variable is read when the
+/// first native window is created. Children inherit the environment: call GiveBack() before one is started.
+/// Main thread only.
 class StartEnvironment
 {
 public:
@@ -17,7 +17,7 @@ public:
     StartEnvironment(const StartEnvironment&) = delete;
     StartEnvironment& operator=(const StartEnvironment&) = delete;
 
-    /// Puts back what was given. After the first window was shown.
+    /// Restores the environment. Call it after the first window is shown; a second call has no effect.
     void GiveBack();
 
 private:

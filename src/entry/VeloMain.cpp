@@ -25,7 +25,8 @@ constexpr char MODULE_TAG[] = "VELODESK";
 constexpr int ARGUMENT_COUNT = 2;
 constexpr char PROGRAM_NAME[] = "Velodesk";
 
-/// Only the daemon starts this program: by the bare name, with its own process id. On true that id is stored.
+/// Checks that the daemon has started this program: by its bare name, with the daemon's process id. Stores
+/// that id and returns true, or logs the error.
 bool CheckArgs(int argc, char** argv)
 {
     if (argc != ARGUMENT_COUNT) {
@@ -55,14 +56,14 @@ void StopVelodeskd()
     Brevora::Utils::ExecutePopenAndReturnByDbus("velodeskd --exit", result, errorMessage);
 }
 
-/// Centred on the whole virtual desktop, whichever screen holds the pointer.
+/// Centres the window on the whole virtual desktop, not on the screen with the pointer.
 void MoveToCentre(QWidget& window)
 {
     const QSize desktop = QGuiApplication::primaryScreen()->virtualSize();
     window.move((desktop.width() - window.width()) / 2, (desktop.height() - window.height()) / 2);
 }
 
-/// Qt's own texts in Chinese, as all others are, in every locale.
+/// Makes Qt's own texts Chinese in every locale, because all other texts are.
 void TranslateQt(QCoreApplication& application)
 {
     auto* translator = new QTranslator(&application);
@@ -72,7 +73,7 @@ void TranslateQt(QCoreApplication& application)
     }
 }
 
-/// Shows the agreement where it was never accepted; true if the user may go on.
+/// Shows the agreement if it was never accepted. Returns true if the main window may follow.
 bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, StartEnvironment& environment)
 {
     const Configure& configure = *Singleton<Configure>::GetInstance();
@@ -83,7 +84,7 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, Star
         MoveToCentre(protocolWin);
         QApplication::exec();
     }
-    // A settings file that could not be written does not keep the user out in this run.
+    // If the settings file cannot be written, the acceptance is valid for this run.
     return !TerminationSignals::HaveArrived() &&
            (configure.IsStatementRead() || protocolWin.IsReadStatement());
 }
@@ -91,7 +92,7 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, Star
 void RunMainWindow(SingleApplication& application, StartEnvironment& environment)
 {
     LOG_INFO("Mainwindow start.");
-    // The status server listens before any page exists.
+    // Before the pages: this starts the status server.
     Singleton<AppManager>::GetInstance();
     VeloWin veloWin(nullptr);
     veloWin.exitHook = StopVelodeskd;
@@ -104,7 +105,7 @@ void RunMainWindow(SingleApplication& application, StartEnvironment& environment
 }
 } // namespace
 
-// Before any static initialisation, which runs shell commands.
+// Runs before static initialisation, which starts shell commands.
 __attribute__((constructor(101))) static void ResetInheritedState()
 {
     Brevora::InheritedState::Reset();
@@ -120,7 +121,7 @@ int main(int argc, char** argv)
 
     StartEnvironment environment;
     SingleApplication application(argc, argv);
-    // From a picture: for a name without a suffix Qt would ask the MIME database first.
+    // From a pixmap: for a file name without a suffix Qt would load its MIME database.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
         return 1;

@@ -63,9 +63,9 @@ const QString TRANSPARENT_BTN_STYLE = QStringLiteral("background-color:transpare
 
 constexpr double LETTER_SPACING = 0.7;
 constexpr double NO_SPACING = 0.0;
-/// The name field is as wide as its text in the page's font, and that is the field's own, set wider: the
-/// field needs room at its ends, and the widest name, fifteen "m", has to end before the pencil at its last
-/// place.
+/// Letter spacing of the page's font, in which the width of the name field is calculated. It is the field's
+/// own font with a larger spacing: the field needs room at its ends, and the widest name, fifteen "m", must
+/// end before the pencil.
 constexpr double NAME_ROOM_SPACING = 1.5;
 constexpr int HEADING_PIXEL_SIZE = 32;
 constexpr int SUBHEADING_PIXEL_SIZE = 16;
@@ -131,14 +131,14 @@ MultiScreen::MultiScreen(QWidget* parent)
 
 MultiScreen::~MultiScreen()
 {
-    // An open field loses the focus as the widgets go, when there is no page any more to hear of it.
+    // A field in edit mode loses the focus during destruction, when this object is no longer a MultiScreen.
     disconnect(ui->ComputerNameEdit, nullptr, this, nullptr);
 }
 
 void MultiScreen::SetPreScreenStatus(bool casting)
 {
-    // Each place is painted by itself: the shadow has Qt paint all that lies between places that change
-    // together.
+    // Paint each widget by itself: because of the shadow, Qt would paint everything between widgets that
+    // change together.
     ui->PreScreenBtn->setText(casting ? STOP_TEXT : START_TEXT);
     ui->PreScreenBtn->setStyleSheet(casting ? STOP_BTN_STYLE : START_BTN_STYLE);
     ui->PreScreenBtn->repaint();
@@ -219,13 +219,13 @@ void MultiScreen::ClickNameEditBtn()
 
 void MultiScreen::ComputerNameTextEdited(const QString& text)
 {
-    // The limit counts bytes, so characters go one by one until the name fits.
+    // The limit counts bytes: remove characters one by one until the name fits.
     QString name = text;
     for (int limit = NAME_LIMIT; name.toLocal8Bit().length() > NAME_LIMIT; --limit) {
         name = text.left(limit);
         ui->ComputerNameEdit->setText(name);
     }
-    // The text as typed is measured, also when it has just been cut: the next edit puts the width right.
+    // The width is that of the typed text, even if it was cut: the next edit corrects the width.
     ui->ComputerNameEdit->resize(NameWidth(text), ui->ComputerNameEdit->height());
     if (text.isEmpty()) {
         ui->ComputerNameEdit->setPlaceholderText(currentName);
@@ -327,7 +327,7 @@ void MultiScreen::ClearTrustDevices()
     EraseTrustFile(directory, TRUST_FILE_1);
     EraseTrustFile(directory, TRUST_FILE_2);
     EraseTrustFile(directory, TRUST_FILE_3);
-    // Whatever could not be erased, the phones are no longer trusted.
+    // Even if a file could not be erased, the phones are no longer trusted.
     ui->numDevice->setText(DEVICE_COUNT_TEXT.arg(0));
     ui->clear->setEnabled(false);
     Singleton<Configure>::GetInstance()->ClearTrustDevices();
@@ -439,8 +439,8 @@ void MultiScreen::InitScreenPage()
 
 void MultiScreen::InitFonts()
 {
-    // For the width of the name field alone: the page's style sheet, set before, keeps it from all that lies
-    // on the page.
+    // Only for the width of the name field: the page's style sheet keeps this font from the widgets on the
+    // page.
     setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
     for (QLabel* heading :
          {ui->ScreenTitle, ui->TitleLabel, ui->NewHandLabel, ui->CommonProblemLabel, ui->setTitle}) {

@@ -13,8 +13,8 @@ class Ui_MultiScreen;
 
 /// The main page: cast control, device name, settings, trusted devices and help, in one stack of views.
 ///
-/// VeloWin owns it. It asks AppManager to start and stop the cast engine and learns only from AppManager's
-/// signals what came of it: a click never changes the display. Interface thread only.
+/// VeloWin owns it. It asks AppManager to start and stop the cast engine. Only AppManager's signals change
+/// what the page shows, never a click. Interface thread only.
 class MultiScreen : public QWidget
 {
     Q_OBJECT
@@ -23,15 +23,15 @@ public:
     explicit MultiScreen(QWidget* parent);
     ~MultiScreen() override;
 
-    /// Shows the casting or the idle state. The start button's text is the state; there is no other.
+    /// Shows the casting or the idle state. The text of the start button is the state; there is no other.
     void SetPreScreenStatus(bool casting);
-    /// Shows the settings as they stand in the settings file at this moment.
+    /// Shows the settings, which it reads from the settings file.
     void ShowSetView();
     /// True if `path`, an absolute path, or one of its ancestors is a symbolic link.
     bool PathHasLink(QString path);
-    /// Puts the help view into `frame` and loads the document `resource` anew.
+    /// Moves the help view into `frame` and loads the document `resource`.
     void InitHtmlContent(QWidget* frame, QString resource);
-    /// A font with the family, pixel size, weight and letters `spacing` pixels apart.
+    /// Returns a font with the family, pixel size and weight, and with a letter spacing of `spacing` pixels.
     QFont FontStyle(QString family, int pixelSize, int weight, double spacing) const;
 
 public slots:
@@ -39,9 +39,9 @@ public slots:
     void ClickNameEditBtn();
     /// Shows the help menu.
     void ClickHelpBtn() const;
-    /// Ends an edit of the device name: centres the row and stores the name, whether it has changed or not.
+    /// Ends an edit of the device name: centres the row and stores the name, even if it has not changed.
     void ComputerNameEditEditingFinished();
-    /// Cuts an over-long device name and fits the field to `text`.
+    /// Cuts a device name that is too long, and fits the width of the field to `text`.
     void ComputerNameTextEdited(const QString& text);
     void BackToMainScreen() const;
     void ClickNewHandBtn();
@@ -57,8 +57,7 @@ public slots:
     /// Asks, then erases the engine's trust files and sets the count of trusted phones to zero.
     void ClearTrustDevices();
     void TrustOK();
-    /// Lets the user choose the folder for received files until a usable one is chosen or the dialog is
-    /// cancelled.
+    /// Asks for the folder for received files until the user chooses a usable one or cancels the dialog.
     void ChangePath();
     void SetHelpPageBtn();
 
@@ -71,11 +70,11 @@ private:
     void InitScreenConnection() const;
     void InitFonts();
     void LoadDeviceName();
-    /// Records the user's desktop as the save path where none is stored, and gives the path, local 8-bit.
+    /// Returns the save path (local 8-bit). If none is stored, it stores the user's desktop folder first.
     std::string SavePathOrDesktop();
-    /// Why a folder (local 8-bit) cannot be taken, as the text to show; empty if it can.
+    /// Returns why a folder cannot be the save path, as the text to show; empty if it can.
     QString FolderFault(const QString& folder);
-    /// Width in pixels that the name field takes for `text`.
+    /// Returns the width in pixels of the name field for `text`.
     int NameWidth(const QString& text) const;
 
     std::unique_ptr<Ui_MultiScreen> ui;

@@ -13,7 +13,7 @@ int memset_s(void* dest, std::size_t destMax, int value, std::size_t count)
     if (count > destMax) {
         return ERANGE;
     }
-    // Through a volatile pointer: memory that is cleared and then left is cleared all the same.
+    // The volatile pointer keeps the compiler from removing the fill of memory that is not read again.
     auto* bytes = static_cast<volatile unsigned char*>(dest);
     std::fill(bytes, bytes + count, static_cast<unsigned char>(value));
     return 0;

@@ -5,10 +5,9 @@
 
 /// Memory and formatting with an explicit destination size, in bytes. Safe from any thread.
 ///
-/// The memory pair gives 0, or an error number and does nothing if the arguments cannot be right. The
-/// formatting pair writes at most `count` characters and a terminator and gives the number written; a text
-/// that would have to be cut is a failure too: the result is then negative and the destination holds an empty
-/// text.
+/// The memory functions return 0. If the arguments are invalid, they return an error number and do nothing.
+/// The formatting functions write at most `count` characters and a terminator, and return the number of
+/// characters. If the text does not fit, they return a negative number and write an empty text.
 
 /// Fills `count` bytes of `dest` with `value`.
 int memset_s(void* dest, std::size_t destMax, int value, std::size_t count);

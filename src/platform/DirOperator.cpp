@@ -95,7 +95,7 @@ int DirOperator::RemoveDir(const std::string& path) const
 
 int DirOperator::RemoveDirAll(const std::string& path, dirent* entry) const
 {
-    // Not on the stack, of which each level of directories takes a piece.
+    // On the heap: the recursion depth is the depth of the directory tree.
     std::string joined(PATH_SIZE, '\0');
     const int length =
         snprintf_s(joined.data(), joined.size(), joined.size() - 1, "%s/%s", path.c_str(), entry->d_name);
@@ -182,7 +182,7 @@ int DirOperator::CreateOthersDir() const
 
 std::string DirOperator::UserPath(const std::string& field) const
 {
-    // Without a home directory this is the bare field, in the root of the file system.
+    // Without a home directory the path is the field alone, in the root of the file system.
     return GetUserDir() + field;
 }
 

@@ -8,43 +8,43 @@
 
 namespace Brevora {
 
-/// Directories: the per-user tree below the home directory, and the only code that makes or removes
-/// directories. Reached as DIR_OPERATOR; safe from any thread, and usable before main(). Paths are local
-/// 8-bit; where a path is asked for, an empty one is the failure.
+/// Creates and removes directories, and knows the per-user tree below the home directory. Use it as
+/// DIR_OPERATOR, on any thread, also before main(). Paths are local 8-bit. A function that returns a path
+/// returns an empty one on failure.
 class DirOperator
 {
 public:
     DirOperator();
 
-    /// True for a directory; a link counts by its target.
+    /// True for a directory or a link to one.
     bool IsDirExist(const std::string& path) const;
-    /// True if `access` grants reading, writing and executing.
+    /// True if the user may read, write and execute.
     bool IsFileHasAllMode(const std::string& path) const;
     /// True for a symbolic link, dangling or not.
     bool IsPathLink(const std::string& path) const;
 
-    /// Makes one directory. 0, also if it is there already with any mode; else CREATE_DIR_FAILED.
+    /// Creates one directory. Returns 0, also if it exists with any mode, or CREATE_DIR_FAILED.
     int CreateDir(const std::string& path, mode_t mode) const;
-    /// Makes every missing level of `path` with mode 0700; the first failure stops it.
+    /// Creates each missing level of `path` with mode 0700. Returns 0, or the first failure.
     int CreateDirectories(const std::string& path);
-    /// Removes a directory with all that it holds; links in it are removed, not followed. 0, or negative at
-    /// the first entry that cannot be removed, with the rest left in place.
+    /// Removes a directory with its content; removes links in it and does not follow them. Returns 0. At the
+    /// first entry that cannot be removed it stops and returns a negative number.
     int RemoveDir(const std::string& path) const;
-    /// Removes one entry of the directory `path`. 0, or negative as RemoveDir().
+    /// Removes one entry of the directory `path`. Returns 0 or a negative number, as RemoveDir().
     int RemoveDirAll(const std::string& path, dirent* entry) const;
 
-    /// $HOME, if it is a directory.
+    /// Returns $HOME if it is a directory.
     std::string GetUserDir() const;
-    /// $HOME/Velodesk/, made if missing.
+    /// Returns $HOME/Velodesk/ and creates it if it is missing.
     std::string GetVelodeskDir();
-    /// $HOME/Velodesk/log, made if missing.
+    /// Returns $HOME/Velodesk/log and creates it if it is missing.
     std::string GetVelodeskLogDir();
-    /// The engine's directories, with a slash at the end; not made here.
+    /// Return the engine's directories with a slash at the end, if they exist.
     std::string GetOthersDir() const;
     std::string GetConfDir() const;
-    /// What the desktop says of its desktop folder.
+    /// Returns the desktop folder, by xdg-user-dir.
     std::string GetDesktopPath();
-    /// Makes the engine's `others` directory. 0 or CREATE_DIR_FAILED.
+    /// Creates the engine's `others` directory. Returns 0 or CREATE_DIR_FAILED.
     int CreateOthersDir() const;
 
 private:

@@ -7,7 +7,7 @@ namespace Brevora {
 /// Lets the compiler check a format against its arguments; never called at run time.
 __attribute__((format(printf, 1, 2))) inline void CheckLogFormat(const char*, ...) {}
 
-/// The part of a path behind its last slash, at compile time.
+/// Returns the part of a path after its last slash, at compile time.
 constexpr const char* SourceFileName(const char* path)
 {
     const char* name = path;
@@ -21,8 +21,8 @@ constexpr const char* SourceFileName(const char* path)
 
 } // namespace Brevora
 
-/// The shorthand: LOG_INFO("count is %d", count). Each source file that logs has a constant MODULE_TAG in
-/// sight.
+/// LOG_INFO("count is %d", count) supplies source file, line and module. The source file defines a constant
+/// MODULE_TAG.
 #define VELODESK_LOG(level, ...)                                                                             \
     do {                                                                                                     \
         if (false) {                                                                                         \

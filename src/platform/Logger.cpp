@@ -19,7 +19,7 @@ constexpr std::size_t TIMESTAMP_SIZE = 32;
 constexpr std::size_t COPY_BUFFER_SIZE = 16384;
 /// What a new file gets before chmod.
 constexpr mode_t NEW_FILE_MODE = 0666;
-/// Room for what a line holds beside its texts: time, level, line number and marks.
+/// Room in a line for time, level, line number and punctuation.
 constexpr std::size_t LINE_FRAME_SIZE = 64;
 
 constexpr int LEVEL_DEBUG = 1;
@@ -38,7 +38,7 @@ __attribute__((format(printf, 4, 0))) void LogPlain(int level, const char* modul
     if (vsnprintf_s(message.data(), message.size(), message.size() - 1, format, args) < 0) {
         return;
     }
-    // As an argument and not as a format: what percent signs the text holds stay.
+    // As an argument, not as a format: percent signs in the text stay.
     Singleton<Brevora::Logger>::GetInstance()->WriteLog(level, file, 0, module, "%s", message.data());
 }
 } // namespace
@@ -54,8 +54,8 @@ Logger::~Logger()
 
 void Logger::Init(const std::string& path)
 {
-    // Without a path and a file while the guard works: it logs too, and its line could otherwise rotate an
-    // overgrown log through the very link that is about to go.
+    // No path and no file during these checks: they log, and their lines could rotate a log that is too large
+    // through the link that is to be removed.
     Close();
     filePath.clear();
     if (FileOperator::GetInstance().IsLinkExist(path)) {
@@ -151,18 +151,18 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
     }
     const std::string word = GetLevelString(level);
     const std::string time = GetTimestamp();
-    // Not cleared: four kilobytes for every line.
+    // Not initialised: that would write 4 KiB for each line.
     std::array<char, MESSAGE_SIZE> message;
     va_list args;
     va_start(args, format);
-    // Held against its arguments at every call site instead.
+    // LOG_INFO and the others check the arguments at each call.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
     const int length = vsnprintf_s(message.data(), message.size(), message.size() - 1, format, args);
 #pragma GCC diagnostic pop
     va_end(args);
     if (length < 0) {
-        // Dropped, not cut: a line is whole or not there.
+        // The line is dropped, not cut.
         return;
     }
     std::string text;

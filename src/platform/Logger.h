@@ -11,10 +11,10 @@ namespace Brevora {
 
 /// The program's one log file, reached as Singleton<Brevora::Logger>::GetInstance().
 ///
-/// main() calls Init() once, before any thread exists; what is logged earlier goes nowhere. WriteLog() may
-/// then be called from any thread, but not from inside itself. A failure of the log is never reported and
-/// never stops the program: a line that cannot be written is lost, the next one is tried anew. Our own
-/// sources use the macros of platform/Log.h, which engines do not get.
+/// main() calls Init() once, before there are other threads; lines logged earlier are lost. WriteLog() may
+/// then be called on any thread, but not from within itself. A failure of the log is never reported and never
+/// stops the program: a line that cannot be written is lost, the next one is tried anew. Our own sources use
+/// the macros of platform/Log.h, which engines do not get.
 class Logger
 {
 public:
@@ -23,8 +23,8 @@ public:
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
-    /// Opens the log at `path` (local 8-bit) for appending, with mode 0600. A link to a file or a directory
-    /// that stands there is removed first.
+    /// Opens the log at `path` (local 8-bit) for appending, with mode 0600. Removes a link to a file, or a
+    /// directory, at that path first.
     void Init(const std::string& path);
 
     /// Writes one line and flushes it. `level`: 2 INFO, 3 WARNING, 4 ERROR, 5 CRITICAL; 1 (DEBUG) and below
@@ -39,20 +39,19 @@ public:
         WriteFormatted(level, file, line, module, format.c_str(), args...);
     }
 
-    /// The word of a level: "DEBUG" to "CRITICAL" for 1 to 5, a single blank for any other.
+    /// Returns the name of a level: "DEBUG" to "CRITICAL" for 1 to 5, a blank for any other.
     std::string GetLevelString(int level) const;
 
-    /// Local time as "yy-mm-dd hh:mm:ss.uuuuuu"; empty if it could not be formatted.
+    /// Returns the local time as "yy-mm-dd hh:mm:ss.uuuuuu"; empty if it could not be formatted.
     std::string GetTimestamp() const;
 
     /// Copies the bytes of `from` over `to`, which gets mode 0600. A read error ends the copy.
     void CopyLog2Log(std::string from, std::string to) const;
 
-    /// Copies the live file to "<path>.old" and starts the live file anew. Takes no lock: WriteLog() holds
-    /// it.
+    /// Copies the log to "<path>.old" and empties the log. Does not lock: WriteLog() holds the lock.
     void SaveAndOpenNewFile();
 
-    /// Bytes in the file at `path`, or -1 if it cannot be opened.
+    /// Returns the size of the file at `path` in bytes, or -1 if it cannot be opened.
     int GetCurrentSize(const std::string& path) const;
 
 private:
@@ -74,7 +73,7 @@ private:
 } // namespace Brevora
 
 extern "C" {
-/// The same log for callers that have only character pointers; `line` is 0 and a null pointer writes nothing.
+/// The same log for callers with C strings. The line number is 0. A null pointer writes nothing.
 __attribute__((visibility("default"), format(printf, 3, 4))) void
 CLogDebug(const char* module, const char* file, const char* format, ...);
 __attribute__((visibility("default"), format(printf, 3, 4))) void

@@ -73,7 +73,7 @@ std::string NullPointerText()
     return ErrorInfo::Instance().GetErrorCodeInfo(CommonStatus::POINTER_IS_NULL);
 }
 
-/// Fills `buf` from `device`, which never blocks.
+/// Fills `buf` from `device`, which is in non-blocking mode.
 bool ReadFully(int device, char* buf, int len)
 {
     int failedTries = 0;
@@ -84,7 +84,7 @@ bool ReadFully(int device, char* buf, int len)
             filled += static_cast<int>(count);
             failedTries = 0;
         } else if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
-            // The kernel has none yet: asked again at once, for as long as it takes.
+            // The kernel has no random bytes yet: retry until it has.
             continue;
         } else if (++failedTries == MAX_FAILED_TRIES) {
             return false;

@@ -3,16 +3,16 @@
 #include <cstdlib>
 #include <new>
 
-/// One object of T for the whole process, made at the first GetInstance() and destroyed at process exit, in
-/// the reverse order of creation among all singletons.
+/// One object of T for the whole process. The first GetInstance() creates it. It is destroyed at process
+/// exit; all singletons are destroyed in the reverse order of their creation.
 ///
-/// No lock is taken: the first GetInstance() of each T must not race with another one. main() makes those
-/// first calls before any thread exists.
+/// There is no lock: two threads must not call the first GetInstance() of a T at the same time. main() makes
+/// these calls before there are other threads.
 template <typename T>
 class Singleton
 {
 public:
-    /// The object; null only if memory for it could not be had.
+    /// Returns the object; null if there is no memory for it.
     static T* GetInstance()
     {
         if (sm_ins != nullptr) {
@@ -27,7 +27,7 @@ public:
         return sm_ins;
     }
 
-    /// Destroys the object, if there is one. A later GetInstance() makes a new one.
+    /// Destroys the object if it exists. The next GetInstance() creates a new one.
     static void Destroy()
     {
         if (sm_ins != nullptr) {
@@ -43,8 +43,7 @@ private:
 template <typename T>
 T* Singleton<T>::sm_ins = nullptr;
 
-/// One object of T for the whole process as a function-local static: its first use may race, the language
-/// guards it.
+/// One object of T for the whole process, as a function-local static. Any thread may use it first.
 template <typename T>
 class SingletonNew
 {

@@ -56,7 +56,7 @@ int AwaitReady(sd_bus* bus, const Deadline& deadline)
     return 0;
 }
 
-/// The process that sent `reply`, or a negative number.
+/// Returns the id of the process that sent `reply`, or a negative number.
 int SenderOf(sd_bus_message* reply)
 {
     if (reply == nullptr) {
@@ -78,7 +78,8 @@ int SenderOf(sd_bus_message* reply)
     return sender;
 }
 
-/// Takes the text of an answer from the daemon; another process's answer is dropped, which is no failure.
+/// Stores the text of the daemon's reply in `result`. The reply of another process is dropped, which is no
+/// failure.
 int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command, std::string& result)
 {
     const int sender = SenderOf(reply);
@@ -100,7 +101,7 @@ int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command
     return read;
 }
 
-/// What one call needs of the bus, freed in the order in which it has to be.
+/// The objects of one call. The destructor frees them in the required order.
 struct BusCall
 {
     BusCall() = default;

@@ -1,4 +1,4 @@
-// What of Utils needs no bus: programs of others link this and the log without libsystemd.
+// The part of Utils without D-Bus, so that other programs can link it without libsystemd.
 #include "platform/Utils.h"
 
 #include <algorithm>
@@ -51,13 +51,13 @@ std::optional<std::string> ReadCommand(const std::string& command, bool (*clear)
 template <std::size_t size>
 std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::size_t))
 {
-    // A plain search, which finds "../", too, and refuses even a harmless path such as /a./b.
+    // This plain search also finds "../", and refuses even a harmless path such as /a./b.
     if (command.empty() || command.find("./") != std::string::npos) {
         return "";
     }
     std::string output = ReadCommand<size>(command, clear).value_or("");
-    // The last line feed goes wherever it stands: output that does not end in one has its last two lines
-    // joined.
+    // The last line feed is removed wherever it is: if the output does not end with one, its last two lines
+    // are joined.
     const std::size_t lineFeed = output.rfind('\n');
     if (lineFeed != std::string::npos) {
         output.erase(lineFeed, 1);
@@ -69,8 +69,8 @@ std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::siz
     return output.substr(first, output.find_last_not_of(' ') - first + 1);
 }
 
-/// Whether the whole text matches. Longer text than any match is not tried: std::regex recurses for each
-/// byte.
+/// True if the whole text matches. A text longer than any match is not tried, because std::regex recurses for
+/// each byte.
 bool Matches(const std::string& text, std::size_t maxLength, const char* pattern)
 {
     return text.size() <= maxLength && std::regex_match(text, std::regex(pattern));
@@ -102,7 +102,7 @@ std::string Utils::ExecutePopenAndReturn(const std::string& command)
 std::string Utils::DeleteSubStr(std::string text, std::string piece)
 {
     std::size_t at = 0;
-    // An empty piece is always found: the loop then does not end, as it is documented.
+    // The loop does not end for an empty piece, which is always found.
     while ((at = text.find(piece)) != std::string::npos) {
         text.erase(at, piece.size());
     }

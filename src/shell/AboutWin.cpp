@@ -23,7 +23,7 @@ constexpr int TEXT_PIXEL_SIZE = 14;
 
 const QString LABEL_STYLE = QStringLiteral("color:#1F1F1F;");
 
-// The inner quotes end the style attribute early; the heading's look depends on that.
+// The inner quotes end the style attribute early. The appearance of the heading depends on that.
 const QString HEADING = QStringLiteral(
     "<div><p style='float:left;margin-top:0px;margin-bottom:0.3px;font-size:24px;height:30px;\n"
     "font-weight:bold;color:#1F1F1F;letter-spacing:1px;font-family:'Noto Sans CJK SC''>维乐助手</p>\n"
@@ -56,7 +56,7 @@ void AboutWin::ShowSerProWin()
     QTextCursor cursor = serProEdit.textCursor();
     cursor.movePosition(QTextCursor::Start);
     serProEdit.setTextCursor(cursor);
-    // The cursor is in sight some pixels before the top is reached.
+    // The cursor is already visible some pixels below the top.
     serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());
     ui->aboutStack->setCurrentIndex(AGREEMENT_VIEW);
     LOG_DEBUG("Velodesk show service protocal page.");

@@ -9,8 +9,9 @@
 
 class Ui_AboutWin;
 
-/// The about page, last in the main window's stack: a view with name and version, and one with the agreement.
-/// The parent at construction is the VeloWin to which its back button leads. Interface thread only.
+/// The about page, the last page of the main window: a view with name and version, and one with the
+/// agreement. Its parent at construction is the VeloWin that owns it, and to which its back button returns.
+/// Interface thread only.
 class AboutWin : public QWidget
 {
     Q_OBJECT
@@ -19,7 +20,7 @@ public:
     explicit AboutWin(QWidget* parent);
     ~AboutWin() override;
 
-    /// A default font with the family, pixel size, weight and letters `spacing` pixels apart.
+    /// Returns a font with the family, pixel size and weight, and with a letter spacing of `spacing` pixels.
     QFont FontStyle(QString family, int pixelSize, int weight, double spacing) const;
 
 public slots:

@@ -1,11 +1,11 @@
 #pragma once
 
-/// What assistive technology, such as a screen reader, is told of the windows where Qt's own answer does not
-/// fit: a window that is none of Qt's kinds, a button whose look needs another class, a list row made of
-/// widgets, and the menu, which Qt leaves out because it is a pop-up.
+/// Accessible roles, states and actions where Qt's own are wrong: windows, checkable buttons that act like
+/// plain ones, the list row made of widgets, and the menu, which Qt omits because it is a pop-up.
 ///
-/// Names that do not follow from a text on the widget belong into the Designer forms (accessibleName).
+/// Names that are not a text of the widget are in the Designer forms (accessibleName).
 namespace Accessibility {
-/// Once, before the first window is built; the main thread only. Nothing of it runs until somebody asks.
+/// Installs the factory. Call it once on the main thread, before the first window is constructed. It costs
+/// nothing until assistive technology is active.
 void Install();
 } // namespace Accessibility

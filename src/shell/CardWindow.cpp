@@ -18,7 +18,7 @@ template <typename Window>
 void CardWindow<Window>::SetAdjustShadow(const QRect& area)
 {
     Shadow::AddShadowEffect(this, card);
-    // The layout's margins are 1 pixel still, so this is where the card is going to be.
+    // The layout's margins are still 1 pixel: this is the card's future rectangle.
     const QRect inner = this->geometry().adjusted(1, 1, -1, -1);
     const QPoint corner((area.left() + area.right()) / 2 - (inner.left() + inner.right()) / 2,
                         (area.top() + area.bottom()) / 2 - (inner.top() + inner.bottom()) / 2);
@@ -69,7 +69,7 @@ void CardWindow<Window>::mousePressEvent(QMouseEvent* event)
 template <typename Window>
 void CardWindow<Window>::mouseReleaseEvent(QMouseEvent* event)
 {
-    // Whatever button goes up ends the drag.
+    // The release of any button ends the drag.
     dragging = false;
     Window::mouseReleaseEvent(event);
 }
@@ -84,7 +84,7 @@ void CardWindow<Window>::mouseMoveEvent(QMouseEvent* event)
         }
         Shadow::ShadowWinMask(this, card, globalPos);
     } else if (dragging) {
-        // Without shadow nothing holds the window on the desktop.
+        // Without shadow, a window can be dragged off the desktop.
         this->move(globalPos - dragOffset);
     }
     Window::mouseMoveEvent(event);

@@ -8,33 +8,35 @@
 class QBoxLayout;
 class QMouseEvent;
 
-/// What all windows with a card of their own do alike: placing the card, the frame of the look without
-/// shadow, dragging by the upper band of the card, and the click-through margin.
+/// The common base of all windows with a card: placing the card, the frame without shadow, dragging by the
+/// upper band of the card, and the click-through margin.
 ///
-/// A window calls SetCard() right after setupUi(). Its constructor then fixes its look, which never changes.
+/// A window calls SetCard() directly after setupUi(). Its constructor selects the appearance, with or without
+/// shadow, which never changes. Interface thread only.
 template <typename Window>
 class CardWindow : public Window
 {
 public:
-    /// The look with shadow: gives the card its effect and centres it in `area` (global pixels).
+    /// With shadow: gives the card its effect and centres it in `area` (global pixels).
     void SetAdjustShadow(const QRect& area);
-    /// The look without shadow: centres the window in `area` (global pixels).
+    /// Without shadow: centres the window in `area` (global pixels).
     void SetLayout(const QRect& area);
 
 protected:
     using Window::Window;
 
-    /// `lastDragPoint`: the last point from the card's top-left corner at which a press starts a drag.
+    /// Sets the card and its layout. `lastDragPoint`: the largest offset from the card's top-left corner at
+    /// which a press starts a drag.
     void SetCard(QBoxLayout* layout, QWidget* widget, const QPoint& lastDragPoint);
-    /// Shows as a frame of one pixel around the card in the look without shadow.
+    /// Sets the window's background, which without shadow is visible as a frame of one pixel around the card.
     void SetFrameColor();
-    /// Places the card's top-left corner during a drag.
+    /// Moves the card's top-left corner to `topLeft` (global pixels) during a drag.
     virtual void MoveCard(const QPoint& topLeft);
 
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    /// Renews the mask when the pointer enters the card: its widgets get the mouse moves there.
+    /// Renews the mask when the pointer enters the card, where the widgets on it get the mouse moves.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     QBoxLayout* cardLayout = nullptr;
@@ -51,6 +53,6 @@ extern template class CardWindow<QDialog>;
 /// The available area of the primary screen, in global pixels.
 QRect AvailableArea();
 
-/// The top-left corner that centres something of `size` (right minus left, bottom minus top) in `area`;
-/// integer division that truncates.
+/// Returns the top-left corner that centres a rectangle of `size` (right minus left, bottom minus top) in
+/// `area`. The integer divisions truncate.
 QPoint CentredCorner(const QRect& area, const QPoint& size);

@@ -2,9 +2,9 @@
 
 #include <QString>
 
-/// Style sheets that all dialogs share, look by look. Not for use before main().
+/// Style sheets of all dialogs, with and without shadow. Do not use them before main().
 namespace DialogStyle {
-/// The card in the look with shadow; without it the form's own style stands.
+/// The card with shadow. Without shadow, the form's own style applies.
 const QString CARD = QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);");
 
 const QString CLOSE_BTN_SHADOW = QStringLiteral(R"(QPushButton{

@@ -69,7 +69,7 @@ void ExitWin::CloseExitWin()
 
 void ExitWin::QuitExitWin()
 {
-    // A click on a checkable button of the exclusive group has checked it by now.
+    // The click has already checked the button, which is checkable and exclusive.
     if (ui->exitBtn->isChecked()) {
         LOG_DEBUG("Velodesk exit window emit exit signal.");
         emit CloseVeloApp();

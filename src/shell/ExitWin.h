@@ -7,8 +7,9 @@
 
 class Ui_ExitWin;
 
-/// The question before the program ends. It stops nothing itself: CloseVeloApp reaches VeloWin::ExitVeloWin
-/// of the parent. VeloWin makes a new one for each request; a closed one only hides. Interface thread only.
+/// The question before the program ends. Its signal CloseVeloApp() calls VeloWin::ExitVeloWin() of the
+/// parent. VeloWin owns it and constructs a new one for each request; closing only hides it. Interface thread
+/// only.
 class ExitWin : public CardWindow<QWidget>
 {
     Q_OBJECT
@@ -17,9 +18,9 @@ public:
     explicit ExitWin(QWidget* parent);
     ~ExitWin() override;
 
-    /// Runs the layout once, unseen, so that the card has its real size.
+    /// Performs the layout without showing the window, so that the card has its final size.
     void UpdateLayout();
-    /// The look with shadow: centres the card, by its own size, in `area` (global pixels).
+    /// With shadow: centres the card, by its own size, in `area` (global pixels).
     void SetAdjustShadow(const QRect& area);
 
 signals:

@@ -11,8 +11,8 @@
 
 class Ui_ProtocolWin;
 
-/// The first-run window with the user agreement. main() builds one in every run, shows it while the agreement
-/// was never accepted, and owns it. Interface thread only, before the supervised applications exist.
+/// The first-run window with the user agreement. main() owns it, constructs it in every run, and shows it if
+/// the agreement was never accepted. Interface thread only.
 class ProtocolWin : public CardWindow<QWidget>
 {
     Q_OBJECT
@@ -21,24 +21,24 @@ public:
     explicit ProtocolWin(QWidget* parent);
     ~ProtocolWin() override;
 
-    /// True once the user has pressed the start button in this run, also if that could not be stored.
+    /// True if the user has pressed the start button in this run, even if that could not be stored.
     bool IsReadStatement();
-    /// Leaves without accepting: tells the daemon through exitHook, then closes. A close by the window
-    /// manager does not come here.
+    /// Leaves without accepting: calls exitHook, then closes the window. A close request of the window
+    /// manager does not call this.
     void Exit();
-    /// A default font with the family, pixel size, weight and letters 1 pixel apart.
+    /// Returns a font with the family, pixel size and weight, and with a letter spacing of 1 pixel.
     QFont FontStyle(QString family, int pixelSize, int weight) const;
 
 public slots:
-    /// Ticks or unticks. Whether the start button is enabled is the state; there is no other.
+    /// Ticks or unticks. The state is whether the start button is enabled; there is no other.
     void ClickAgreeBtn();
-    /// Stores the acceptance and closes.
+    /// Stores the acceptance and closes the window.
     void ClickBeginBtn();
 
 private:
     void InitProtocolDialogPage();
     void InitProtocolDialogConnection() const;
-    /// Before there is more on the card: with each style sheet all that lies below is styled again.
+    /// Call it before widgets are added to the card: each style sheet styles all widgets below it again.
     void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
@@ -48,6 +48,6 @@ private:
     bool statementRead = false;
 
 public:
-    /// Called by Exit(); empty until main() fills it.
+    /// Called by Exit(). Empty until main() sets it.
     std::function<void()> exitHook;
 };

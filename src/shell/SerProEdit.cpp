@@ -68,7 +68,7 @@ void SerProEdit::InitUi(QString path)
     // constData() ends at the first zero byte, and so does the document.
     const QString html = ProcessHtmlLinkUrl(QString::fromUtf8(bytes.constData()));
 
-    // What measuring the links has put behind the earlier content goes away again.
+    // Remove the text that was appended to measure the links.
     QTextCursor cursor = textCursor();
     cursor.beginEditBlock();
     cursor.setPosition(position);
@@ -78,7 +78,7 @@ void SerProEdit::InitUi(QString path)
     cursor.movePosition(QTextCursor::Start);
     cursor.endEditBlock();
     setTextCursor(cursor);
-    // The cursor is in sight some pixels before the top is reached.
+    // The cursor is already visible some pixels below the top.
     verticalScrollBar()->setValue(verticalScrollBar()->minimum());
     file.close();
 }
@@ -121,7 +121,7 @@ void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
             QDesktopServices::openUrl(QUrl(elem.url, QUrl::TolerantMode));
         }
     }
-    // The press handler, on purpose: to the base class a release is a second press.
+    // The press handler on purpose: the base class receives a release as a second press.
     QTextEdit::mousePressEvent(event);
 }
 

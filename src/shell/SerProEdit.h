@@ -7,8 +7,8 @@
 /// A read-only view of an HTML document from the resources, in which web addresses are links that open in the
 /// desktop's browser. Interface thread only.
 ///
-/// Link spans are positions in the plain text. They are added at each load and never removed, not even when
-/// the view is cleared: a view that loads other documents later keeps the spans of the earlier ones.
+/// Link spans are positions in the plain text. Each load adds spans, and nothing removes them, not even
+/// clearing the view: a view that loads another document keeps the spans of the earlier one.
 class SerProEdit : public QTextEdit
 {
     Q_OBJECT
@@ -23,22 +23,22 @@ public:
 
     explicit SerProEdit(QWidget* parent);
 
-    /// Styles the view and loads the document at `path` (UTF-8 HTML) behind what the view already holds, with
-    /// its top on show. A document that cannot be opened leaves the view as it was.
+    /// Styles the view, appends the document at `path` (UTF-8 HTML) to its content, and scrolls to the top.
+    /// If the document cannot be opened, the content does not change.
     void InitUi(QString path);
 
-    /// The link that stands for an address.
+    /// Returns the HTML link for an address.
     QString GetLinkUrl(const QString& url) const;
 
-    /// `text` with every address replaced by its link. The view measures the links' spans for this: it holds
-    /// the measured text afterwards.
+    /// Returns `text` with each address replaced by its link. To measure the spans of the links, the text
+    /// before and including the last link is appended to the view.
     QString ProcessHtmlLinkUrl(const QString& text);
 
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
-    /// The length of the view's plain text; the document counts one more mark at its end.
+    /// Returns the length of the view's plain text; the document counts one more character at its end.
     int TextLength() const { return document()->characterCount() - 1; }
 
     QList<UrlElem> urlList;

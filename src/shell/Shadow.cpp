@@ -18,7 +18,7 @@ namespace {
 constexpr char MODULE_TAG[] = "TANDRA_UI";
 
 const QColor SHADOW_COLOR(0, 0, 0, 51);
-/// Nothing reads it.
+/// Not used.
 [[maybe_unused]] constexpr char GPU_INFO_PATH[] = "/proc/gpuinfo_0";
 constexpr qreal BLUR_RADIUS = 20.0;
 constexpr qreal OFFSET_X = 0.0;
@@ -36,11 +36,12 @@ QRect WithShadow(const QRect& cardRect)
     return cardRect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN);
 }
 
-/// Holds the card inside `area` and cuts its shadow off where that ends.
+/// Places the card inside `area` and cuts its shadow off at the edges of `area`.
 void Clamp(QWidget* window, QBoxLayout* layout, QRect rect, const QRect& area, bool fixedSize)
 {
     Shadow::CheckRect(rect, area);
-    // Left and top are held at 0 and not at the area's own edges: under a panel the shadow is not cut off.
+    // The limits at the left and top are 0, not the edges of the area: a panel there does not cut the shadow
+    // off.
     const QRect windowRect(QPoint(qMax(rect.left() - SHADOW_MARGIN, 0), qMax(rect.top() - SHADOW_MARGIN, 0)),
                            QPoint(qMin(rect.right() + SHADOW_MARGIN, area.right()),
                                   qMin(rect.bottom() + SHADOW_MARGIN, area.bottom())));
@@ -126,8 +127,8 @@ int Shadow::ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, 
     }
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     if (!fixedSize && !area.contains(oldRect)) {
-        // A window that has got off the desktop comes back unclamped and with the margins it last had; once
-        // its old place is inside again, the next move clamps.
+        // A window outside the area is not clamped and keeps its margins. Once it is inside again, the next
+        // move clamps it.
         AdjustWindow(window, oldRect, WithShadow(rect), false);
         return 0;
     }

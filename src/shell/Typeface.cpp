@@ -9,12 +9,12 @@
 
 namespace {
 const QString FAMILY = QStringLiteral("Noto Sans CJK SC");
-/// No family has this name: left alone, the locale decides what comes out.
+/// No family has this name. Without a substitution the result depends on the locale.
 const QString POSTSCRIPT_NAME = QStringLiteral("NotoSansCJKsc-Regular");
 /// 9 points at 96 dots per inch.
 constexpr int PIXEL_SIZE = 12;
 
-/// The same design under its other names, then what Chinese desktops have. After these the desktop decides.
+/// The same design under its other names, then fonts of Chinese desktops. After these, fontconfig decides.
 QStringList NextBest()
 {
     return {QStringLiteral("Source Han Sans SC"),  QStringLiteral("Source Han Sans CN"),
@@ -23,8 +23,9 @@ QStringList NextBest()
             QStringLiteral("Droid Sans Fallback")};
 }
 
-/// The shaper takes the language from the locale of its first text, and keeps it. In Chinese this typeface
-/// has other digits among Latin letters than in any other language; here they are the same for everybody.
+/// The text shaper takes its language from the locale when it is first used. In Chinese, this typeface has
+/// other digits beside Latin letters. So use it for the first time in the "C" locale: the pixels are then the
+/// same in every locale.
 void ShapeInNoLanguage(const QFont& font)
 {
     const QByteArray locale = std::setlocale(LC_CTYPE, nullptr);

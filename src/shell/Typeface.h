@@ -2,13 +2,13 @@
 
 #include <QFont>
 
-/// The typeface of all text whose font is not told: the program's own choice, and not the desktop's.
+/// The typeface of all text without a specified font. The program chooses it, not the desktop.
 namespace Typeface {
-/// Makes it the application's font, and the face that is asked for by its PostScript name the same one.
-/// After the QApplication was built and before the first window; the main thread only.
+/// Sets the application's font, and maps the PostScript name that some widgets ask for to the same family.
+/// Call it on the main thread, after the QApplication and before the first window is constructed.
 void UseEverywhere();
 
-/// A font of that family, height in pixels, weight (QFont::Weight) and pixels between its letters. Any
-/// thread.
+/// Returns a font with a family, a height in pixels, a weight (QFont::Weight) and a letter spacing in pixels.
+/// Any thread.
 QFont Spaced(const QString& family, int pixelSize, int weight, double spacing);
 } // namespace Typeface

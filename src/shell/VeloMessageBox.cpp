@@ -10,7 +10,7 @@ namespace {
 const QString FONT_FAMILY = QStringLiteral("Noto Sans CJK SC");
 constexpr int LETTER_SPACING = 1;
 constexpr QPoint LAST_DRAG_POINT(299, 31);
-/// Where the page stack stands in the main window's card.
+/// The position of the page stack on the card of the main window.
 constexpr QPoint PAGE_POS(168, 44);
 
 const QString TITLE_BAR_STYLE = QStringLiteral("border-radius:0px;border-top-left-radius:20px;");

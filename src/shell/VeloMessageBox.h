@@ -11,9 +11,10 @@ class Ui_VeloMessageBox;
 /// The program's own modal message box: a close button, an optional warning mark, two text lines, one or two
 /// buttons.
 ///
-/// Made on the stack for one question, filled, run with exec() and left to die. The answer is told by the
-/// signals alone, exec()'s result says nothing. Without a parent it centres on the primary screen, else over
-/// the main window, of whose page stack the parent must be a page. Interface thread only.
+/// The caller constructs it on the stack for one question, sets its texts and calls exec(). Only the signals
+/// carry the answer, not the result of exec(). Without a parent it is centred on the primary screen.
+/// Otherwise the parent is a page of the main window, and the box is centred on that window. Interface thread
+/// only.
 class VeloMessageBox : public CardWindow<QDialog>
 {
     Q_OBJECT
@@ -22,22 +23,23 @@ public:
     explicit VeloMessageBox(QWidget* parent);
     ~VeloMessageBox() override;
 
-    /// `first` on the left button and `second` on the right one; with `second` empty there is only the right
-    /// button, and it reads `first`.
+    /// Sets `first` on the left button and `second` on the right one. If `second` is empty, only the right
+    /// button is shown, with the text `first`.
     void SetBtnText(const QString& first, const QString& second) const;
-    /// `right` on the right button, `left` on the left one, which is hidden for an empty text.
+    /// Sets `right` on the right button and `left` on the left one, which is hidden if `left` is empty.
     void SetRightBtnText(const QString& right, const QString& left) const;
-    /// The head line is what stands before the first line feed, the rest stands below it. Nothing wraps.
+    /// Sets the message: the text before the first line feed is the headline, the rest is shown below it.
+    /// Lines do not wrap.
     void SetMessageText(const QString& text) const;
     /// Shows the warning mark.
     void SetWarning();
-    /// How many boxes live at this moment: a caller can refuse to stack a second one.
+    /// Returns how many boxes exist, so that a caller need not open a second one.
     static int GetWindCount();
-    /// The family of all texts of the box, with letters `spacing` pixels apart; null is harmless.
+    /// Sets the font family of the box and a letter spacing in pixels on `widget`. Ignores a null pointer.
     void SetDefaultTextFont(QWidget* widget, int spacing) const;
 
 signals:
-    /// Sent while the box is still open.
+    /// Emitted while the box is still open.
     void SignalLeftBtnClick();
     void SignalRightBtnClick();
 

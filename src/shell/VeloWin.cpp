@@ -26,8 +26,8 @@ constexpr QSize ROW_ICON_SIZE(20, 20);
 constexpr int ROW_TEXT_PIXEL_SIZE = 14;
 constexpr qreal ROW_LETTER_SPACING = 1.0;
 
-/// The shadow's room around the pop-up's card, and how much that widens a window built with margins of 1
-/// pixel.
+/// The margin for the shadow around the card of the menu, and by how much it enlarges the window, which is
+/// constructed with margins of 1 pixel.
 constexpr int MENU_MARGIN = 20;
 constexpr int MENU_GROWTH = 2 * (MENU_MARGIN - 1);
 
@@ -136,7 +136,7 @@ void VeloWin::SetAppObj(QApplication& app)
 
 void VeloWin::AddAppListItem(QString icon, QString text)
 {
-    // Gone again, with all in it, where anything after it cannot be had.
+    // Deleted with its children if a later allocation fails.
     std::unique_ptr<QWidget> container(new (std::nothrow) QWidget(ui->appList));
     if (container == nullptr) {
         LOG_ERROR("Item container is nullptr.");
@@ -161,8 +161,8 @@ void VeloWin::AddAppListItem(QString icon, QString text)
     textLabel->setText(text);
     QFont font;
     font.setFamily(QStringLiteral("NotoSansCJKsc-Regular"));
-    // No family has that name. Looked for first by the name it has, and with no other to stand in for a
-    // letter, the face is found without sorting all fonts of the machine four times.
+    // No family has that name. With the real name first and without font merging, Qt finds the font without
+    // sorting all fonts of the machine four times.
     font.setFamilies({QStringLiteral("Noto Sans CJK SC")});
     font.setStyleStrategy(QFont::NoFontMerging);
     font.setPixelSize(ROW_TEXT_PIXEL_SIZE);
@@ -286,7 +286,7 @@ bool VeloWin::eventFilter(QObject* watched, QEvent* event)
     }
     if (watched == &popUpMenu && event->type() == QEvent::Hide &&
         !ui->menu->rect().contains(ui->menu->mapFromGlobal(QCursor::pos()))) {
-        // While a pop-up is open Qt drops the leave event that would end the hover look of its button.
+        // While a pop-up is open, Qt drops the leave event that would end the hover state of its button.
         ui->menu->setAttribute(Qt::WA_UnderMouse, false);
         ui->menu->update();
     }
@@ -307,7 +307,7 @@ void VeloWin::closeEvent(QCloseEvent* event)
     if (!sessionEnding) {
         event->ignore();
     }
-    // On a logout too: the question then stands on the screen while the window closes.
+    // Also on a logout: the question is then visible while the window closes.
     ShowExitWinCentred();
     LOG_INFO("Velodesk closeEvent show exit window.");
 }

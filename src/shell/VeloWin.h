@@ -18,12 +18,12 @@ class QSessionManager;
 class Ui_PopUpMenu;
 class Ui_VeloWin;
 
-/// The main window: the list of applications, a title strip, a stack of pages, the pop-up menu and the way
-/// out.
+/// The main window: the list of applications, a title strip, a stack of pages, the pop-up menu and the exit
+/// question.
 ///
-/// main() owns it, calls SetAppObj() and fills exitHook before the event loop runs. It owns its pages and the
-/// present ExitWin. The user leaves it only through the confirmation; the end of the desktop session closes
-/// it without. Interface thread only.
+/// main() owns it, calls SetAppObj() and sets exitHook before the event loop runs. The window owns its pages
+/// and the current ExitWin. The user can leave it only through the exit question; the end of the desktop
+/// session closes it without. Interface thread only.
 class VeloWin : public CardWindow<QWidget>
 {
     Q_OBJECT
@@ -32,25 +32,26 @@ public:
     explicit VeloWin(QWidget* parent);
     ~VeloWin() override;
 
-    /// Lets the end of the desktop session, as XSMP tells it, close the window. Once, before the event loop.
+    /// Lets the end of the desktop session (XSMP) close the window. Call it once, before the event loop runs.
     void SetAppObj(QApplication& app);
-    /// Appends a row to the application list: a picture's resource path and a text.
+    /// Appends a row to the application list: the resource path of an image and a text.
     void AddAppListItem(QString icon, QString text);
     void SetItemLayoutMargins(QGridLayout& layout);
-    /// Makes a row of the application list the current one.
+    /// Makes row `index` of the application list the current one.
     void InitDefaultAppUi(int index) const;
 
 public slots:
-    /// Shows the page of a row and brings all pages back to their first view; -1, no row, does nothing.
+    /// Shows the page of row `index` and returns all pages to their first view. Ignores -1, which means no
+    /// row.
     void ShowCurAppUi(int index);
     void ShowExitWin();
     void ShowAboutWin();
-    /// Back from the about page to the last application page.
+    /// Returns from the about page to the last application page.
     void CloseAboutWin() const;
-    /// Ends the program: stops all children, which can block for seconds, leaves the event loop, calls
+    /// Ends the program: stops all children, which can block for 3 s each, quits the event loop and calls
     /// exitHook.
     void ExitVeloWin() const;
-    /// The session manager asks us to save: from now on a close event goes through.
+    /// The session manager asks to save data: from now on, a close event closes the window.
     void SessionMng(QSessionManager& sessionManager);
     void ShowMenu();
     void ShowSetWin();
@@ -67,12 +68,12 @@ private:
     void InitUi();
     void InitConnect() const;
     void InitPopMenu();
-    /// Before there are pages on the card: with each style sheet all that lies below is styled again.
+    /// Call it before the pages are added to the card: each style sheet styles all widgets below it again.
     void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
     void ApplyMenuShadowLook();
-    /// Replaces the confirmation window by a new one; false if there is no memory for it.
+    /// Replaces the exit question by a new one. Returns false if there is no memory for it.
     bool RenewExitWin();
     void ShowExitWinCentred();
 
@@ -88,6 +89,6 @@ private:
     bool sessionEnding = false;
 
 public:
-    /// Called once the children have been stopped, when the user quits; empty until main() fills it.
+    /// Called when the user quits, after the children are stopped. Empty until main() sets it.
     std::function<void()> exitHook;
 };

@@ -9,50 +9,50 @@
 
 #include "statuschannel/AppMessage.h"
 
-/// The reporting end of the status channel, for a program that the assistant supervises.
+/// The client side of the status channel, for a program that the assistant supervises.
 ///
-/// Construct it, call ConnToServer() once, then AppInit(), AppRun() and AppStop() as the program's state
-/// changes. Each new state is sent at once, the current one is repeated every 1000 ms, and a lost connection
-/// is made again by the next send. It needs an event loop on its thread, which a send can block for up to
-/// 1000 ms while the server is away. AppInit(), AppRun() and AppStop() may be called from another thread; the
-/// send then happens on the object's.
+/// Construct it, call ConnToServer() once, then AppInit(), AppRun() and AppStop() when the program's status
+/// changes. Each new status is sent immediately, and the current one is repeated every 1000 ms. The next send
+/// restores a lost connection. The object needs an event loop on its thread; a send can block that thread for
+/// up to 1000 ms while the server does not answer. AppInit(), AppRun() and AppStop() may be called on any
+/// thread; the object's thread sends.
 class ConnClient : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `name`: the server's socket name or full path, UTF-8. Nothing is connected yet.
+    /// `name`: the server's socket name or full path (UTF-8). Does not connect yet.
     explicit ConnClient(const std::string& name);
     ~ConnClient() override;
 
-    /// Connects, waiting for at most 1000 ms, and starts the repeats. 0, or -1 on failure: then nothing is
-    /// repeated.
+    /// Connects, which can take up to 1000 ms, and starts to repeat the status. Returns 0, or -1 on failure;
+    /// then it does not repeat.
     int ConnToServer();
 
-    /// Set the state and send it.
+    /// Sets the status and sends it.
     void AppInit();
     void AppRun();
     void AppStop();
 
-    /// Sends one message, connecting first where needed. 0, or -1 if it could not be handed to the socket.
+    /// Sends one message; connects first if necessary. Returns 0, or -1 if the socket does not accept it.
     int SendAppStatus(const QByteArray& msg);
 
 signals:
-    /// A state has been set: an AppStatus as a char.
+    /// The status was set; `status` is an AppStatus.
     void SendStatusSig(char status);
 
 public slots:
-    /// Leaves the socket unconnected, so that the next send connects anew.
+    /// Disconnects the socket, so that the next send connects again.
     void DisConnect();
-    /// Sends the current state.
+    /// Sends the current status.
     void SendCurStatus();
-    /// Sends the state given; a value that is no AppStatus is only logged.
+    /// Sends `status`. A value that is no AppStatus is logged and not sent.
     void SendStatusOnce(char status);
 
 private:
     QLocalSocket localSocket;
     QString serverName;
-    /// Set by any thread, read by the object's own.
+    /// Set by any thread, read by the thread of this object.
     std::atomic<AppStatus> curStatus;
     QTimer statusTimer;
 };

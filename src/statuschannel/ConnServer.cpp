@@ -23,7 +23,7 @@ int ConnServer::ServerStart()
 
 int ConnServer::OnNewConnect()
 {
-    // The server stays the socket's parent and frees it when it dies itself, not earlier.
+    // The server remains the parent of the socket and deletes it in its own destructor, not earlier.
     QLocalSocket* socket = localServer.nextPendingConnection();
     if (socket == nullptr) {
         return -1;

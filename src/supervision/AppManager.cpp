@@ -16,7 +16,7 @@ BaseApp* Get()
     return Singleton<App>::GetInstance();
 }
 
-/// Every application that is known.
+/// All applications.
 constexpr struct
 {
     AppManager::AppType type;
@@ -29,7 +29,7 @@ static_assert(std::size(APPS) == AppManager::APP_TYPE_END, "each type needs its 
 
 AppManager::AppManager()
 {
-    // Under their full names, so that the signals can be queued to other threads.
+    // With their full names, so that queued connections can carry them.
     qRegisterMetaType<AppManager::AppType>("AppManager::AppType");
     qRegisterMetaType<AppManager::AppEventType>("AppManager::AppEventType");
     ReAllocResource();
@@ -127,7 +127,7 @@ void AppManager::InitAppMap()
 
 void AppManager::RegisterCallback()
 {
-    // The wiring of a forgotten application is still there when it comes back.
+    // The connections of a removed application still exist when it is registered again.
     constexpr auto ONCE = Qt::UniqueConnection;
     for (const auto& known : APPS) {
         const BaseApp* app = FindApp(known.type);

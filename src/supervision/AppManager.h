@@ -8,11 +8,10 @@
 
 class BaseApp;
 
-/// The one object through which child applications are started, stopped and heard, each by its AppType.
-/// Reached as Singleton<AppManager>; making it makes the applications, and with them their status servers.
+/// Starts and stops the supervised applications, each by its AppType, and forwards their signals. Use it as
+/// Singleton<AppManager>. Its construction creates the applications and their status servers.
 ///
-/// Main thread only. Nothing reports a failure to the caller: what becomes of a request is told by the
-/// signals.
+/// Main thread only. No function returns a failure: the signals report what became of a request.
 class AppManager : public QObject
 {
     Q_OBJECT
@@ -21,7 +20,7 @@ public:
     enum AppType : int
     {
         TANDRA_APP = 0,
-        /// The end of the range; also the answer that an object is no known application.
+        /// The number of types; also returned for an object that is no known application.
         APP_TYPE_END = 1,
     };
     Q_ENUM(AppType)
@@ -35,37 +34,38 @@ public:
     Q_ENUM(AppEventType)
 
     AppManager();
-    /// Cuts the wiring and stops all children, which blocks as StopAll() does.
+    /// Disconnects from the applications, then calls StopAll(), which can block for seconds.
     ~AppManager() override;
 
-    /// Starts one process of the application and returns before it is up.
+    /// Starts one process of the application. Returns before the process runs.
     void StartApp(AppType type);
-    /// Stops all processes of the application. With `wait`, blocks for up to 3000 ms for each and then kills
-    /// it.
+    /// Asks all processes of the application to terminate. With `wait`, waits up to 3000 ms for each and then
+    /// kills it.
     void StopApp(AppType type, bool wait);
-    /// Stops all applications side by side, each on a worker thread with `wait`, and returns when that is
-    /// done. Where no thread can be made, on the caller's.
+    /// Stops all applications in parallel, each with `wait` on its own worker thread, and returns when all
+    /// have stopped. Uses the calling thread if no thread can be created.
     void StopAll();
-    /// Forgets the applications without deleting them; the next StartApp() or StopApp() brings them back.
+    /// Removes the applications from the map without deleting them. The next StartApp(), StopApp() or
+    /// StopAll() registers them again.
     void DeleteAll();
-    /// Rebuilds the map of applications and the wiring.
+    /// Registers all applications and connects their signals again.
     void ReAllocResource();
-    /// The type of `app`, or APP_TYPE_END.
+    /// Returns the type of `app`, or APP_TYPE_END.
     AppType GetTypeFromApp(const BaseApp& app) const;
 
-    /// The steps of ReAllocResource(): cuts the wiring, takes the applications into the map, wires them.
+    /// The steps of ReAllocResource(): disconnect the signals, fill the map, connect the signals.
     void UnregisterCallback();
     void InitAppMap();
     void RegisterCallback();
 
 signals:
-    /// The first process of the application runs; its own state is not known yet.
+    /// The first process of the application runs. It has not reported a status yet.
     void AppStarted(AppManager::AppType type);
     /// The last process of the application has ended.
     void AppFinished(AppManager::AppType type, int exitCode);
     /// A process failed to start, crashed or had another error; AppFinished() may follow.
     void AppError(AppManager::AppType type, QProcess::ProcessError err);
-    /// The child's own report has changed.
+    /// The child has reported another status.
     void AppEvent(AppManager::AppType type, AppManager::AppEventType event);
 
 private slots:
@@ -78,7 +78,7 @@ private slots:
 
 private:
     BaseApp* FindApp(AppType type) const;
-    /// The type of the application whose signal is being handled, or APP_TYPE_END.
+    /// Returns the type of the application whose signal is being handled, or APP_TYPE_END.
     AppType SenderType() const;
 
     std::map<AppType, BaseApp*> appMap;

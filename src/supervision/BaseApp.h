@@ -14,19 +14,19 @@
 #include "statuschannel/ConnServer.h"
 #include "supervision/PausedNotifiers.h"
 
-/// One child application as the assistant sees it: a program with its arguments, the processes that run it,
-/// and a status server on which it reports what it is doing. Process events and reports become six signals.
+/// A supervised application: a program with its arguments, the processes that run it, and a status server to
+/// which it reports. Process events and status reports become six signals.
 ///
-/// Lives on the main thread, AppManager being its only caller. Nothing here starts a child again by itself.
-/// The one thing that runs elsewhere is Stop(true) on AppManager's stop worker, while the main thread waits
-/// for it.
+/// Its singleton owns it; AppManager is its only caller. It lives on the main thread. Only Stop(true) also
+/// runs on a worker thread of AppManager, while the main thread waits for that thread. A child that ends is
+/// not started again.
 class BaseApp : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `appName`: goes into the log lines and is the status server's socket name, UTF-8. The server listens
-    /// from here on.
+    /// Starts the status server. `appName` (UTF-8) is the name of its socket, and the application's name in
+    /// the log.
     explicit BaseApp(const std::string& appName) : name(appName), count(0), connServer(name, this)
     {
         qRegisterMetaType<QProcess::ProcessError>(
@@ -58,7 +58,7 @@ public:
         disconnect(&process, QOverload<int>::of(&QProcess::finished), this, &BaseApp::Finished);
     }
 
-    /// Starts one more process, beside any that runs. The answer comes as signals. The process inherits
+    /// Starts one more process, even if one runs. Signals report the outcome. The process inherits
     /// descriptors 0, 1 and 2 only: its output goes to the null device, its input is a pipe that reaches its
     /// end when the assistant ends.
     virtual void Start()
@@ -73,8 +73,8 @@ public:
         process->start(program, arguments, QIODevice::ReadWrite);
     }
 
-    /// Asks each process to terminate. With `wait`, each gets APP_STOP_TIMEOUT_MS to end and is then killed;
-    /// without, a process that ignores the request goes on.
+    /// Asks each process to terminate. With `wait`, waits up to APP_STOP_TIMEOUT_MS for each and then kills
+    /// it. Without, a process that ignores the request continues to run.
     virtual void Stop(bool wait)
     {
         ClearVector();
@@ -119,7 +119,8 @@ public:
         LOG_INFO("delete %d invalid process", static_cast<int>(before - processVector.size()));
     }
 
-    /// Switches off the socket notifiers of all processes, before another thread waits for them. Main thread.
+    /// Switches off the socket notifiers of all processes. Call it before another thread waits for them. Main
+    /// thread.
     void PauseNotifiers(PausedNotifiers& paused) const
     {
         for (const auto& process : processVector) {
@@ -128,13 +129,13 @@ public:
     }
 
 signals:
-    /// A process failed to start, crashed or had another error; sent for each.
+    /// A process failed to start, crashed or had another error. Emitted for each process.
     void AppError(QProcess::ProcessError err);
     /// The first process of the application runs.
     void AppStarted();
-    /// The last process of the application has ended, with its exit code.
+    /// The last process of the application has ended with that exit code.
     void AppFinished(int exitCode);
-    /// The child's report has changed to "init", "run" or "stop".
+    /// The child has reported the status "init", "run" or "stop".
     void AppEventInited();
     void AppEventRunning();
     void AppEventStopped();

@@ -2,8 +2,8 @@
 
 #include "supervision/BaseApp.h"
 
-/// The cast engine: which program, with which argument, on which socket. Reached as Singleton<TandraApp>; the
-/// engine is not started by constructing this.
+/// The cast engine: its program, argument and socket. Use it as Singleton<TandraApp>. Constructing it does
+/// not start the engine.
 class TandraApp : public BaseApp
 {
     Q_OBJECT
@@ -11,7 +11,7 @@ class TandraApp : public BaseApp
 public:
     TandraApp();
 
-    /// Passes the report "run" on only while an engine process of ours lives: anybody can connect to the
+    /// Forwards the status "run" only while an engine process runs, because any program can connect to the
     /// socket.
     void EventRunning() override;
 };
