@@ -251,6 +251,8 @@ void TestBaseApp::stopWithoutWaitingOnlyAsks()
     ShellApp app(Socket(), Deaf(Output(), QStringLiteral("echo asked >%1").arg(Output())));
     Watched watched(app);
     app.Start();
+    // A process that is still starting would be dropped by Stop().
+    QTRY_COMPARE(app.count, 1);
     QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
     timer.start();
@@ -270,6 +272,8 @@ void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
     ShellApp app(Socket(), Deaf(Output()));
     Watched watched(app);
     app.Start();
+    // A process that is still starting would be dropped by Stop().
+    QTRY_COMPARE(app.count, 1);
     QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
     timer.start();
