@@ -34,6 +34,7 @@ private slots:
     void busThatHangsDoesNotKeepTheProgram();
     void signalEndsEveryStageInOrder_data();
     void signalEndsEveryStageInOrder();
+    void secondSignalDoesNotWaitForTheEngine();
 
 private:
     void BeginCast(const QString& script)
@@ -252,6 +253,8 @@ void TestEnd::signalEndsEveryStageInOrder()
         DesktopWorld::Options options;
         options.agreed = false;
         Begin(options);
+        // Whatever the settings say by now, no main window comes after the signal.
+        world->AppendSettings(QStringLiteral("[VelodeskServer]\nstatement=true\n"));
     }
     if (stage == QLatin1String("exit question")) {
         world->ClickCard(CLOSE_BUTTON);
@@ -278,6 +281,18 @@ void TestEnd::signalEndsEveryStageInOrder()
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), casts ? 1 : 0);
     QVERIFY(!world->HasLog(QStringLiteral("Velodesk closeEvent show exit window.")));
+}
+
+void TestEnd::secondSignalDoesNotWaitForTheEngine()
+{
+    BeginCast(QStringLiteral("ignore-terminate\nreport run\n"));
+    const auto assistant = static_cast<pid_t>(world->AssistantPid());
+    QCOMPARE(kill(assistant, SIGTERM), 0);
+    VERIFY_SOON(world->HasLog(QStringLiteral("terminate process[")));
+    QCOMPARE(kill(assistant, SIGTERM), 0);
+    QVERIFY(world->WaitForDaemonEnd());
+    QCOMPARE(world->AssistantStatus(), -1);
+    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
 }
 
 QTEST_GUILESS_MAIN(TestEnd)
