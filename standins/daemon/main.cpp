@@ -1,11 +1,11 @@
-// Stands where the privileged daemon does: owns its name on the bus, starts the assistant as the daemon
-// would, and ends when it is told to. It never runs what it is sent.
+// Stand-in for the privileged daemon. Owns the daemon's name on the bus, starts the assistant as the daemon
+// does, and ends when it is told to exit. It never runs the commands that it receives.
 //
 //   standin-daemon [--events FILE] [--misbehave HOW] [-- ASSISTANT [ARGUMENT...]]
 //
-// ASSISTANT is started with argv[0] "Velodesk" and, where no ARGUMENT is given, with this process's id.
-// Without it only the bus is served. FILE gets one line an event: nanoseconds of the monotonic clock, and
-// what happened. HOW: silent (never answers), wrong-type (answers a number), other-process (a child of ours
+// ASSISTANT is started with argv[0] "Velodesk" and, if there is no ARGUMENT, with this process's id. Without
+// ASSISTANT only the bus is served. Each line of FILE is an event: nanoseconds of the monotonic clock, and
+// what happened. HOW: silent (never answers), wrong-type (answers a number), other-process (a child process
 // answers). Exit status: 0 told to exit, 1 not told, 2 could not serve.
 
 #include <cerrno>
@@ -27,10 +27,10 @@ namespace {
 constexpr char BUS_NAME[] = "com.zelmora.velodesk";
 constexpr char OBJECT_PATH[] = "/com/zelmora/velodesk";
 constexpr char EXIT_COMMAND[] = "velodeskd --exit";
-/// The caller asks the bus for our process id only after our answer: gone too early, we would not be
-/// believed.
+/// The caller asks the bus for our process id after our answer, and rejects the answer if we have ended by
+/// then.
 constexpr uint64_t LINGER_US = 300000;
-/// How long the assistant may take to end once we were told.
+/// How long the assistant may take to end after we were told to exit.
 constexpr uint64_t ASSISTANT_END_US = 20000000;
 
 enum ExitStatus
@@ -136,7 +136,7 @@ int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
     return replied;
 }
 
-// Older releases of systemd leave fields of these rows to be filled by the compiler.
+// With older releases of systemd these initialisers leave fields uninitialised.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable VTABLE[] = {
@@ -171,7 +171,8 @@ bool Serve(Daemon& daemon)
     return result >= 0;
 }
 
-/// Starts `command` with the argv[0] that the assistant insists on; 0 if it cannot be started.
+/// Starts `command` with the argv[0] that the assistant requires. Returns its process id; 0 if it cannot be
+/// started.
 pid_t StartAssistant(const std::vector<std::string>& command, pid_t daemonPid)
 {
     std::vector<std::string> arguments{"Velodesk"};
@@ -186,7 +187,7 @@ pid_t StartAssistant(const std::vector<std::string>& command, pid_t daemonPid)
     }
     argv.push_back(nullptr);
 
-    // Our signals are blocked for the event loop; the assistant must not inherit that.
+    // We block signals for the event loop; the assistant must not inherit the blocked set.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none;
@@ -224,8 +225,8 @@ bool TakeOption(Daemon& daemon, const std::string& name, const std::string& valu
     return true;
 }
 
-/// Lets a child serve the bus while the assistant is given the parent's id: returns in the child, the parent
-/// only waits for its end.
+/// Forks: a child process serves the bus while the assistant gets the parent's id. Returns in the child; the
+/// parent only waits for the child's end.
 void LeaveServingToChild()
 {
     const pid_t server = fork();

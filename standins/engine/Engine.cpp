@@ -15,7 +15,7 @@ namespace {
 constexpr char DEFAULT_SCRIPT[] = "report init\nwait 500\nreport run\n";
 constexpr int CONNECT_TIMEOUT_MS = 3000;
 constexpr unsigned int LINGER_S = 60;
-/// The last report has left by then; ConnClient does not flush.
+/// By then the last report has been sent; ConnClient does not flush.
 constexpr int LAST_REPORT_MS = 50;
 
 QString MonotonicNanoseconds()
@@ -124,7 +124,7 @@ bool Engine::Do(const QString& verb, const QString& rest)
         }
         client->DisConnect();
     } else if (verb == QLatin1String("await-end-of-input")) {
-        // Nothing is ever written to it, so that it is readable at its end only.
+        // Nobody writes to it, so it becomes readable only at its end.
         auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
         connect(input, &QSocketNotifier::activated, this, [this, input] {
             input->setEnabled(false);
@@ -203,7 +203,7 @@ void Engine::Linger() const
         Note(QStringLiteral("left behind %1").arg(child));
         return;
     }
-    // Nothing of Qt may run here: the child shares the parent's connections.
+    // No Qt code may run here: the child shares the parent's connections.
     std::signal(SIGTERM, SIG_IGN);
     sleep(LINGER_S);
     _exit(0);

@@ -9,44 +9,44 @@
 
 #include "statuschannel/ConnClient.h"
 
-/// Stands where the cast engine does: reports "init", then "run" after a moment, and on a termination request
+/// Stand-in for the cast engine. Reports "init", and "run" a moment later. On a termination request it
 /// reports "stop" and ends.
 ///
-/// A script in the user's home, "standin-engine.script", replaces that by a step a line:
-///   report init|run|stop   through ConnClient, with its repeats from then on
-///   repeat TEXT MS         writes TEXT again and again, on a connection of its own
-///   send TEXT              writes TEXT once, as it stands, on a connection of its own
-///   wait MS                goes on after that many milliseconds
-///   await NAME             goes on once a file NAME stands in the home
-///   flood COUNT TEXT       writes TEXT that many times without a pause, on a connection of its own
-///   bulk BYTES             writes that many bytes that are no message, without a pause
-///   connections COUNT      makes that many connections one after the other, each closed at once
+/// The script "standin-engine.script" in the user's home replaces this behaviour. It has one step per line:
+///   report init|run|stop   sends the status through ConnClient, which repeats it from then on
+///   repeat TEXT MS         sends TEXT every MS milliseconds, on a separate connection
+///   send TEXT              sends TEXT once and unchanged, on a separate connection
+///   wait MS                continues after that many milliseconds
+///   await NAME             continues when the file NAME exists in the home
+///   flood COUNT TEXT       sends TEXT that many times without a pause, on a separate connection
+///   bulk BYTES             sends that many bytes that form no message, without a pause
+///   connections COUNT      opens that many connections in turn, and closes each immediately
 ///   print BYTES            writes that many bytes to standard output, and as many to standard error
-///   linger                 leaves a child behind that ignores the termination request for a minute
-///   await-end-of-input     notes the end of standard input, and ends as after a termination request
-///   drop                   closes the ConnClient's connection; its next repeat makes a new one
-///   show                   shows a drawn phone in a window of its own until the engine ends; closing it ends
-///                          the engine as a termination request does
-///   ignore-terminate       from then on a termination request changes nothing
+///   linger                 leaves a child process that ignores the termination request for a minute
+///   await-end-of-input     waits for the end of standard input, then ends as after a termination request
+///   drop                   closes the ConnClient's connection; its next repeat opens a new one
+///   show                   shows a drawn phone in a separate window until the engine ends; when the window
+///                          is closed, the engine ends as after a termination request
+///   ignore-terminate       ignores termination requests from then on
 ///   exit CODE | crash      ends this process
-/// What happens goes to "standin-engine.events" in the home: nanoseconds of the monotonic clock, and a word
-/// or two.
+/// The engine appends its events to "standin-engine.events" in the home: nanoseconds of the monotonic clock,
+/// then one or two words.
 class Engine : public QObject
 {
     Q_OBJECT
 
 public:
-    /// `homeDir`: the user's home; `daemonPid`: the one argument, noted.
+    /// `homeDir`: the user's home; `daemonPid`: the only argument, which is written as an event.
     Engine(const QString& homeDir, const QString& daemonPid);
 
-    /// Runs the script. Once, before the event loop.
+    /// Runs the script. Call it once, before the event loop.
     void Start();
 
-    /// Appends a line to the events.
+    /// Appends an event.
     void Note(const QString& what) const;
 
 public slots:
-    /// The termination request.
+    /// Handles the termination request.
     void Terminate();
 
 private slots:
@@ -54,7 +54,7 @@ private slots:
     void LookForAwaited();
 
 private:
-    /// Does one step; false if the script goes on later.
+    /// Executes one step. Returns false if the script continues later.
     bool Do(const QString& verb, const QString& rest);
     void Report(const QString& status);
     void SendRaw(const QByteArray& bytes);

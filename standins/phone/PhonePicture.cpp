@@ -4,7 +4,7 @@
 #include <QPainter>
 
 namespace {
-/// The drawing's own measures; the painter stretches it.
+/// The size of the drawing before the painter scales it.
 constexpr QRectF BODY(0, 0, 90, 180);
 constexpr QRectF SCREEN(5, 12, 80, 156);
 constexpr QRectF SPEAKER(35, 5, 20, 3);

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-/// A drawn phone, as high as the widget.
+/// Draws a phone of the widget's height.
 class PhonePicture : public QWidget
 {
 public:

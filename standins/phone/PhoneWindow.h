@@ -7,13 +7,13 @@ namespace Ui {
 class PhoneWindow;
 }
 
-/// What a newcomer sees in place of the phone's screen while the stand-in engine casts.
+/// The window that shows a drawn phone while the stand-in engine casts.
 class PhoneWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// At the left of the screen, beside the assistant.
+    /// Places the window at the left of the screen, beside the assistant.
     PhoneWindow();
     ~PhoneWindow() override;
 

@@ -1,5 +1,5 @@
-// The window of the stand-in engine: a drawn phone. Ends with status 0 when it is closed, and with the
-// engine.
+// The window of the stand-in engine: a drawn phone. Ends with status 0 when the window is closed, and ends
+// when the engine ends.
 
 #include <QApplication>
 #include <csignal>

@@ -1,4 +1,4 @@
-// What a DesktopWorld runs its programs in: the installed tree, below an /opt of its own.
+// The sandbox in which a DesktopWorld runs its programs: the installed tree is below a separate /opt.
 
 #include <QDir>
 #include <QFile>
@@ -35,8 +35,8 @@ QStringList DesktopWorld::RootArguments() const
 {
     const QString programs = QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin");
     const QString engine = QLatin1String(INSTALLED_DIR) + QStringLiteral("/tandra");
-    // The installed program below an /opt in which there is room for the engine. Display, buses and our own
-    // folders lie in /tmp.
+    // The installed program is below an empty /opt, so that the engine can be mounted there. Display, buses
+    // and our own folders are in /tmp.
     QStringList arguments{QStringLiteral("--ro-bind"), options.root, QStringLiteral("/")};
     arguments << Words("--dev-bind /dev /dev --dev-bind /proc /proc --dev-bind /tmp /tmp --tmpfs /opt");
     arguments << QStringLiteral("--ro-bind") << options.root + programs << programs;
@@ -49,8 +49,8 @@ QStringList DesktopWorld::SandboxArguments() const
     if (!options.root.isEmpty()) {
         return RootArguments();
     }
-    // The empty /opt first, or missing mount points would be made on the machine itself. Without its
-    // capabilities root is refused what other users are refused.
+    // Mount the empty /opt first, otherwise bwrap creates missing mount points on the machine itself. Without
+    // capabilities root has only the rights of other users.
     QStringList arguments = Words("--dev-bind / / --tmpfs /opt --bind");
     arguments << InstalledDir() << QLatin1String(INSTALLED_DIR) << Words("--die-with-parent --cap-drop ALL");
     if (!options.lsbRelease.isNull()) {
@@ -58,7 +58,7 @@ QStringList DesktopWorld::SandboxArguments() const
         if (file.open(QIODevice::WriteOnly)) {
             file.write(options.lsbRelease.toUtf8());
         }
-        // scratch-run has put a file of that name there.
+        // scratch-run has created a file of that name as the mount point.
         arguments << QStringLiteral("--ro-bind") << file.fileName() << QStringLiteral("/etc/lsb-release");
     }
     return arguments;
@@ -76,7 +76,7 @@ std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& argumen
     KeepMessages(*process, QProcess::StandardOutput);
     QStringList command = SandboxArguments();
     if (unset.contains(QStringLiteral("HOME"))) {
-        // Without a home the program tries the root of the file system, which is the machine's own.
+        // Without a home the program writes to the root of the file system, so make that read-only.
         command << QStringLiteral("--remount-ro") << QStringLiteral("/");
     }
     command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")

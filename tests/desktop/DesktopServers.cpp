@@ -1,4 +1,4 @@
-// The servers of a DesktopWorld: display, window manager, compositor, buses.
+// Starts the servers of a DesktopWorld: display, window manager, compositor, buses.
 
 #include <QDir>
 #include <QFile>
@@ -26,7 +26,7 @@ constexpr char BUS_CONFIGURATION[] =
 </busconfig>
 )";
 
-/// Room for two monitors of a graphics card that is none.
+/// A dummy graphics card with room for two monitors.
 constexpr char TWO_MONITORS[] = R"(Section "ServerFlags"
  Option "AutoAddDevices" "false"
  Option "DontVTSwitch" "true"
@@ -119,7 +119,7 @@ QString DesktopWorld::StartXorg()
     file.close();
     server.setProcessEnvironment(environment);
     KeepMessages(server, QProcess::StandardError);
-    // Not by its wrapper, which lets nobody in who sits at no console.
+    // Start Xorg without its wrapper, which rejects users who are not logged in on a console.
     server.start(QStringLiteral("/usr/lib/xorg/Xorg"),
                  {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-config"), path,
                   QStringLiteral("-logfile"), scratch.filePath(QStringLiteral("xorg.log")),
@@ -137,7 +137,7 @@ bool DesktopWorld::AddMonitor() const
         {QStringLiteral("--addmode"), monitor, mode},
         {QStringLiteral("--output"), monitor, QStringLiteral("--mode"), mode, QStringLiteral("--right-of"),
          QStringLiteral("DUMMY0"), QStringLiteral("--primary")},
-        // The driver calls a monitor connected once it is asked after it has been used.
+        // The driver reports a monitor as connected only if it is queried after its first use.
         {QStringLiteral("--query")}};
     for (const QStringList& step : steps) {
         QProcess xrandr;
@@ -153,7 +153,7 @@ bool DesktopWorld::AddMonitor() const
 QString DesktopWorld::StartWeston()
 {
     const QString socket = QStringLiteral("wayland-0");
-    // It wants the folder of the X servers' sockets to be there, which the first of them makes elsewhere.
+    // Weston needs the folder of the X servers' sockets; no X server has created it here.
     QDir(QStringLiteral("/tmp")).mkdir(QStringLiteral(".X11-unix"));
     server.setProcessEnvironment(environment);
     server.setProcessChannelMode(QProcess::MergedChannels);

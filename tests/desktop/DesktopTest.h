@@ -10,12 +10,12 @@
 
 using namespace Places;
 
-/// What the desktop's test classes share: a fresh world for each test function, and the places on the
-/// windows.
+/// Base of the desktop's test classes: a new test environment for each test function, and the positions on
+/// the windows.
 class DesktopTest : public QObject
 {
 protected:
-    /// Makes a world, and starts the assistant in it unless that is left to the test.
+    /// Creates the test environment, and starts the assistant in it if `start` is true.
     void Begin(const DesktopWorld::Options& options = {}, bool start = true)
     {
         world = std::make_unique<DesktopWorld>(options);
@@ -26,7 +26,7 @@ protected:
         }
     }
 
-    /// Confirms the question that is on show, and waits for the end.
+    /// Confirms the exit question that is shown, and waits for the end of the assistant.
     void ConfirmQuit()
     {
         QVERIFY(DesktopWorld::WaitFor([this] { return world->SmallWindow().id != 0; }));
@@ -40,7 +40,7 @@ protected:
     {
         return DesktopWorld::WaitFor([this, &what] { return EngineTime(what) > 0; });
     }
-    /// A file in the home that the engine's script may await.
+    /// Creates a file in the home, for the engine's step "await".
     void Signal(const QString& name) const
     {
         QFile file(world->Home() + QLatin1Char('/') + name);

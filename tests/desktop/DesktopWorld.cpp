@@ -20,7 +20,7 @@ constexpr QPoint SMALL_CARD_BLANK(20, 100);
 constexpr QRgb SMALL_CARD_GROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QSize MENU_CARD(96, 108);
 constexpr int MENU_ENTRY_HEIGHT = 36;
-/// The row with the device name, on the page.
+/// The row with the device name, relative to the page.
 constexpr QRect NAME_ROW(152, 361, 416, 22);
 constexpr int PENCIL_SIZE = 16;
 constexpr int PENCIL_GONE_MS = 10000;
@@ -34,7 +34,7 @@ void End(QProcess& process)
         return;
     }
     process.terminate();
-    // It may have been paused.
+    // A paused process does not handle the request.
     kill(static_cast<pid_t>(process.processId()), SIGCONT);
     if (!process.waitForFinished(ENDED_MS)) {
         process.kill();
@@ -42,7 +42,7 @@ void End(QProcess& process)
     }
 }
 
-/// Why the last wait was given up.
+/// The reason why the last wait failed.
 QString& GivenUp()
 {
     static QString reason;
@@ -62,7 +62,7 @@ QString Content(const QString& path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-/// What a process does, and in which call of the kernel it waits.
+/// Returns the state of a process and the kernel function in which it waits.
 QString ProcessState(qint64 pid)
 {
     const QString folder = QStringLiteral("/proc/%1/").arg(pid);
@@ -110,7 +110,7 @@ DesktopWorld::DesktopWorld(Options wanted)
         SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
     }
     if (options.screenReader) {
-        // Of all services that the machine has, this one alone.
+        // Only this service of the machine is available.
         QDir(scratch.path()).mkpath(QStringLiteral("run/services"));
         QFile::link(QStringLiteral("/usr/share/dbus-1/services/org.a11y.Bus.service"),
                     scratch.filePath(QStringLiteral("run/services/org.a11y.Bus.service")));
@@ -238,7 +238,7 @@ QString DesktopWorld::Home() const
 
 void DesktopWorld::EndServer()
 {
-    // Our own connection first: Xlib ends a program whose server is gone.
+    // Close our own connection first: Xlib exits if the server has ended.
     desktop.reset();
     End(server);
 }
@@ -351,7 +351,7 @@ bool DesktopWorld::AddPanel(Qt::Edge edge, int thickness) const
 {
     constexpr int SOON_MS = 500;
     const QRect all(QPoint(0, 0), desktop->Size());
-    // One that comes while the window manager is still starting is overlooked.
+    // A window manager that is still starting may ignore the panel, so add it again.
     return WaitFor([&] {
         desktop->AddPanel(edge, thickness);
         return WaitFor([&] { return !desktop->WorkArea().isNull() && desktop->WorkArea() != all; }, SOON_MS);
@@ -430,7 +430,7 @@ void DesktopWorld::ClickCard(const QPoint& pos) const
 
 void DesktopWorld::ClickSmallCard(const QPoint& pos) const
 {
-    // A window is there before it stands in its place and is drawn, and a compositor fades it in.
+    // A window exists before it is placed and painted, and a compositor fades it in.
     WaitFor([this] { return desktop->PixelAt(OnSmallCard(SMALL_CARD_BLANK)) == SMALL_CARD_GROUND; });
     desktop->Click(OnSmallCard(pos));
 }
@@ -462,7 +462,7 @@ QPoint DesktopWorld::PencilPos() const
 bool DesktopWorld::BeginRename() const
 {
     return WaitFor([this] {
-        // The row is drawn anew after each edit, and a click beside the pencil does nothing.
+        // The row is painted again after each edit, and a click beside the pencil has no effect.
         const QPoint pencil = PencilPos();
         desktop->Click(pencil);
         return WaitFor([&] { return PencilPos().x() < pencil.x(); }, PENCIL_GONE_MS);
@@ -492,7 +492,7 @@ bool DesktopWorld::PageHasColour(const QRect& area, QRgb colour) const
 
 bool DesktopWorld::ShowsCasting() const
 {
-    // Inside the button, left of its words: white there means a border and casting.
+    // Inside the button, left of its text: white means the casting style.
     return desktop->PixelAt(OnPage(QPoint(572, 36))) == Places::WHITE;
 }
 
@@ -513,7 +513,7 @@ bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseco
     const QDeadlineTimer deadline(milliseconds);
     const QDeadlineTimer afterEnd(ENDED_MS);
     while (!condition()) {
-        // The daemon ends with the program.
+        // The daemon ends when the program ends.
         const bool ended = startedDaemon != nullptr && startedDaemon->state() == QProcess::NotRunning;
         if (deadline.hasExpired() || (ended && afterEnd.hasExpired())) {
             GivenUp() = ended ? QStringLiteral("the program has ended") : QStringLiteral("waited in vain");
@@ -529,7 +529,7 @@ QString DesktopWorld::Describe() const
 {
     QStringList lines{GivenUp(), QStringLiteral("seen at that moment:")};
     const qint64 pid = AssistantPid();
-    // The server may be gone by now.
+    // The server may have ended.
     const QList<XDesktop::Window> windows =
         desktop == nullptr ? QList<XDesktop::Window>() : desktop->WindowsOf(pid);
     for (const XDesktop::Window& window : windows) {
@@ -581,7 +581,7 @@ XDesktop::Window DesktopWorld::FindWindow(const QSize& cardSize) const
 
 void DesktopWorld::EndEngines() const
 {
-    // An engine outlives an assistant that was killed, and what it leaves behind outlives the engine.
+    // An engine survives an assistant that was killed, and its child processes survive the engine.
     for (const Event& event : EngineEvents()) {
         QString pid;
         if (event.what.startsWith(QLatin1String("started "))) {
@@ -589,7 +589,7 @@ void DesktopWorld::EndEngines() const
         } else if (event.what.startsWith(QLatin1String("left behind "))) {
             pid = event.what.section(QLatin1Char(' '), 2, 2);
         }
-        // The number may be another's by now.
+        // The process id may belong to another process by now.
         if (Content(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() == QLatin1String("Tandra")) {
             kill(static_cast<pid_t>(pid.toLongLong()), SIGKILL);
         }

@@ -9,53 +9,54 @@
 
 #include "XDesktop.h"
 
-/// A desktop of its own for one run of the program: X server, window manager, both buses, a scratch home, and
-/// the installed tree by a bind mount. The assistant is the built program, byte for byte, started by the
-/// stand-in daemon.
+/// The test environment ("world") of one run of the program: an own X server, window manager, session bus,
+/// system bus and home, and the installed tree by a bind mount. The stand-in daemon starts the assistant,
+/// which is the unmodified built program.
 ///
-/// Everything is gone when the object dies. Waiting is for what can be seen from outside: windows, pixels,
-/// the log, the settings file and the events that the stand-ins write.
+/// The destructor ends all processes and removes all files. Waiting functions wait for effects that are
+/// visible from outside: windows, pixels, the log, the settings file, and the events that the stand-ins
+/// write.
 class DesktopWorld
 {
 public:
-    /// Longer than anything takes on a loaded machine.
+    /// The time limit of a wait; longer than any step takes on a loaded machine.
     static constexpr int PATIENCE_MS = 60000;
 
-    /// Where the program sees its installed files.
+    /// The folder of the installed files, as the program sees it.
     static constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
 
     struct Options
     {
-        /// VELODESK_WINDOW_MANAGER in the environment names another one, such as kwin_x11.
+        /// The environment variable VELODESK_WINDOW_MANAGER selects another one, such as kwin_x11.
         QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
-        /// A Wayland session (weston, without a screen) whose X server draws on no root window: windows and
-        /// their places can be asked for there, pixels not.
+        /// A headless Wayland session (weston) with an X server. That server does not draw on its root
+        /// window: windows and their positions can be read, pixels cannot.
         bool wayland = false;
-        /// A second monitor at the right, which is the primary one; each of 1280 by 800.
+        /// Adds a second monitor on the right, which is the primary one; each has 1280 by 800 pixels.
         bool twoMonitors = false;
         QSize screen = QSize(1280, 800);
-        /// What the X server says of its screen; 0 for its own choice.
+        /// The resolution that the X server reports; 0 for its default.
         int dpi = 0;
-        /// Server-wide resources, such as "Xft.dpi: 144".
+        /// X resources of the server, such as "Xft.dpi: 144".
         QString resources;
-        /// Qt's own scale factor, QT_SCALE_FACTOR. Places and sizes stay those at a factor of 1.
+        /// Sets QT_SCALE_FACTOR. Positions and sizes in tests remain those at a factor of 1.
         qreal scale = 1;
         /// An existing display to use instead of a virtual one with a window manager.
         QString display;
-        /// The agreement was accepted in an earlier run.
+        /// Whether the agreement was accepted in an earlier run.
         bool agreed = true;
-        /// A screen reader may come: the session bus starts the accessibility bus, and the program is on it.
+        /// Whether the session bus starts the accessibility bus and the program registers there.
         bool screenReader = false;
         /// The content of /etc/lsb-release; null for an empty file.
         QString lsbRelease;
-        /// Where everything that is started here says what it has to say; by default a file of the world's
-        /// own.
+        /// The file that receives the output of all started processes; by default one in the world's scratch
+        /// folder.
         QString messages;
-        /// The root of another system, with the program installed in it, to run that program in; empty for
-        /// the built program on this machine. It stays unchanged.
+        /// The root file system of another system, in which the program is installed and run; it is not
+        /// changed. Empty to run the built program on this machine.
         QString root;
-        /// Another engine than the stand-in. It leaves no events.
+        /// An engine to use instead of the stand-in. It writes no events.
         QString engine;
     };
 
@@ -68,54 +69,55 @@ public:
     explicit DesktopWorld(Options wanted);
     ~DesktopWorld();
 
-    /// Starts everything but the assistant. Empty, or what could not be had.
+    /// Starts everything except the assistant. Returns an empty text, or what could not be started.
     QString Start();
 
-    /// Starts the stand-in daemon, and through it the assistant, and waits until its window is drawn where it
-    /// stands: it is shown first and moved to its place then, and what is not drawn there cannot be clicked.
-    /// False if it ended before, or if it never is.
+    /// Starts the stand-in daemon, which starts the assistant, and waits until its window is painted at its
+    /// final position. (The window is shown first and then moved; it cannot be clicked before it is painted
+    /// there.) Returns false if the assistant ends or if the window is never painted there.
     bool StartAssistant(const QStringList& daemonOptions = {});
-    /// Starts the assistant once more beside the first, waits for its end and gives its exit code.
+    /// Starts a second assistant beside the first, waits for its end and returns its exit code.
     int StartSecond();
-    /// Runs the program with any command line, waits for its end and gives its exit code; `arguments` begins
-    /// with argv[0]. Names in `unset` are taken out of the environment.
+    /// Runs the program with any command line, waits for its end and returns its exit code. `arguments`
+    /// begins with argv[0]; the variables in `unset` are removed from the environment.
     int RunProgram(const QStringList& arguments, const QStringList& unset = {});
 
-    /// The same without waiting. Killing the process kills the program.
+    /// Starts the program as RunProgram() does, but does not wait. If the returned process is killed, the
+    /// program is killed too.
     std::unique_ptr<QProcess> LaunchProgram(const QStringList& arguments,
                                             const QStringList& unset = {}) const;
 
-    /// Runs a command among the installed files, on this world's display and buses, and waits for its end.
-    /// Gives its exit code, and in `output` what it said; -1 if it did not exit by itself.
+    /// Runs a command with access to the installed files, on this world's display and buses, and waits for
+    /// its end. Stores its output in `output`. Returns its exit code; -1 if it did not exit normally.
     int RunBeside(const QStringList& command, QString& output) const;
 
-    /// The assistant's process id; 0 before it was started.
+    /// Returns the assistant's process id; 0 before it is started.
     qint64 AssistantPid() const;
-    /// The assistant's resident memory in KiB.
+    /// Returns the assistant's resident memory in KiB.
     int AssistantMemory() const;
-    /// Whether the assistant waits for events, and does not work or wait for a processor.
+    /// Whether the assistant is idle: it waits for events and is neither running nor runnable.
     bool AssistantSleeps() const;
     bool WaitForDaemonEnd(int milliseconds = PATIENCE_MS);
-    /// 0 if the daemon was told to exit, 1 if not.
+    /// Returns 0 if the daemon received the exit request, otherwise 1.
     int DaemonStatus() const;
-    /// The exit code of the assistant; -1 if it did not exit by itself.
+    /// Returns the assistant's exit code; -1 if it did not exit normally.
     int AssistantStatus() const;
 
     QString Home() const;
-    /// Ends the X server, the window manager or the system bus under the running program.
+    /// End the X server, the window manager or the system bus while the program runs.
     void EndServer();
     void EndWindowManager();
     void EndSystemBus();
-    /// From now on the system bus accepts connections and answers nothing.
+    /// Makes the system bus accept connections without answering.
     void PauseSystemBus() const;
 
-    /// Where the program finds its installed files.
+    /// Returns the folder of the installed files on this machine.
     QString InstalledDir() const;
-    /// What the environment of everything started here holds.
+    /// The environment of all processes that are started here.
     QProcessEnvironment Environment() const;
     void SetVariable(const QString& name, const QString& value);
 
-    /// Lines of the log, oldest first, without the time.
+    /// Returns the lines of the log, oldest first, without the time stamps.
     QStringList Log() const;
     bool HasLog(const QString& text) const;
     int CountLog(const QString& text) const;
@@ -123,70 +125,70 @@ public:
     void WriteEngineScript(const QString& script) const;
     QList<Event> DaemonEvents() const;
     QList<Event> EngineEvents() const;
-    /// Whether a process runs under the engine's name.
+    /// Whether a process with the engine's name runs.
     static bool EngineRuns();
-    /// The time of the first event that begins with `what`; -1 if there is none.
+    /// Returns the time of the first event that begins with `what`; -1 if there is none.
     static qint64 TimeOf(const QList<Event>& events, const QString& what);
 
     const XDesktop& Desktop() const;
-    /// Adds a panel and waits until it has taken its room; false if it never does.
+    /// Adds a panel and waits until the work area is reduced; returns false if it never is.
     bool AddPanel(Qt::Edge edge, int thickness) const;
-    /// Whether the window manager itself keeps windows out of panels, or on the screen, wherever a program
+    /// Whether the window manager itself keeps windows out of panels or on the screen, wherever a program
     /// moves them.
     bool ManagerKeepsOffPanels() const;
     bool ManagerKeepsOnScreen() const;
 
-    /// The agreement window or the main window, whichever stands; an id of 0 if neither does.
+    /// Returns the agreement window or the main window, whichever is shown; with id 0 if neither is.
     XDesktop::Window BigWindow() const;
-    /// How many of them stand, whichever process they belong to.
+    /// Returns how many agreement and main windows are shown, of all processes.
     int CountBigWindows() const;
-    /// The exit confirmation or a message box.
+    /// Returns the exit confirmation or a message box.
     XDesktop::Window SmallWindow() const;
     XDesktop::Window MenuWindow() const;
-    /// Qt's own dialog for choosing a folder.
+    /// Returns Qt's own folder dialog.
     XDesktop::Window FolderDialog() const;
-    /// The stand-in engine's drawn phone.
+    /// Returns the window in which the stand-in engine shows its drawn phone.
     XDesktop::Window EngineWindow() const;
-    /// Where a point of the big window's card stands on the screen.
+    /// Converts a position on the big window's card to screen coordinates.
     QPoint OnCard(const QPoint& pos) const;
-    /// Where a point of the multi-screen page stands on the screen.
+    /// Converts a position on the multi-screen page to screen coordinates.
     QPoint OnPage(const QPoint& pos) const;
     QPoint OnSmallCard(const QPoint& pos) const;
     void ClickCard(const QPoint& pos) const;
     void ClickPage(const QPoint& pos) const;
     void ClickSmallCard(const QPoint& pos) const;
-    /// Opens the menu in the title strip and clicks an entry, 0 help, 1 settings, 2 about; false if no menu
-    /// came up.
+    /// Opens the menu of the title bar and clicks an entry: 0 help, 1 settings, 2 about. Returns false if no
+    /// menu appears.
     bool ChooseFromMenu(int entry) const;
-    /// Where the pencil behind the device name stands on the screen: font metrics decide, so it is looked
-    /// for.
+    /// Returns the screen position of the pencil beside the device name. It is searched for in the pixels,
+    /// because it depends on font metrics.
     QPoint PencilPos() const;
-    /// Clicks the pencil until the name can be edited; false if it never can.
+    /// Clicks the pencil until the name can be edited; returns false if it never can.
     bool BeginRename() const;
-    /// Adds lines to the settings file.
+    /// Appends lines to the settings file.
     void AppendSettings(const QString& lines) const;
-    /// Whether the area of the page holds any pixel of that colour.
+    /// Whether any pixel of the page's area has that colour.
     bool PageHasColour(const QRect& area, QRgb colour) const;
-    /// Whether the screen shows the casting state, by the start button's colour.
+    /// Whether the screen shows the casting state; determined by the start button's colour.
     bool ShowsCasting() const;
     bool ShowsIdle() const;
 
-    /// Waits until `condition` holds, checking it every few milliseconds; false after `milliseconds`, or
-    /// after 20 s if the program has ended.
+    /// Checks `condition` every few milliseconds until it is true. Returns false after `milliseconds`, or
+    /// already after 20 s if the program has ended.
     static bool WaitFor(const std::function<bool()>& condition, int milliseconds = PATIENCE_MS);
 
-    /// What can be told of the program at this moment, for the message of a test that fails.
+    /// Returns the current state of the program, for the message of a failing test.
     QString Describe() const;
 
-    /// What everything that was started here has said so far.
+    /// Returns the output of all started processes so far.
     QString Messages() const;
 
-    /// A screen picture for people.
+    /// Saves a screenshot for people.
     bool SaveScreen(const QString& path) const;
 
 private:
     QString StartDisplay();
-    /// The name of the display, empty if it does not start.
+    /// Returns the name of the display; empty if the server does not start.
     QString StartXvfb();
     QString StartXorg();
     bool AddMonitor() const;
@@ -201,7 +203,7 @@ private:
     void KeepMessages(QProcess& process, QProcess::ProcessChannel first) const;
     void EndEngines() const;
     QSize WithMargins(const QSize& cardSize) const;
-    /// Where a point of a card stands, given the window's corner.
+    /// Converts a position on a card to screen coordinates, given the window's corner.
     QPoint OnWindow(const QPoint& corner, const QPoint& pos) const;
     int Margin() const;
     bool BigCardIsDrawn() const;
@@ -215,7 +217,7 @@ private:
     QProcess systemBus;
     QProcess sessionBus;
     QProcess daemon;
-    /// That of the world whose program was started last.
+    /// The daemon of the world that started its program last.
     static const QProcess* startedDaemon;
     std::unique_ptr<XDesktop> desktop;
 };

@@ -12,11 +12,11 @@ int ReadActive(sd_bus*, const char*, const char*, const char*, sd_bus_message* r
     return sd_bus_message_append(reply, "b", *static_cast<const int*>(data));
 }
 
-// Systemd's own initialisers use C's designated form.
+// Systemd's initialisers use designated initialisers of C.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-// Older releases of systemd leave fields of these rows to be filled by the compiler.
+// With older releases of systemd these initialisers leave fields uninitialised.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable COMPOSITING[] = {SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("active", "b", ReadActive, 0, 0),

@@ -4,12 +4,12 @@
 #include <atomic>
 #include <thread>
 
-/// Answers on a session bus whether a KWin compositor is active, as a KWin does: the property "active" of
+/// Reports on a session bus whether a KWin compositor is active, as KWin does: the property "active" of
 /// "org.kde.kwin.Compositing" at "/Compositor".
 class FakeCompositor
 {
 public:
-    /// `busAddress`: as in DBUS_SESSION_BUS_ADDRESS. Serves until the object dies.
+    /// Serves until the object is destroyed. `busAddress`: as in DBUS_SESSION_BUS_ADDRESS.
     FakeCompositor(const QString& busAddress, bool active);
     ~FakeCompositor();
     FakeCompositor(const FakeCompositor&) = delete;

@@ -4,7 +4,7 @@
 #include <QRect>
 #include <QRgb>
 
-/// Where things stand on the windows, for pointers and looks from outside.
+/// Positions on the windows, for clicks and for checks of pixels.
 namespace Places {
 // On the card of the big windows.
 constexpr QPoint AGREE_TICK(98, 399);
@@ -25,7 +25,7 @@ constexpr QRect HELP_ICON(196, 188, 49, 48);
 constexpr QRect PROBLEMS_ICON(488, 188, 50, 49);
 constexpr QRect HELP_WORDS(188, 257, 64, 24);
 constexpr QRect PROBLEMS_WORDS(480, 257, 64, 24);
-/// Where a document is to be seen and the help menu is empty.
+/// An area in which a document has text and the help menu is empty.
 constexpr QRect DOCUMENT(60, 300, 100, 130);
 constexpr QPoint CHANGE_BUTTON(631, 104);
 constexpr QPoint CLEAR_BUTTON(631, 202);

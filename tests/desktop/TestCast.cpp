@@ -52,7 +52,7 @@ void TestCast::clickStartsAndStopsACast()
     QCOMPARE(world->CountLog(QStringLiteral("Click stop app button.")), 1);
     VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 0.")));
     QVERIFY(!world->HasLog(QStringLiteral("kill process")));
-    // And once more.
+    // A second cast works in the same way.
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
 }
@@ -88,7 +88,7 @@ void TestCast::reportOfTheEngineEndsTheCast()
     StartCast(QStringLiteral("report run\nawait phone-gone\nreport stop\n"));
     Signal(QStringLiteral("phone-gone"));
     VERIFY_SOON(world->ShowsIdle());
-    // The process lives on, and the next click starts another one beside it.
+    // The process is still running, and the next click starts another one beside it.
     QCOMPARE(EngineTime(QStringLiteral("ended")), -1);
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("count is 2")));
@@ -158,7 +158,7 @@ void TestCast::directoryInTheEnginesPlaceFailsToStart()
 {
     Begin();
     QVERIFY(QFile::remove(EnginePath()));
-    // It can be searched, so the look at the file lets it pass.
+    // A directory is executable (searchable), so the check of the file succeeds.
     QVERIFY(QDir().mkdir(EnginePath()));
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Tandra startup failed.")));
@@ -203,7 +203,7 @@ void TestCast::badMessageChangesNothing()
 void TestCast::nextRepeatPutsRightWhatWasLost()
 {
     Begin();
-    // Two reports in one go arrive in one read and are lost; the repeat, a second later, is not.
+    // Two reports without a pause arrive in one read and are lost; the repeat a second later is not.
     StartCast(QStringLiteral("report init\nreport run\n"));
     VERIFY_SOON(world->ShowsCasting());
 }
@@ -222,7 +222,8 @@ void TestCast::droppedConnectionComesBack()
 void TestCast::reportWithoutAProcessDoesNotCount()
 {
     Begin();
-    // An engine of somebody else: its first report is stored, not shown, and its repeats are no change.
+    // An engine that the assistant did not start: its first report is stored but not shown, and its repeats
+    // are no change.
     QProcess stranger;
     stranger.setProcessEnvironment(world->Environment());
     world->WriteEngineScript(QStringLiteral("report run\n"));

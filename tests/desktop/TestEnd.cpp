@@ -61,7 +61,7 @@ void TestEnd::quitWithoutACastEndsTheDaemon()
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 0);
     QVERIFY(world->EngineEvents().isEmpty());
-    // Once when the user quits, once more when the manager dies.
+    // First when the user quits, then in the destructor of the manager.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 2);
     QCOMPARE(world->CountLog(QStringLiteral("process[")), 0);
     QCOMPARE(world->CountLog(QStringLiteral("Velodesk exit.")), 1);
@@ -89,7 +89,7 @@ void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->CountLog(QStringLiteral("kill process[")), 1);
-    // The engine may be late in noting the request; the wait began when it was sent.
+    // The engine may write its event late; the wait began when the request was sent.
     constexpr qint64 NOTED_LATE_NS = 500LL * 1000 * 1000;
     const qint64 waited =
         DaemonTime(QStringLiteral("told to exit")) - EngineTime(QStringLiteral("terminate"));
@@ -124,7 +124,7 @@ void TestEnd::cancelKeepsTheCast()
     VERIFY_SOON(world->SmallWindow().id == 0);
     VERIFY_SOON(world->ShowsCasting());
     QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
-    // The next question is a fresh one and can still be answered with yes.
+    // The next question is independent and can still be confirmed.
     world->ClickCard(CLOSE_BUTTON);
     ConfirmQuit();
     QCOMPARE(world->DaemonStatus(), 0);
@@ -146,7 +146,7 @@ void TestEnd::blockedWindowAsksOnlyOnce()
     Begin();
     world->Desktop().CloseWindow(world->BigWindow().id);
     VERIFY_SOON(world->SmallWindow().id != 0);
-    // The question is modal: neither the close command nor a click reaches the window under it.
+    // The question is modal: the window below it gets neither the close command nor the click.
     world->Desktop().CloseWindow(world->BigWindow().id);
     world->ClickCard(CLOSE_BUTTON);
     ConfirmQuit();
@@ -196,10 +196,10 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QVERIFY(world->HasLog(QStringLiteral("Get session manager.")));
-    // The question stands on the screen while the window closes.
+    // The question is shown while the window closes.
     QVERIFY(world->HasLog(QStringLiteral("Velodesk closeEvent show exit window.")));
     QVERIFY(!world->HasLog(QStringLiteral("Velodesk exit.")));
-    // Only the manager's destructor stopped it.
+    // Only the manager's destructor stopped the engine.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 1);
 }
 
@@ -224,7 +224,7 @@ void TestEnd::busThatHangsDoesNotKeepTheProgram()
     timer.start();
     world->ClickSmallCard(RIGHT_BUTTON);
     VERIFY_SOON(world->AssistantStatus() == 0);
-    // The bus library's own limits are 25 and 90 s.
+    // The default timeouts of the bus library are 25 and 90 s.
     QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(world->HasLog(QStringLiteral("Failed to call method, reason: Connection timed out")));
     QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));

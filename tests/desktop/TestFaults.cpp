@@ -133,7 +133,7 @@ void TestFaults::lackOfDescriptorsIsBorne()
         world->Environment().value(QStringLiteral("TMPDIR")) + QStringLiteral("/VelodeskServer");
     rlimit before{};
     QCOMPARE(prlimit(pid, RLIMIT_NOFILE, nullptr, &before), 0);
-    // No number is left, except that of a listening socket that is closed.
+    // Leave no free descriptor, except that of the listening socket when it is closed.
     rlim_t first = 0;
     while (QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(pid).arg(first)).isSymLink()) {
         ++first;
@@ -182,7 +182,7 @@ void TestFaults::thousandConnectionsAreBorne()
     QVERIFY(EngineDid(QStringLiteral("connections made")));
     VERIFY_SOON(world->ShowsCasting());
     VERIFY_SOON(world->CountLog(QStringLiteral("App close the connect.")) == 1000);
-    // What was closed holds no descriptor any more.
+    // Closed connections use no descriptors.
     const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(world->AssistantPid()));
     QVERIFY(descriptors.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size() < 100);
 }
@@ -241,7 +241,7 @@ void TestFaults::unusableSettingsAreLeftAlone()
     options.agreed = false;
     Begin(options, false);
     WriteSettings(content);
-    // The agreement comes back, is accepted for this run, and nothing is written.
+    // The agreement is shown again and accepted for this run; nothing is written.
     QVERIFY(world->StartAssistant());
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
     world->ClickCard(AGREE_TICK);
@@ -311,7 +311,7 @@ void TestFaults::homeWithoutRightsEndsTheStart()
 void TestFaults::socketOfAnotherUserEndsTheStart()
 {
     Begin({}, false);
-    // Nobody listens on it, and the folder does not let us remove it, as a sticky one would not.
+    // No process listens on the socket, and as in a sticky folder we may not remove it.
     const QString folder = world->Environment().value(QStringLiteral("TMPDIR"));
     QFile socket(folder + QStringLiteral("/VelodeskServer"));
     QVERIFY(socket.open(QIODevice::WriteOnly));
@@ -330,7 +330,7 @@ void TestFaults::lostDisplayEndsTheProgramAndTheEngine()
     const qint64 engine = EnginePid();
     world->EndServer();
     QVERIFY(world->WaitForDaemonEnd());
-    // Qt leaves by exit(), so the singletons die in order and the engine is stopped.
+    // Qt calls exit(), so the singletons are destroyed in order and the engine is stopped.
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(IsGone(engine));
     QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
@@ -351,13 +351,13 @@ void TestFaults::startsAtTheSameInstantEndInOrder()
     const QStringList command{QStringLiteral("Velodesk"), QStringLiteral("1")};
     int refused = 0;
     for (int round = 0; round < ROUNDS; ++round) {
-        // Killed while it wrote, a program of the round before may have left the file empty.
+        // A program that was killed during a write in the previous round may have left the file empty.
         WriteSettings("[VelodeskServer]\nstatement=true\n");
         const auto one = world->LaunchProgram(command);
         const auto other = world->LaunchProgram(command);
-        // Each comes up, since both may have found nobody there, or sees the other and ends with 0, or loses
-        // the race for the socket and ends with 1. Never both of them end. One that reads the settings while
-        // the other writes them comes up with the agreement.
+        // Each program shows its window (both may have found no other instance), or finds the other and ends
+        // with 0, or loses the race for the socket and ends with 1. Never do both end. A program that reads
+        // the settings while the other writes them shows the agreement.
         const auto settled = [&] {
             one->waitForFinished(0);
             other->waitForFinished(0);

@@ -2,7 +2,7 @@
 
 #include "DesktopTest.h"
 
-/// Chinese text, typed on a real keyboard through a real input method.
+/// Types Chinese text with key presses through an input method.
 class TestInputMethod : public DesktopTest
 {
     Q_OBJECT
@@ -56,12 +56,12 @@ void TestInputMethod::BeginWithPinyin()
     }
     inputMethod.setProcessEnvironment(world->Environment());
     inputMethod.setProcessChannelMode(QProcess::ForwardedChannels);
-    // Settings in memory: the engine does not start without any.
+    // Keep its settings in memory: the engine does not start without a settings service.
     inputMethod.start(QStringLiteral("ibus-daemon"),
                       {QStringLiteral("--panel"), QStringLiteral("disable"), QStringLiteral("--config"),
                        QStringLiteral("/usr/libexec/ibus-memconf")});
     QVERIFY(inputMethod.waitForStarted());
-    // The exit code tells of the keyboard's layout too, which cannot be changed here.
+    // The exit code also reports the keyboard layout, which cannot be set here; so query the engine.
     QVERIFY(DesktopWorld::WaitFor([this] {
         AskInputMethod({QStringLiteral("engine"), QStringLiteral("libpinyin")});
         return AskInputMethod({QStringLiteral("engine")}) == "libpinyin";
@@ -90,7 +90,7 @@ void TestInputMethod::nameIsCutAtFiveCharacters()
 {
     BeginWithPinyin();
     OpenEmptyName();
-    // Three bytes each: the sixth would make it more than 15.
+    // Each character has three bytes: the sixth one exceeds the limit of 15.
     for (int i = 0; i < 3; ++i) {
         TypeHello();
     }

@@ -2,7 +2,7 @@
 
 #include "DesktopTest.h"
 
-/// The second look, decided by a KWin that really answers.
+/// The appearance with or without shadow, decided by the answer of a real KWin.
 class TestKWin : public DesktopTest
 {
     Q_OBJECT
@@ -79,7 +79,7 @@ void TestKWin::compositingDecidesTheLook()
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
-    // The card's outermost corner: round with a shadow, square without.
+    // The pixel in the card's corner: rounded with a shadow, square without.
     const bool square = world->Desktop().PixelAt(world->OnCard(QPoint(895, 503))) == qRgb(0xFF, 0xFF, 0xFF);
     QCOMPARE(square, !shadow);
     QVERIFY(world->ChooseFromMenu(2));

@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-/// Two monitors side by side, of which the right one is the primary: it does not begin at 0, 0.
+/// Two monitors side by side. The right one is the primary monitor, so its origin is not (0, 0).
 class TestMonitors : public DesktopTest
 {
     Q_OBJECT
@@ -34,12 +34,13 @@ void TestMonitors::cardStopsAtThePrimaryMonitorsEdges()
     };
     desktop.MoveTo(from);
     desktop.Press();
-    // Half on the other monitor it has got off the desktop and is not held. From inside it is.
+    // A window that is partly on the other monitor counts as off the desktop and is not clamped. A window
+    // inside is.
     desktop.MoveTo(from + QPoint(640, 0));
     VERIFY_SOON(stands(QRect(1452, 128, 936, 544)));
     desktop.MoveTo(from + QPoint(1400, 0));
     VERIFY_SOON(stands(QRect(2560 - 916, 128, 916, 544)));
-    // The shadow reaches over the left edge: that window is off the desktop again.
+    // Its shadow crosses the left edge, so the window is off the desktop again.
     desktop.MoveTo(from + QPoint(300, 0));
     VERIFY_SOON(stands(QRect(1260, 128, 936, 544)));
     desktop.Release();

@@ -52,7 +52,7 @@ private:
         QVERIFY(world->ChooseFromMenu(SETTINGS));
         VERIFY_SOON(world->HasLog(QStringLiteral("Velodesk show set page.")));
     }
-    /// Types a folder's path into the dialog and takes it.
+    /// Types a folder's path into the dialog and accepts it.
     void ChooseFolder(const QString& path)
     {
         VERIFY_SOON(world->FolderDialog().id != 0 &&
@@ -106,7 +106,7 @@ void TestPages::nameIsTypedAndStored()
     VERIFY_SOON(Stored(QStringLiteral("devicename=") + stored));
     QVERIFY(
         world->HasLog(QStringLiteral("PC device name changed! oldName: Tandra; newName: %1").arg(stored)));
-    // Other settings are kept.
+    // Other settings stay unchanged.
     QVERIFY(Stored(QStringLiteral("statement=true")));
 }
 
@@ -125,7 +125,7 @@ void TestPages::emptiedNameComesBack()
     const QPoint pencil = world->PencilPos();
     Rename(QString());
     world->Desktop().Key(QStringLiteral("Return"));
-    // The pencil is back where it was only when the name is.
+    // The pencil has its old position only if the old name is shown.
     VERIFY_SOON(world->PencilPos() == pencil);
     Rename(QStringLiteral("x"));
     world->Desktop().Key(QStringLiteral("Return"));
@@ -164,7 +164,7 @@ void TestPages::menuButtonIsNotLeftHovered()
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
     QVERIFY(world->ChooseFromMenu(SETTINGS));
     VERIFY_SOON(world->Desktop().PixelAt(corner) == WHITE);
-    // Coming back to it counts again.
+    // Entering the button again has its effect.
     world->Desktop().MoveTo(world->OnPage(EMPTY_PLACE));
     world->Desktop().MoveTo(world->OnCard(MENU_BUTTON));
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
@@ -205,12 +205,12 @@ void TestPages::settingsWithoutAPhoneClearNothingAndLeadBack()
 {
     Begin();
     OpenSettings();
-    // Without any trusted phone the button is grey and does nothing.
+    // Without a trusted phone the button is grey and does nothing.
     world->ClickPage(CLEAR_BUTTON);
     world->ClickPage(BACK_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
     QVERIFY(!world->HasLog(QStringLiteral("ClearTrustDevices.")));
-    // A click on the row of the list leads back as well.
+    // A click on the row of the list leads to the page as well.
     QVERIFY(world->ChooseFromMenu(SETTINGS));
     VERIFY_SOON(!world->ShowsIdle());
     world->ClickCard(APP_ROW);
@@ -263,7 +263,7 @@ void TestPages::unusableFolderIsRefused()
             ? QString(complaint).replace(QLatin1String("%2"), world->Home() + QStringLiteral("/link"))
             : complaint.arg(folder)));
     QCOMPARE(world->SettingsText(), before);
-    // The dialog comes back; a usable folder ends the loop.
+    // The dialog appears again; a valid folder ends the loop.
     world->ClickSmallCard(ONLY_BUTTON);
     ChooseFolder(world->Home() + QStringLiteral("/real"));
     VERIFY_SOON(Stored(QStringLiteral("fileStorePath=%1/real").arg(world->Home())));
@@ -292,7 +292,7 @@ void TestPages::clearingErasesTheThreeFiles()
     QCOMPARE(TrustFiles(), QStringList{QStringLiteral("another")});
     QVERIFY(!world->HasLog(QStringLiteral("SafeCoverRemove")));
     QCOMPARE(world->CountLog(QStringLiteral("RemoveFile filePath:")), 1);
-    // Its button is grey now.
+    // The button is grey now.
     world->ClickPage(CLEAR_BUTTON);
     world->ClickPage(BACK_BUTTON);
     VERIFY_SOON(world->ShowsIdle());

@@ -49,10 +49,10 @@ void TestPlacement::cardStopsAtTheScreensEdge_data()
 {
     QTest::addColumn<QPoint>("by");
     QTest::addColumn<QRect>("window");
-    // The card is 896 by 504; the margin of a side shrinks to nothing as the card nears that edge.
+    // The card is 896 by 504. The margin of a side shrinks to 0 as the card approaches that edge.
     QTest::newRow("top left") << QPoint(-700, -500) << QRect(0, 0, 896 + 20, 504 + 20);
     QTest::newRow("top right") << QPoint(700, -500) << QRect(1280 - 916, 0, 916, 524);
-    // A window manager with a task bar of its own leaves less.
+    // Window managers with a task bar leave less room.
     QTest::newRow("bottom left") << QPoint(-700, 500) << QRect(0, 800 - 524, 916, 524);
     QTest::newRow("bottom right") << QPoint(700, 500) << QRect(1280 - 916, 800 - 524, 916, 524);
     QTest::newRow("left, seven pixels away") << QPoint(-185, 0) << QRect(0, 128, 7 + 896 + 20, 544);
@@ -65,7 +65,7 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     Begin();
     const QPoint from = world->OnCard(TITLE_STRIP);
     QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
-    // Some managers have a bar of their own at the bottom; KWin tells of none while nothing takes room.
+    // Some window managers have a bar at the bottom; KWin reports no work area without panels.
     const QRect free = world->Desktop().WorkArea();
     if (window.bottom() == 800 - 1 && !free.isEmpty()) {
         window.moveBottom(free.bottom());
@@ -104,10 +104,10 @@ void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel()
     options.agreed = agreed;
     Begin(options, false);
     QVERIFY(world->AddPanel(static_cast<Qt::Edge>(edge), 40));
-    // StartAssistant() waits for pixels of a card that stands 20 from the window's corner and has its size.
+    // StartAssistant() waits for pixels of a card of full size, 20 pixels from the window's corner.
     QVERIFY2(world->StartAssistant(), qPrintable(world->Describe()));
     QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
-    // Beside the card there is shadow, and the card's first column is the card's.
+    // The pixels beside the card show shadow; the first column of the card has the card's colour.
     const QRect card(world->OnCard(QPoint(0, 0)), QSize(896, 504));
     const QRgb left = agreed ? qRgb(231, 239, 252) : qRgb(0xF9, 0xF9, 0xF9);
     VERIFY_SOON(world->Desktop().PixelAt(card.topLeft() + QPoint(0, 250)) == left);
@@ -128,11 +128,11 @@ void TestPlacement::cardStopsBelowAPanelAndItsShadowDoesNot()
     QVERIFY(world->AddPanel(Qt::TopEdge, PANEL_HEIGHT));
     QVERIFY(world->StartAssistant());
     const QPoint from = world->OnCard(TITLE_STRIP);
-    // In one step: a window that has got under the panel is not held any longer.
+    // Move in one step: a window that is already under the panel is not clamped.
     world->Desktop().MoveTo(from);
     world->Desktop().Press();
     world->Desktop().MoveTo(from - QPoint(0, 133));
-    // Some window managers hold the whole window there.
+    // Some window managers clamp the whole window.
     const int top = world->ManagerKeepsOffPanels() ? PANEL_HEIGHT : PANEL_HEIGHT - 20;
     VERIFY_SOON([&] {
         const auto windows = world->Desktop().WindowsOf(world->AssistantPid());
@@ -148,7 +148,7 @@ void TestPlacement::dragFollowsThePointer()
     const QPoint from = world->OnCard(TITLE_STRIP);
     world->Desktop().Drag(from, from + QPoint(60, -40));
     VERIFY_SOON(world->BigWindow().rect == before.translated(60, -40));
-    // Released, the window stays where it is.
+    // After the release the window does not follow the pointer.
     world->Desktop().MoveTo(from);
     world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(-60, 40));
     VERIFY_SOON(world->BigWindow().rect == before);
@@ -160,7 +160,7 @@ void TestPlacement::dragBeginsInTheTitleStripOnly()
     const QRect before = world->BigWindow().rect;
     world->Desktop().Drag(world->OnCard(QPoint(300, 44)), world->OnCard(QPoint(400, 100)));
     world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(1, 0));
-    // The drag that counts comes after the one that must not, so its outcome tells of both.
+    // This drag comes after the one without effect, so its result verifies both.
     VERIFY_SOON(world->BigWindow().rect == before.translated(1, 0));
 }
 
@@ -172,7 +172,7 @@ void TestPlacement::clickOnTheShadowFallsThrough()
     const QPoint onShadow = world->BigWindow().rect.topLeft() + QPoint(300, 8);
     desktop.MoveTo(onCard);
     VERIFY_SOON(desktop.WindowUnderPointer() != 0);
-    // The first move over the shadow makes the hole under the pointer.
+    // The first move over the shadow cuts the hole in the mask under the pointer.
     desktop.MoveTo(onShadow);
     VERIFY_SOON(desktop.WindowUnderPointer() == 0);
     desktop.MoveTo(onCard);
@@ -190,7 +190,7 @@ void TestPlacement::compositorDecidesTheLookOnThatSystem_data()
     QTest::newRow("nobody answers") << that << QString() << true;
     QTest::newRow("off, in capitals, line 10")
         << QString(9, QLatin1Char('\n')) + that.toUpper() << "false" << false;
-    // Nobody looks there, and the compositor is not asked.
+    // The program does not read that line and does not query the compositor.
     QTest::newRow("off, in line 11") << QString(10, QLatin1Char('\n')) + that << "false" << true;
     QTest::newRow("off, on another system") << "DISTRIB_ID=other\n"
                                             << "false" << true;
@@ -202,7 +202,7 @@ void TestPlacement::compositorDecidesTheLookOnThatSystem()
     QFETCH(QString, answer);
     QFETCH(bool, shadow);
     DesktopWorld::Options options;
-    // KWin would answer for itself.
+    // KWin would answer itself.
     options.windowManager = QStringLiteral("openbox");
     options.lsbRelease = system;
     Begin(options, false);
@@ -223,7 +223,8 @@ void TestPlacement::withoutShadowAWindowLeavesTheScreen()
     const QRect before = world->BigWindow().rect;
     const QPoint from = world->OnCard(TITLE_STRIP);
     world->Desktop().Drag(from, from + QPoint(-500, 0));
-    // The press is measured on the card and the move is the window's: it jumps by the frame of one pixel.
+    // The press position is relative to the card and the move is applied to the window: it is off by the
+    // frame of one pixel.
     QRect after = before.translated(-500 + 1, 1);
     QVERIFY(after.left() < 0);
     if (world->ManagerKeepsOnScreen()) {
@@ -264,7 +265,7 @@ void TestPlacement::dialogsCanBeDragged()
     const QRect before = world->SmallWindow().rect;
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 31)), world->OnSmallCard(QPoint(80, 61)));
     VERIFY_SOON(world->SmallWindow().rect == before.translated(30, 30));
-    // Below the band nothing moves; the drag after it tells.
+    // A press below the drag area moves nothing; the next drag verifies it.
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 40)), world->OnSmallCard(QPoint(80, 61)));
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 10)), world->OnSmallCard(QPoint(20, -20)));
     VERIFY_SOON(world->SmallWindow().rect == before);

@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-/// A user's own scale factor: the same windows, larger, and everything in its place.
+/// A user's scale factor: the windows are larger, with everything in its place.
 class TestScale : public DesktopTest
 {
     Q_OBJECT
@@ -16,7 +16,7 @@ private slots:
     void clickOnTheShadowFallsThrough();
 
 private:
-    /// A screen that is 1280 by 800 in the program's own pixels.
+    /// Begins with a screen of 1280 by 800 device-independent pixels.
     void BeginScaled()
     {
         QFETCH(qreal, scale);
@@ -49,7 +49,7 @@ void TestScale::windowsAreTheSameAndLarger()
     VERIFY_SOON(world->ShowsCasting());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
-    // The pop-up's card ends where the button does, one pixel under it.
+    // The right edge of the pop-up's card is the button's; its top is one pixel below the button.
     world->ClickCard(MENU_BUTTON);
     VERIFY_SOON(world->MenuWindow().id != 0);
     QCOMPARE(world->MenuWindow().rect, Scaled(QRect(172 + 20 + 784 - 96 - 20, 128 + 20 + 44 - 20, 136, 148)));

@@ -5,7 +5,7 @@
 
 #include "DesktopTest.h"
 
-/// The program as a screen reader has it: by the accessibility bus alone, without pointer and keyboard.
+/// The program from a screen reader's side: only the accessibility bus, no pointer and no keyboard.
 class TestScreenReader : public DesktopTest
 {
     Q_OBJECT
@@ -16,11 +16,11 @@ private slots:
     void programIsUsedByPressAlone();
 
 public slots:
-    /// What a screen reader is told without asking.
+    /// Records a signal of the program to screen readers.
     void HearStateChange(const QDBusMessage& signal);
 
 private:
-    /// An object of the accessibility tree: whose, and which.
+    /// An object of the accessibility tree: the service that owns it, and its path.
     struct Node
     {
         QString service;
@@ -53,7 +53,7 @@ private:
     uint RoleOf(const Node& node) const;
     bool Is(const Node& node, State state) const;
     QList<Node> Children(const Node& node) const;
-    /// The first descendant on show with that role and name; an empty path if there is none.
+    /// Returns the first shown descendant with that role and name; with an empty path if there is none.
     Node Search(const Node& top, Role role, const QString& name) const;
     Node Find(Role role, const char* name) const;
     bool Shows(Role role, const char* name) const;
@@ -62,7 +62,7 @@ private:
     void ReachAccessibilityBus();
     void ListenToStateChanges();
 
-    /// State changes so far, such as "checked 1".
+    /// The state changes so far, such as "checked 1".
     QStringList heard;
     QDBusConnection bus = QDBusConnection(QStringLiteral("accessibility"));
 };
@@ -75,7 +75,7 @@ const QString REGISTRY_PATH = QStringLiteral("/org/a11y/atspi/registry");
 const QString ROOT = QStringLiteral("/org/a11y/atspi/accessible/root");
 } // namespace
 
-/// Fails the test with the whole tree beside the condition.
+/// Fails the test if the condition does not become true, and prints the accessibility tree.
 #define VERIFY_HEARD(condition)                                                                              \
     VERIFY_SOON_WITH(condition, #condition, world->Describe() + Tree({REGISTRY, ROOT}))
 
@@ -103,7 +103,7 @@ void TestScreenReader::ReachAccessibilityBus()
 
 void TestScreenReader::ListenToStateChanges()
 {
-    // Programs only tell what somebody has asked for.
+    // Programs only send events for which a client has registered.
     const QString event = QStringLiteral("Object:StateChanged");
     QCOMPARE(Call({REGISTRY, REGISTRY_PATH}, REGISTRY, QStringLiteral("RegisterEvent"), {event}).type(),
              QDBusMessage::ReplyMessage);
@@ -239,7 +239,7 @@ void TestScreenReader::programIsUsedByPressAlone()
     QVERIFY(Press(MENU_ITEM, "设置"));
     VERIFY_HEARD(Shows(PANEL, "设置") && !Shows(POPUP_MENU, "菜单"));
     QVERIFY(!Is(Find(LIST_ITEM, "多屏协同"), SELECTED));
-    // Qt's own dialog speaks Chinese in every locale.
+    // Qt's own dialog is Chinese in every locale.
     QVERIFY(Press(PUSH_BUTTON, "修改"));
     VERIFY_HEARD(Press(PUSH_BUTTON, "取消"));
     VERIFY_HEARD(world->FolderDialog().id == 0);

@@ -38,7 +38,7 @@ private:
         QFile file(QStringLiteral("/proc/%1/%2").arg(pid).arg(QLatin1String(name)));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    /// The environment that the engine was given.
+    /// Starts the engine and returns its environment.
     QByteArray EngineEnvironment()
     {
         world->ClickPage(CAST_BUTTON);
@@ -66,7 +66,7 @@ void TestStart::refusedCommandLines()
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
     Begin({}, false);
-    // No display is needed to fail this way.
+    // This failure comes before the display is needed.
     QCOMPARE(world->RunProgram(arguments, {QStringLiteral("DISPLAY")}), 1);
     QVERIFY(world->Log().last().endsWith(QStringLiteral("VELODESK: ") + message));
     QVERIFY(world->Log().last().startsWith(QLatin1String("[ERROR] [VeloMain.cpp:")));
@@ -114,7 +114,7 @@ void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()
     DesktopWorld::Options options;
     options.agreed = false;
     Begin(options);
-    // Nothing of the supervision exists before the agreement is accepted.
+    // The supervision is not created before the agreement is accepted.
     const QString channel = world->Home() + QStringLiteral("/Velodesk/TandraIpc");
     QVERIFY(!QFileInfo::exists(channel));
     QCOMPARE(world->SettingsText(), QString());
@@ -130,7 +130,7 @@ void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 0);
-    // The next run does not ask again.
+    // The next run does not show the agreement.
     QVERIFY(world->StartAssistant());
     VERIFY_SOON(world->CountLog(QStringLiteral("Mainwindow start.")) == 2 && world->ShowsIdle());
 }
@@ -146,7 +146,7 @@ void TestStart::tickTwiceLeavesTheButtonGrey()
     world->ClickCard(AGREE_WORDS);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
     world->ClickCard(BEGIN_BUTTON);
-    // A tick after the click shows that the click has been dealt with and has changed nothing.
+    // The tick is handled after the click, so it verifies that the click had no effect.
     world->ClickCard(AGREE_TICK);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
@@ -223,7 +223,7 @@ void TestStart::staleSocketIsTakenOver()
     QVERIFY(QFileInfo::exists(world->Environment().value(QStringLiteral("TMPDIR")) +
                               QStringLiteral("/VelodeskServer")));
     QVERIFY(world->StartAssistant());
-    // Both sockets serve again.
+    // Both sockets work again.
     QCOMPARE(world->StartSecond(), 0);
     VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
     world->ClickPage(CAST_BUTTON);
@@ -235,7 +235,7 @@ void TestStart::unwritableSettingsDoNotKeepTheUserOut()
     DesktopWorld::Options options;
     options.agreed = false;
     Begin(options, false);
-    // A directory in the file's place can be neither read nor written.
+    // A directory with the file's name can be neither read nor written.
     QVERIFY(QDir(world->Home()).mkpath(QStringLiteral("Velodesk/velodesk.conf")));
     QVERIFY(world->StartAssistant());
     world->ClickCard(AGREE_TICK);
@@ -265,7 +265,7 @@ void TestStart::noOpenGlIsLoaded()
     }
     const QByteArray maps = ProcFile(world->AssistantPid(), "maps");
     QVERIFY(maps.contains("libqxcb"));
-    // The dispatch library comes with Qt itself; a driver must not.
+    // Qt itself loads the dispatch library; no driver may be loaded.
     QVERIFY(!maps.contains("libGLX_"));
     QVERIFY(!maps.contains("glx-integration"));
     const QByteArray environment = EngineEnvironment();

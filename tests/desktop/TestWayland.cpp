@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-/// A Wayland session with an X server and Qt's plug-in for Wayland beside: the program takes X.
+/// A Wayland session with an X server and with Qt's Wayland plug-in: the program uses X.
 class TestWayland : public DesktopTest
 {
     Q_OBJECT

@@ -15,17 +15,17 @@ struct XDesktop::Connection
 {
     Display* display = nullptr;
     ::Window root = 0;
-    /// The window that asks whether windows are managed; 0 while there is none.
+    /// The window for ManagesWindows(); 0 while there is none.
     ::Window probe = 0;
     QElapsedTimer probeAge;
-    /// The speck and its colour; 0 while there is none.
+    /// The small window of Beat() and its colour; 0 while there is none.
     ::Window speck = 0;
     QRgb beat = 0;
 
-    /// More than any property of ours holds.
+    /// More than the length of any property here.
     static constexpr long MAX_LONGS = 1 << 20;
 
-    /// Properties of format 32, as Xlib gives them.
+    /// Returns a property of format 32 as Xlib provides it.
     QList<unsigned long> Longs(::Window window, const char* name) const
     {
         Atom type = 0;
@@ -58,7 +58,7 @@ struct XDesktop::Connection
 
     QImage Copy(::Window drawable, const QRect& area) const
     {
-        // With all that lies on the drawable, which a plain image of it need not hold.
+        // Includes the child windows, which a plain XGetImage() need not contain.
         const auto width = static_cast<unsigned int>(area.width());
         const auto height = static_cast<unsigned int>(area.height());
         XWindowAttributes attributes{};
@@ -117,7 +117,7 @@ struct XDesktop::Connection
         return QRect(left, top, attributes.width, attributes.height);
     }
 
-    /// All windows of the process, or of any for 0, below `window`, the topmost last.
+    /// Appends all windows below `window` that belong to the process (or all for 0), the topmost last.
     void Collect(::Window window, unsigned long pid, QList<XDesktop::Window>& found) const
     {
         const QList<unsigned long> pids = Longs(window, "_NET_WM_PID");
@@ -157,18 +157,18 @@ struct XDesktop::Connection
 };
 
 namespace {
-/// Windows come and go under us: what is gone is simply not found.
+/// Windows may be destroyed at any time; a destroyed window is treated as not found.
 int IgnoreError(Display*, XErrorEvent*)
 {
     return 0;
 }
 
-/// Long enough for a toolkit to see each step of a gesture on its own.
+/// Long enough for a toolkit to handle each step of a gesture separately.
 constexpr unsigned long STEP_MS = 12;
 constexpr int DRAG_STEPS = 12;
-/// A window manager that has not taken charge of a window by then will not: it looks at the next one.
+/// A window manager that does not manage a window within this time has missed it; try another window.
 constexpr int OVERLOOKED_MS = 200;
-/// Where neither panels nor the program's windows are.
+/// A place without panels and without windows of the program.
 constexpr QRect SPECK(50, 50, 2, 2);
 } // namespace
 
@@ -213,7 +213,7 @@ void XDesktop::SetResources(const QString& resources) const
 void XDesktop::AddPanel(Qt::Edge edge, int thickness) const
 {
     QRect rect(QPoint(0, 0), Size());
-    // Room kept at the left, right, top and bottom, and from where to where along each.
+    // The reserved width at the left, right, top and bottom, then start and end along each edge.
     std::vector<unsigned long> room(12, 0);
     const bool upright = edge == Qt::LeftEdge || edge == Qt::RightEdge;
     size_t side = 0;
@@ -243,7 +243,7 @@ void XDesktop::AddPanel(Qt::Edge edge, int thickness) const
     x->SetProperty(panel, "_NET_WM_WINDOW_TYPE", XA_ATOM,
                    {XInternAtom(x->display, "_NET_WM_WINDOW_TYPE_DOCK", False)});
     x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, room);
-    // Else a window manager may place it itself.
+    // Otherwise a window manager may place the panel itself.
     XSizeHints hints{};
     hints.flags = USPosition | USSize;
     XSetWMNormalHints(x->display, panel, &hints);
@@ -303,7 +303,7 @@ void XDesktop::Minimise(unsigned long id) const
 
 bool XDesktop::IsOnShow(unsigned long id) const
 {
-    // One that composites may keep a minimised window mapped.
+    // A compositing window manager may keep a minimised window mapped.
     const QList<unsigned long> state = x->Longs(id, "WM_STATE");
     return x->Viewable(id) && (state.isEmpty() || state.first() == NormalState);
 }
@@ -330,7 +330,7 @@ unsigned long XDesktop::WindowUnderPointer() const
     int x1 = 0;
     int y1 = 0;
     unsigned int held = 0;
-    // A window manager has windows of its own around and under the others.
+    // A window manager has its own windows around and below the others.
     while (child != 0) {
         if (!x->Longs(child, "WM_STATE").isEmpty()) {
             return child;
@@ -407,7 +407,7 @@ void XDesktop::PressKey(unsigned long symbol) const
 void XDesktop::Type(const QString& text) const
 {
     for (const QChar letter : text) {
-        // A keysym of Latin 1 has the character's number.
+        // The keysym of a Latin-1 character equals its code.
         PressKey(letter.unicode());
     }
 }

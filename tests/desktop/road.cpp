@@ -1,16 +1,16 @@
-// Starts the assistant as its daemon would and, unless a person does, walks its road: agreement, main window,
-// a cast started and stopped, the device's name, help, settings, about, quit. Each stage leaves a picture.
+// Starts the assistant as its daemon does and performs a tour, unless a person does: agreement, main window,
+// starting and stopping a cast, device name, help, settings, about, quit. Saves a screenshot of each stage.
 //
-//   road --pictures DIR               on a virtual display, by itself
-//   road --pictures DIR --root ROOT   the same with the program that is installed in another system's root
+//   road --pictures DIR               automatically, on a virtual display
+//   road --pictures DIR --root ROOT   the same, with the program installed in another root file system
 //   road --pictures DIR --root ROOT --engine PROGRAM
-//                                     only a cast by that engine, with the checklist of the installation
-//                                     before it
-//   road --display DISPLAY DIR        on a display with a person before it
+//                                     only the installation checklist and a cast by that engine
+//   road --display DISPLAY DIR        on a display, for a person
 //
-// What everything else says meanwhile goes to DIR/messages.log, and is shown where a stage fails.
+// DIR/messages.log gets the output of all other processes; it is printed if a stage fails.
 //
-// Exit status: 0 if the assistant ended with 0, the engine was stopped and the daemon was told.
+// Exit status: 0 if the assistant ended with 0, the engine was stopped and the daemon received the exit
+// request.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -33,10 +33,10 @@ void Interrupt(int)
 
 constexpr int LOOK_AGAIN_MS = 100;
 constexpr int INITIAL_NAME_LENGTH = 6;
-/// A cast that can be seen: the engine shows its phone.
+/// A visible cast: the engine shows its phone.
 constexpr char VISIBLE_ENGINE[] = "report init\nwait 500\nreport run\nshow\n";
 
-/// Where everything that runs beside the assistant says what it has to say. Anew for each walk.
+/// Returns the path of the file for the output of the other processes, and empties it for each tour.
 QString MessagesBeside(const QString& pictures)
 {
     const QDir directory(pictures);
@@ -69,7 +69,7 @@ private:
         return options;
     }
 
-    /// Waits for what a stage must show, keeps its picture and says so.
+    /// Waits until `reached` is true, then saves a screenshot and prints the stage's result.
     bool Stage(const QString& name, const std::function<bool()>& reached);
     bool WalkAgreement();
     bool WalkCast();
@@ -82,7 +82,7 @@ private:
     bool WalkQuit();
 
     QDir directory;
-    /// The engine is not ours: it is only let cast.
+    /// Whether the engine is not the stand-in; then the tour is only a cast.
     bool isForeign;
     DesktopWorld world;
     int number = 0;
@@ -92,7 +92,7 @@ bool Road::Stage(const QString& name, const std::function<bool()>& reached)
 {
     ++number;
     const bool ok = DesktopWorld::WaitFor(reached);
-    // One more look once the compositor has drawn what was reached.
+    // Gives the compositor time to draw the result.
     DesktopWorld::WaitFor([] { return false; }, 150);
     const QString path =
         directory.filePath(QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name));
@@ -102,7 +102,7 @@ bool Road::Stage(const QString& name, const std::function<bool()>& reached)
     return ok;
 }
 
-/// How it ended; true if in order.
+/// Prints how the run ended; returns true if it ended in order.
 bool Ended(const DesktopWorld& world)
 {
     const auto engine = world.EngineEvents();
@@ -146,7 +146,7 @@ bool Road::WalkCast()
     });
 }
 
-/// With everything in its place the checklist finds nothing to bring.
+/// The checklist of a complete installation finds nothing missing.
 bool Road::WalkChecklist()
 {
     QString output;
@@ -275,7 +275,7 @@ int RunForPerson(const QString& display, const QString& messages)
         std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
         return 1;
     }
-    // Ctrl-C ends it too, and leaves nothing behind.
+    // Ctrl-C also ends the run; it leaves nothing behind.
     std::signal(SIGINT, Interrupt);
     std::signal(SIGTERM, Interrupt);
     while (interrupted == 0 && !world.WaitForDaemonEnd(LOOK_AGAIN_MS)) {

@@ -1,11 +1,11 @@
-// Takes the program through all its windows on a desktop of a given kind and keeps a picture of each scene:
-// names of one letter to fifteen, long paths, the documents scrolled through to their last lines, dialogs.
-// The pictures of two desktops are the same byte by byte; scripts/desktops compares them.
+// Shows all windows of the program on a desktop of a given kind and saves an image of each scene: names of
+// one letter to fifteen, long paths, the documents scrolled to their last lines, dialogs. The images of two
+// desktops are identical byte by byte; scripts/desktops compares them.
 //
 //   scenes --pictures DIR [--dpi N] [--xft-dpi N] [--panel top|left|bottom|right] [--fonts FOLDER]
 //
-// The locale is that of LC_ALL, the window manager that of VELODESK_WINDOW_MANAGER. FOLDER holds what a
-// user's .config may: kdeglobals, fontconfig/fonts.conf.
+// LC_ALL sets the locale, VELODESK_WINDOW_MANAGER the window manager. FOLDER contains files of a user's
+// .config: kdeglobals, fontconfig/fonts.conf.
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -62,10 +62,10 @@ private:
     void Keep(const QString& name);
     bool KeepSmall(const QString& name);
     void Save(const QString& name, QRect area);
-    /// The picture of an area of the card, or of the small one, now and once it has come to rest.
+    /// Look() returns an image of an area on the screen; AtRest() waits until it no longer changes.
     QImage Look(const QRect& area) const;
     QImage AtRest(const QRect& area) const;
-    /// Keeps each page until scrolling shows nothing new.
+    /// Saves each page until scrolling shows nothing new.
     void Scroll(const QString& name, const QPoint& where);
     bool Until(const std::function<bool()>& reached, const char* what) const;
     QRect CardRect() const { return {world.OnCard(QPoint(0, 0)), CARD}; }
@@ -82,8 +82,8 @@ private:
 
     QDir directory;
     DesktopWorld world;
-    /// Mutter leaves out parts of what a window has drawn until something else changes there: under it the
-    /// windows are asked, and not the screen.
+    /// Mutter sometimes delays parts of a painted window until something else changes. With mutter the images
+    /// come from the windows, not from the screen.
     const bool asksWindows = qgetenv("VELODESK_WINDOW_MANAGER").startsWith("mutter");
     int number = 0;
 };
@@ -120,7 +120,7 @@ QImage Scenes::AtRest(const QRect& area) const
     int equal = 0;
     DesktopWorld::WaitFor([&] {
         DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
-        // A busy program or compositor stands still too.
+        // The image of a busy program or compositor does not change either.
         const bool slept = world.AssistantSleeps();
         world.Desktop().Beat();
         DesktopWorld::WaitFor([this] { return world.Desktop().ShowsBeat(); });
@@ -135,7 +135,7 @@ QImage Scenes::AtRest(const QRect& area) const
 void Scenes::Save(const QString& name, QRect area)
 {
     QImage picture = AtRest(area).convertToFormat(QImage::Format_RGB32);
-    // What lies behind the rounded corners is the desktop's.
+    // The pixels outside the rounded corners belong to the desktop.
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {
             const bool atSide = x < CORNER || x >= picture.width() - CORNER;
@@ -157,7 +157,7 @@ void Scenes::Keep(const QString& name)
 
 bool Scenes::KeepSmall(const QString& name)
 {
-    // It is there before it is drawn, and a compositor fades it in.
+    // The window exists before it is painted, and a compositor fades it in.
     if (!Until([this] { return world.Desktop().PixelAt(world.OnSmallCard(SMALL_BLANK)) == SMALL_GROUND; },
                "the small card")) {
         return false;
@@ -171,7 +171,7 @@ void Scenes::Scroll(const QString& name, const QPoint& where)
 {
     for (int page = 1;; ++page) {
         Keep(QStringLiteral("%1-%2").arg(name).arg(page));
-        // One by one: a busy program sees several as one, and a picture would come too early.
+        // Scroll step by step: a busy program merges several steps, and the image would be taken too early.
         for (int notch = 0; notch < NOTCHES; ++notch) {
             const QImage before = Look(CardRect());
             world.Desktop().Click(where, WHEEL_DOWN);

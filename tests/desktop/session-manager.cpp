@@ -1,9 +1,9 @@
-// A session manager (XSMP) for one desktop: prints its network id, says who registers, and ends the session
-// when it is told to.
+// A session manager (XSMP) for one desktop. Prints its network id and the clients that register, and ends the
+// session on request.
 //
-//   stdin: "end"         asks all clients to save, with interaction allowed, and then tells them to die
-//          "end quietly" the same with no interaction allowed
-//   stdout: the network id; then "registered", "saved" and "gone", a line for each client
+//   stdin: "end"         asks all clients to save, with interaction allowed, and then to exit
+//          "end quietly" the same without interaction
+//   stdout: the network id; then "registered", "saved" and "gone", one line for each client
 
 #include <X11/ICE/ICElib.h>
 #include <X11/ICE/ICEutil.h>
@@ -61,13 +61,13 @@ Status Register(SmsConn connection, SmPointer, char* previousId)
 {
     if (previousId != nullptr) {
         std::free(previousId);
-        // An id of an earlier session is unknown here: the client registers anew.
+        // An id of an earlier session is unknown here: the client registers again.
         return 0;
     }
     char* id = SmsGenerateClientID(connection);
     SmsRegisterClientReply(connection, id);
     std::free(id);
-    // A new client is asked to save its first state at once.
+    // The protocol asks a new client to save its first state immediately.
     SmsSaveYourself(connection, SmSaveLocal, False, SmInteractStyleNone, False);
     clients.push_back({connection, true});
     Say("registered");
@@ -181,7 +181,7 @@ void Watch(IceConn connection, IcePointer, Bool opening, IcePointer*)
     }
 }
 
-/// Everybody on this machine may join: the session is a test's own.
+/// Accepts every local client: the session belongs to one test.
 Bool AllowHost(char*)
 {
     return True;

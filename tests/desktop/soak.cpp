@@ -1,11 +1,11 @@
-// Lets a user without a plan loose on the assistant, with an engine that behaves as it likes, and holds the
-// display and the settings against a small model after each step.
+// Performs random user actions on the assistant, with an engine of random behaviour, and compares the screen
+// and the settings with a small model after each step.
 //
 //   soak MINUTES [SEED]
 //
-// Prints a line a minute: memory, open descriptors, actions and casts so far; and at the end actions a
-// second. Exit status: 0 if the model held, the program ended with 0 and neither memory nor descriptors grew
-// beyond what a run of pages costs once.
+// Prints one line per minute: memory, open descriptors, and actions and casts so far; at the end actions per
+// second. Exit status: 0 if the model agreed, the program ended with 0, and memory and descriptors grew no
+// more than after one visit to every page.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,7 +25,7 @@ using namespace Places;
 namespace {
 constexpr int NAME_LENGTH = 15;
 constexpr int MS_PER_MINUTE = 60 * 1000;
-/// What the first visit to every page may cost for good.
+/// The memory that the first visit to every page may permanently cost.
 constexpr int MEMORY_GROWTH_KIB = 24 * 1024;
 constexpr int DESCRIPTOR_GROWTH = 8;
 constexpr int PRINTED_BYTES = 4 * 1024 * 1024;
@@ -40,7 +40,7 @@ public:
 private:
     using Action = bool (Soak::*)();
 
-    /// What a person would see: a cast or none, the name, and what the status channel has heard last.
+    /// The visible state: casting or idle, the name, and the last status that the status channel received.
     struct Model
     {
         bool casting = false;
@@ -107,7 +107,7 @@ bool Soak::StartCast()
         return true;
     }
     ++casts;
-    // "run" alone is no news after a crash, which leaves no "stop" behind.
+    // "run" alone is no change after a crash, because a crash reports no "stop".
     static const std::array<const char*, 3> REPORTS{"report init\nwait 30\nreport run\n",
                                                     "send {\"status\":\nreport init\nwait 30\nreport run\n",
                                                     "report run\n"};
@@ -160,7 +160,8 @@ bool Soak::EngineHasEnded(int stoppedBefore)
 {
     model.casting = false;
     const bool ended = WaitForEngineEnd();
-    // A crash reports nothing, and the last report of an engine that ends can arrive glued to a repeat.
+    // A crash reports nothing, and the last report of an engine that ends can arrive in one read with a
+    // repeat.
     if (world.CountLog(QStringLiteral("event stopped")) > stoppedBefore) {
         model.reported = QStringLiteral("stop");
     }
@@ -225,13 +226,13 @@ bool Soak::CancelQuit()
 
 bool Soak::DragWindow()
 {
-    // Not closer to an edge than the shadow is wide: windows are told apart by their size.
+    // Keep the shadow's width from the edges: windows are identified by their size.
     const QRect window = world.BigWindow().rect;
     const QSize room = world.Desktop().Size() - window.size();
     const QPoint target(Pick(room.width()), Pick(room.height()));
     const QPoint from = world.OnCard(TITLE_STRIP);
     world.Desktop().Drag(from, from + target - window.topLeft());
-    // Whoever clicks while it is still on its way misses it.
+    // A click before the window has arrived would miss it.
     return Soon([this, target] { return world.BigWindow().rect.topLeft() == target; });
 }
 
@@ -262,7 +263,7 @@ bool Soak::FillDisk()
     }
     const bool visited = VisitAbout();
     filler.remove();
-    // With room again, the log goes on.
+    // With free space the log continues.
     const QString line = QStringLiteral("Velodesk show about page.");
     const int before = world.CountLog(line);
     return visited && VisitAbout() && Soon([this, &line, before] { return world.CountLog(line) > before; });
@@ -323,7 +324,7 @@ int Soak::Run(int minutes)
         std::fprintf(stderr, "not started: %s\n", qUtf8Printable(missing));
         return 1;
     }
-    // Every page once, so that what it costs once is there before the measuring begins.
+    // Visit every page once, so that its one-time cost is not measured.
     for (const auto& action : ACTIONS) {
         if (!(this->*action.second)() || !Agrees()) {
             std::fprintf(stderr, "the model does not hold: first %s\n", action.first);
@@ -375,7 +376,7 @@ int Soak::Run(int minutes)
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    // A disk that can be filled, for everything that the test environment writes.
+    // A small file system that can be filled, for everything that the test environment writes.
     if (mount("tmpfs", QFile::encodeName(QDir::tempPath()).constData(), "tmpfs", MS_NOSUID | MS_NODEV,
               "size=64m") != 0) {
         std::perror("soak: there is no small disk to fill; run it as root");

@@ -69,7 +69,7 @@ int CapturedLog::Count(const QString& message) const
 
 void CapturedLog::Clear()
 {
-    // Begun with a line of its own about the path, which is not of interest.
+    // Init() logs the path; this line is not of interest here.
     QFile::remove(Path());
     auto* logger = Singleton<Brevora::Logger>::GetInstance();
     logger->Init(Path().toLocal8Bit().toStdString());

@@ -7,7 +7,8 @@
 
 #include "support/Lists.h"
 
-/// The program's log in a file of its own, for as long as the object lives. One at a time.
+/// Redirects the program's log to a temporary file as long as the object exists. Only one may exist at a
+/// time.
 class CapturedLog
 {
 public:
@@ -27,13 +28,13 @@ public:
 
     QString Path() const;
     QList<Line> Lines() const;
-    /// The messages of the lines that contain `part`, for instance a source file ("AppManager.cpp"), a level
-    /// ("[ERROR]") or the socket of an application.
+    /// Returns the messages of the lines that contain `part`, for instance a source file ("AppManager.cpp"),
+    /// a level ("[ERROR]") or the socket of an application.
     QStringList Messages(const QString& part = QString()) const;
-    /// `level` is the word: "INFO", "WARNING", "ERROR".
+    /// Whether the log has such a line. `level` is a word: "INFO", "WARNING", "ERROR".
     bool Contains(const QString& level, const QString& module, const QString& message) const;
     int Count(const QString& message) const;
-    /// Begins with an empty log.
+    /// Empties the log.
     void Clear();
 
 private:

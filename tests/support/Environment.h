@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QtGlobal>
 
-/// One variable of the environment, for as long as the object lives; a null value takes it away.
+/// Sets an environment variable as long as the object exists; a null value removes it.
 class Variable
 {
 public:

@@ -2,8 +2,8 @@
 
 #include <QStringList>
 
-/// Every line that our code hands to the log while the object lives, those too that the log drops. One at a
-/// time; link with velodesk_everyline.
+/// Records every line that our code passes to the log while the object exists, including lines that the log
+/// drops. Only one may exist at a time; link with velodesk_everyline.
 class EveryLine
 {
 public:
@@ -12,6 +12,6 @@ public:
     EveryLine(const EveryLine&) = delete;
     EveryLine& operator=(const EveryLine&) = delete;
 
-    /// The lines since the last call, each as "LEVEL TAG message".
+    /// Returns the lines since the last call, each as "LEVEL TAG message".
     QStringList Take() const;
 };

@@ -7,8 +7,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-/// A client of a local server in this process, which can take away the server's descriptors. Construct it
-/// before the server.
+/// A client of a local server in this process. It can make the server run out of file descriptors. Construct
+/// it before the server.
 class FewDescriptors
 {
 public:
@@ -24,7 +24,8 @@ public:
     FewDescriptors(const FewDescriptors&) = delete;
     FewDescriptors& operator=(const FewDescriptors&) = delete;
 
-    /// From now on this process can open no descriptor, not even the one of a server that is closed.
+    /// Prevents this process from opening any descriptor until End(). The descriptor of a closed server
+    /// cannot be reused either.
     void Begin() const
     {
         rlimit few = before;
@@ -33,7 +34,7 @@ public:
     }
     void End() const { setrlimit(RLIMIT_NOFILE, &before); }
 
-    /// Connects to the local socket at `path`; false on failure.
+    /// Connects to the local socket at `path`; returns false on failure.
     bool Connect(const std::string& path) const
     {
         sockaddr_un address{};

@@ -6,7 +6,7 @@
 #include <string>
 #include <sys/stat.h>
 
-/// Small doings with files. Paths are given as QString and handed to the code under test with Local().
+/// Helpers for files. They take paths as QString; Local() converts a path for the code under test.
 inline std::string Local(const QString& path)
 {
     return path.toLocal8Bit().toStdString();
@@ -29,7 +29,7 @@ inline void WriteAll(const QString& path, const QByteArray& content)
     }
 }
 
-/// The permission bits; 0 where nothing stands.
+/// Returns the permission bits; 0 if the file does not exist.
 inline mode_t ModeOf(const QString& path)
 {
     struct stat status
@@ -44,7 +44,7 @@ inline void SetMode(const QString& path, mode_t mode)
     }
 }
 
-/// The mask of permissions, for as long as the object lives.
+/// Sets the file mode creation mask as long as the object exists.
 class Umask
 {
 public:

@@ -3,7 +3,8 @@
 #include <QStringList>
 #include <QTest>
 
-/// What COMPARE_LISTS does: false, and the test has failed with both lists, if they differ.
+/// Implements COMPARE_LISTS: if the lists differ, fails the test with both lists in the message and returns
+/// false.
 inline bool CompareLists(const QStringList& actual, const QStringList& expected, const char* text,
                          const char* file, int line)
 {
@@ -13,7 +14,7 @@ inline bool CompareLists(const QStringList& actual, const QStringList& expected,
     return QTest::qVerify(actual == expected, text, qPrintable(both), file, line);
 }
 
-/// As QCOMPARE, which prints no more than one pair of entries.
+/// Compares lists as QCOMPARE does, but prints all entries; QCOMPARE prints only the first pair that differs.
 #define COMPARE_LISTS(actual, expected)                                                                      \
     do {                                                                                                     \
         if (!CompareLists(actual, expected, #actual " == " #expected, __FILE__, __LINE__)) {                 \

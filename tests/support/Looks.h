@@ -7,7 +7,7 @@
 
 #include "shell/Shadow.h"
 
-/// Lets windows be built in one of the two looks, for as long as the object lives.
+/// Selects the appearance (with or without shadow) of windows that are constructed while the object exists.
 class Look
 {
 public:
@@ -20,7 +20,7 @@ private:
     bool before;
 };
 
-/// The column of both looks for a data-driven test.
+/// Adds the column and the rows of both appearances to a data-driven test.
 inline void AddBothLooks()
 {
     QTest::addColumn<bool>("shadow");
@@ -28,7 +28,7 @@ inline void AddBothLooks()
     QTest::newRow("plain") << false;
 }
 
-/// The widget of that object name; the test fails at once if there is none.
+/// Returns the child widget with that object name; aborts the test program if there is none.
 template <typename Widget = QWidget>
 Widget* Find(const QWidget& window, const char* name)
 {
@@ -39,7 +39,7 @@ Widget* Find(const QWidget& window, const char* name)
     return widget;
 }
 
-/// A press, a move or a release at a point of the widget, as the window system would send it.
+/// Sends a press, a move or a release at a point of the widget, as the window system does.
 inline void SendMouse(QWidget& widget, QEvent::Type type, const QPoint& pos,
                       Qt::MouseButton button = Qt::LeftButton)
 {
@@ -50,7 +50,7 @@ inline void SendMouse(QWidget& widget, QEvent::Type type, const QPoint& pos,
     QCoreApplication::sendEvent(&widget, &event);
 }
 
-/// Whether the window goes along with a pointer that is pressed at that place of its card.
+/// Whether a press at that position of its card, followed by a move, drags the window.
 inline bool Drags(QWidget& window, const QPoint& offset)
 {
     const QPoint press = Find(window, "widget_bg")->pos() + offset;
@@ -61,8 +61,8 @@ inline bool Drags(QWidget& window, const QPoint& offset)
     return window.pos() != before;
 }
 
-/// The style sheet of a button in the upper right corner of a card, with its pictures at rest, under the
-/// pointer and pressed; rounded like the card in the look with shadow.
+/// Returns the style sheet of a button in the upper right corner of a card, with its normal, hovered and
+/// pressed image. With shadow the corner is rounded as the card's.
 inline QString CornerButtonStyle(bool shadow, const char* normal, const char* hover, const char* pressed)
 {
     return QStringLiteral("QPushButton{\nborder-radius:0px;\n%1border-image:url(:/velo/%2);\n}\n"

@@ -4,14 +4,14 @@
 #include <QWidget>
 #include <functional>
 
-/// Acts inside the nested event loop of a modal dialog: as soon as one is on show, `wanted` is called with
-/// it. With further actors each dialog in turn gets its own.
+/// Acts inside the nested event loop of a modal dialog: calls `wanted` with the dialog as soon as one is
+/// shown. Several actors handle consecutive dialogs in their order.
 class ModalActor
 {
 public:
     explicit ModalActor(std::function<void(QWidget*)> wanted);
 
-    /// Whether the dialog came and was acted on.
+    /// Whether a dialog was shown and `wanted` was called.
     bool HasActed() const;
 
 private:

@@ -6,11 +6,11 @@
 
 namespace {
 constexpr int BLOCK = 8;
-/// Blocks overlap: what is seen does not depend on where a widget stands among them.
+/// Blocks overlap, so that the result does not depend on a widget's position relative to the blocks.
 constexpr int STEP = BLOCK / 2;
-/// Half of what a divider differs from its ground.
+/// Half of the difference between a divider and its background.
 constexpr int LINE_TONES = 7;
-/// Longer than a stroke of the largest letters.
+/// Longer than any stroke of the largest letters.
 constexpr int LINE_LENGTH = 48;
 
 std::array<int, 4> Average(const QImage& image, const QRect& block)
@@ -41,7 +41,7 @@ bool LooksLike(const std::array<int, 4>& mine, const std::array<int, 4>& yours, 
     return true;
 }
 
-/// Whether the block is found in the other picture where it may be.
+/// Whether the other image has an equal block within the allowed displacement.
 bool IsNear(const QImage& one, const QRect& block, const QImage& other, const Allowance& allowance)
 {
     const auto mine = Average(one, block);
@@ -57,8 +57,8 @@ bool IsNear(const QImage& one, const QRect& block, const QImage& other, const Al
     }
     return false;
 }
-/// From `start` in the direction of `step`, pixels that all differ visibly: a line that one of the images
-/// lacks. In texts by two rasterisers no run is as long, since between letters both are the same.
+/// Whether all pixels from `start` in the direction of `step` differ visibly: one of the images lacks a line.
+/// Texts of two rasterisers never give such a run, because the space between letters is equal.
 QRect FindLine(const QImage& one, const QImage& other, QPoint start, const QPoint& step)
 {
     QRect run;
@@ -100,7 +100,7 @@ QRect FindDifference(const QImage& one, const QImage& other, const Allowance& al
     for (int y = 0; y < left.height(); y += STEP) {
         for (int x = 0; x < left.width(); x += STEP) {
             const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
-            // Both ways: what one of them lacks is seen in the other one.
+            // In both directions: what one image lacks is present only in the other.
             if (!IsNear(left, block, right, allowance) || !IsNear(right, block, left, allowance)) {
                 difference = difference.united(block);
             }

@@ -3,25 +3,26 @@
 #include <QImage>
 #include <QRect>
 
-/// What may differ in two pictures that look the same.
+/// The tolerance of a comparison of two images.
 struct Allowance
 {
-    /// How far from its place a thing may stand, in pixels.
+    /// The largest accepted displacement in pixels.
     int places;
-    /// By how much a channel may differ, of 255, in the average of a small block.
+    /// The largest accepted difference of a channel (0 to 255), averaged over a small block.
     int tones;
 };
 
-/// Two rasterisers of one font stay below 14; the hover blue is 19 from the normal blue.
+/// Two rasterisers of the same font differ by less than 14; the hover blue differs from the normal blue by
+/// 19.
 constexpr Allowance OTHER_RASTERISER{0, 15};
-/// Other releases hint letters otherwise and begin a line of them a pixel or two elsewhere.
+/// Other releases hint letters differently and start a line of text one or two pixels to the side.
 constexpr Allowance OTHER_RELEASE{2, 24};
 
-/// Where two pictures of one size differ, as a rectangle in pixels; an empty one if they look the same.
-/// Averages over small blocks are compared, so that what is allowed passes, and a widget that was moved or
-/// has another colour does not; and lines of one pixel, which would be lost in an average, where a thing has
-/// to stand in its place.
+/// Returns the rectangle in which two images of the same size differ; an empty one if they are equal within
+/// `allowance`. Compares averages over small blocks, which detects a moved widget or another colour. If no
+/// displacement is allowed, it also detects lines of one pixel, which an average would hide.
 QRect FindDifference(const QImage& one, const QImage& other, const Allowance& allowance = OTHER_RASTERISER);
 
-/// The largest difference of a channel of any pixel in two pictures of one size, of 255; 255 for two sizes.
+/// Returns the largest difference of a channel (0 to 255) of any pixel of two images; 255 if their sizes
+/// differ.
 int LargestDifference(const QImage& one, const QImage& other);

@@ -5,8 +5,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-/// Takes from this thread what root may do beyond an ordinary user, for as long as the object lives, so that
-/// permissions hold whoever runs the tests.
+/// Removes root's capabilities from this thread as long as the object exists, so that file permissions also
+/// apply if root runs the tests.
 class PlainUser
 {
 public:
@@ -27,8 +27,8 @@ public:
     PlainUser(const PlainUser&) = delete;
     PlainUser& operator=(const PlainUser&) = delete;
 
-    /// The same for good, for a thread that ends soon: what access() grants root is more than what root has
-    /// at the moment.
+    /// Removes the capabilities permanently, for a thread that ends soon. access() considers root's permitted
+    /// capabilities, not only the effective ones.
     static void Stay()
     {
         __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3]{};

@@ -6,7 +6,7 @@
 #include "entry/StartEnvironment.h"
 #include "shell/Typeface.h"
 
-/// Runs a test whose windows are to look as the program's do: Qt is set up as the program sets it up.
+/// Runs a test with Qt set up as in the program, so that its windows have the program's appearance.
 template <typename Test>
 int RunAsProgram(int argc, char** argv)
 {

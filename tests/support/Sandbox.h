@@ -10,7 +10,7 @@
 
 #include "support/PlainUser.h"
 
-/// Puts an empty file system of that size over /opt, and gives up the rights that are needed for it.
+/// Mounts an empty file system of that size on /opt, and drops the capabilities that this needs.
 inline void MakeRoom(const char* bytes)
 {
     const std::string size = std::string("mode=0755,size=") + bytes;
@@ -24,21 +24,22 @@ inline void MakeRoom(const char* bytes)
     PlainUser::Stay();
 }
 
-/// Starts the test again where /opt is empty and belongs to the test, and where root has no more rights than
-/// anybody else. Returns in that second process only. `bytes`: the room below /opt.
+/// Restarts the test in a sandbox in which /opt is empty and writable and root has no additional rights.
+/// Returns only in the restarted process. `bytes`: the size of /opt.
 inline void EnterSandbox(int argc, char** argv, const char* bytes = "16777216")
 {
     constexpr char MARK[] = "VELODESK_TEST_IN_SANDBOX";
     if (const char* mark = std::getenv(MARK)) {
         if (std::string(mark) == "empty") {
             MakeRoom(bytes);
-            // What the test starts of its own program is in there already.
+            // Copies of the program that the test starts are already in the sandbox.
             setenv(MARK, "ready", 1);
         }
         return;
     }
     setenv(MARK, "empty", 1);
-    // Not every bubblewrap gives a file system a size, so that is left to the second process.
+    // Older versions of bubblewrap cannot limit the size of a file system, so the restarted process mounts
+    // it.
     std::vector<const char*> command{"bwrap",
                                      "--dev-bind",
                                      "/",
@@ -58,7 +59,7 @@ inline void EnterSandbox(int argc, char** argv, const char* bytes = "16777216")
     qFatal("bwrap cannot be started");
 }
 
-/// As QTEST_MAIN, in the sandbox.
+/// QTEST_MAIN in the sandbox.
 #define SANDBOXED_QTEST_MAIN(TestObject)                                                                     \
     int main(int argc, char** argv)                                                                          \
     {                                                                                                        \

@@ -11,8 +11,8 @@ constexpr std::size_t SMALL_STACK_SIZE = 524288;
 constexpr std::size_t SMALL_STACK_SIZE = 65536;
 #endif
 
-/// Runs `work` on a thread with a stack of 64 KiB, or the least that this processor's may have, so that
-/// a recursion for each byte of a long text does not survive.
+/// Runs `work` on a thread with a stack of 64 KiB, or the minimum of this processor. A recursion for each
+/// byte of a long text overflows it.
 inline void RunOnSmallStack(std::function<void()> work)
 {
     const auto size = qMax(SMALL_STACK_SIZE, static_cast<std::size_t>(sysconf(_SC_THREAD_STACK_MIN)));

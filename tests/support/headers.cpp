@@ -1,4 +1,4 @@
-// Only its headers count: they are compiled once for all tests.
+// Only the headers matter: they are precompiled for all tests.
 int main()
 {
     return 0;
