@@ -28,32 +28,32 @@ private slots:
     void init();
     void cleanup();
 
-    void firstStartMakesAnEmptyPrivateFile_data();
-    void firstStartMakesAnEmptyPrivateFile();
-    void firstStartReadsAsNothingSet();
+    void firstStartCreatesAnEmptyPrivateFile_data();
+    void firstStartCreatesAnEmptyPrivateFile();
+    void emptyFileReturnsTheDefaults();
     void getOnAnEmptyFileIsLogged();
-    void modeIsNarrowedAtEveryStart();
-    void fileThatCannotBeMadeIsLogged();
+    void modeIsSetToPrivateAtEveryStart();
+    void fileThatCannotBeCreatedIsLogged();
     void permissionThatCannotBeSetIsLogged();
     void agreementIsStored();
-    void agreementIsReadAsExactlyTrue_data();
-    void agreementIsReadAsExactlyTrue();
+    void agreementIsReadOnlyFromTheTextTrue_data();
+    void agreementIsReadOnlyFromTheTextTrue();
     void trustedPhonesAreCleared_data();
     void trustedPhonesAreCleared();
     void trustedPhonesAreCounted_data();
     void trustedPhonesAreCounted();
     void textsAreStored_data();
     void textsAreStored();
-    void textsCannotBeBlanked();
+    void textsCannotBeSetToEmpty();
     void everySettingHasItsSectionAndKey();
-    void settersKeepTheRest();
+    void settersKeepOtherSettings();
     void settersKeepModeAndFile();
-    void changesOfOthersAreSeen();
-    void refusedFileIsLeftAlone_data();
-    void refusedFileIsLeftAlone();
-    void settersDoNotMakeTheFile();
-    void daemonIsUnknownAtFirst();
-    void singletonMakesTheFileAndItsEndWritesNothing();
+    void changesOfOtherProcessesAreRead();
+    void unreadableFileIsNotChanged_data();
+    void unreadableFileIsNotChanged();
+    void settersDoNotCreateTheFile();
+    void daemonsIdIsZeroAtFirst();
+    void singletonCreatesTheFileAndItsDestructionWritesNothing();
 
 private:
     QByteArray Content() const { return ReadAll(path); }
@@ -81,7 +81,7 @@ void TestConfigure::cleanup()
     QFile::remove(path);
 }
 
-void TestConfigure::firstStartMakesAnEmptyPrivateFile_data()
+void TestConfigure::firstStartCreatesAnEmptyPrivateFile_data()
 {
     QTest::addColumn<int>("mask");
     QTest::newRow("wide mask") << 0;
@@ -89,7 +89,7 @@ void TestConfigure::firstStartMakesAnEmptyPrivateFile_data()
     QTest::newRow("narrow mask") << 0777;
 }
 
-void TestConfigure::firstStartMakesAnEmptyPrivateFile()
+void TestConfigure::firstStartCreatesAnEmptyPrivateFile()
 {
     QFETCH(int, mask);
     {
@@ -102,7 +102,7 @@ void TestConfigure::firstStartMakesAnEmptyPrivateFile()
     QVERIFY(log->Contains(INFO, VELODESK, log->Messages().first()));
 }
 
-void TestConfigure::firstStartReadsAsNothingSet()
+void TestConfigure::emptyFileReturnsTheDefaults()
 {
     const Configure configure;
     QCOMPARE(configure.IsStatementRead(), false);
@@ -122,7 +122,7 @@ void TestConfigure::getOnAnEmptyFileIsLogged()
     QVERIFY(log->Contains(QStringLiteral("WARNING"), QStringLiteral("UTILS"), message));
 }
 
-void TestConfigure::modeIsNarrowedAtEveryStart()
+void TestConfigure::modeIsSetToPrivateAtEveryStart()
 {
     const QByteArray content("[VelodeskServer]\nstatement=true\n");
     WriteAll(path, content);
@@ -140,7 +140,7 @@ void TestConfigure::modeIsNarrowedAtEveryStart()
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
-void TestConfigure::fileThatCannotBeMadeIsLogged()
+void TestConfigure::fileThatCannotBeCreatedIsLogged()
 {
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0500);
@@ -181,7 +181,7 @@ void TestConfigure::agreementIsStored()
     QCOMPARE(Content(), QByteArray("[VelodeskServer]\nstatement=true\n"));
 }
 
-void TestConfigure::agreementIsReadAsExactlyTrue_data()
+void TestConfigure::agreementIsReadOnlyFromTheTextTrue_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("isRead");
@@ -192,7 +192,7 @@ void TestConfigure::agreementIsReadAsExactlyTrue_data()
     QTest::newRow("other key") << QByteArray("[VelodeskServer]\nStatement=true\n") << false;
 }
 
-void TestConfigure::agreementIsReadAsExactlyTrue()
+void TestConfigure::agreementIsReadOnlyFromTheTextTrue()
 {
     QFETCH(QByteArray, content);
     WriteAll(path, content);
@@ -261,7 +261,7 @@ void TestConfigure::textsAreStored()
     QCOMPARE(configure.GetSavePath(), text.toStdString());
 }
 
-void TestConfigure::textsCannotBeBlanked()
+void TestConfigure::textsCannotBeSetToEmpty()
 {
     const QByteArray content("[Tandra]\ndevicename=MyPC\nfileStorePath=/home/a\n");
     WriteAll(path, content);
@@ -286,7 +286,7 @@ void TestConfigure::everySettingHasItsSectionAndKey()
     QCOMPARE(configure.GetSavePath(), std::string("/home/a/Desktop"));
 }
 
-void TestConfigure::settersKeepTheRest()
+void TestConfigure::settersKeepOtherSettings()
 {
     WriteAll(path, ";one\n[Tandra];two\nother=1;three\ndevicename=Old\n[Own]\nkey=value\n");
     Configure configure;
@@ -313,7 +313,7 @@ void TestConfigure::settersKeepModeAndFile()
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
-void TestConfigure::changesOfOthersAreSeen()
+void TestConfigure::changesOfOtherProcessesAreRead()
 {
     Configure configure;
     configure.SetPCDeviceName("MyPC");
@@ -325,7 +325,7 @@ void TestConfigure::changesOfOthersAreSeen()
              IniModel::Split("[Tandra]\ndevicename=Other\n[VelodeskServer]\ntrustNum=2\nstatement=true\n"));
 }
 
-void TestConfigure::refusedFileIsLeftAlone_data()
+void TestConfigure::unreadableFileIsNotChanged_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("isReadable");
@@ -337,7 +337,7 @@ void TestConfigure::refusedFileIsLeftAlone_data()
     QTest::newRow("unreadable") << good << false;
 }
 
-void TestConfigure::refusedFileIsLeftAlone()
+void TestConfigure::unreadableFileIsNotChanged()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, isReadable);
@@ -363,7 +363,7 @@ void TestConfigure::refusedFileIsLeftAlone()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestConfigure::settersDoNotMakeTheFile()
+void TestConfigure::settersDoNotCreateTheFile()
 {
     Configure configure;
     QVERIFY(QFile::remove(path));
@@ -374,7 +374,7 @@ void TestConfigure::settersDoNotMakeTheFile()
     QVERIFY(!QFileInfo::exists(path));
 }
 
-void TestConfigure::daemonIsUnknownAtFirst()
+void TestConfigure::daemonsIdIsZeroAtFirst()
 {
     Configure configure;
     QCOMPARE(configure.daemonPid, 0);
@@ -386,7 +386,7 @@ void TestConfigure::daemonIsUnknownAtFirst()
     QVERIFY(!Content().contains("4711"));
 }
 
-void TestConfigure::singletonMakesTheFileAndItsEndWritesNothing()
+void TestConfigure::singletonCreatesTheFileAndItsDestructionWritesNothing()
 {
     QVERIFY(!QFileInfo::exists(path));
     Singleton<Configure>::GetInstance()->SetStatementReadFlag();

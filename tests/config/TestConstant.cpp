@@ -69,14 +69,14 @@ private slots:
     void otherNamesAreEmptyOrZero();
     void valueIsACopy();
 
-    void directoriesAreThereBeforeMain_data();
-    void directoriesAreThereBeforeMain();
+    void directoriesExistBeforeMain_data();
+    void directoriesExistBeforeMain();
     void existingDirectoriesAreKept();
-    void settingsHaveTwoSlashesAndTheSocketNone();
+    void settingsPathHasADoubleSlashAndTheSocketPathNone();
     void tableIsFilledWithoutAHome_data();
     void tableIsFilledWithoutAHome();
-    void homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories();
-    void rootOfTheFileSystemStandsInForAHome();
+    void readOnlyHomeGivesATableWithoutDirectories();
+    void missingHomeIsReplacedByTheRootDirectory();
 
 private:
     /// What the probe prints in a world that may not be written but for this test's own directory.
@@ -174,14 +174,14 @@ void TestConstant::valueIsACopy()
     QCOMPARE(GetConstant(Velodesk::ENGINE_SECTION), std::string("Tandra"));
 }
 
-void TestConstant::directoriesAreThereBeforeMain_data()
+void TestConstant::directoriesExistBeforeMain_data()
 {
     QTest::addColumn<int>("mask");
     QTest::newRow("wide mask") << 0;
     QTest::newRow("common mask") << 022;
 }
 
-void TestConstant::directoriesAreThereBeforeMain()
+void TestConstant::directoriesExistBeforeMain()
 {
     QFETCH(int, mask);
     const Umask umaskOfThisTest(static_cast<mode_t>(mask));
@@ -208,7 +208,7 @@ void TestConstant::existingDirectoriesAreKept()
     QCOMPARE(ReadAll(home + QStringLiteral("/Velodesk/velodesk.conf")), QByteArray("text"));
 }
 
-void TestConstant::settingsHaveTwoSlashesAndTheSocketNone()
+void TestConstant::settingsPathHasADoubleSlashAndTheSocketPathNone()
 {
     const QStringList table = Probe(home.toLocal8Bit());
     QCOMPARE(table.at(2), QStringLiteral("2 ") + home + QStringLiteral("/Velodesk//velodesk.conf"));
@@ -230,7 +230,7 @@ void TestConstant::tableIsFilledWithoutAHome()
     QCOMPARE(Probe(value), Probed(QString(), QString()));
 }
 
-void TestConstant::homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories()
+void TestConstant::readOnlyHomeGivesATableWithoutDirectories()
 {
     SetMode(home, 0500);
     QCOMPARE(Probe(home.toLocal8Bit()), Probed(QString(), QString()));
@@ -243,7 +243,7 @@ void TestConstant::homeThatMayNotBeWrittenLeavesTheTableWithoutDirectories()
     SetMode(home + QStringLiteral("/Velodesk"), 0700);
 }
 
-void TestConstant::rootOfTheFileSystemStandsInForAHome()
+void TestConstant::missingHomeIsReplacedByTheRootDirectory()
 {
     // For whoever may write there: here in a root of its own.
     const QString programs = QFileInfo(QStringLiteral(CONSTANTPROBE)).path();

@@ -22,9 +22,9 @@ class TestFullDisk : public QObject
 private slots:
     void cleanup() { QFile::remove(DISK + QStringLiteral("filler")); }
 
-    void logDropsWhatHasNoRoomAndRunsOn();
+    void logDropsLinesWithoutRoomAndContinues();
     void shortSettingIsKept();
-    void settingWithoutRoomHarmsNoOtherFile();
+    void settingWithoutRoomDoesNotChangeOtherFiles();
     void erasingNeedsNoRoom();
 
 private:
@@ -42,7 +42,7 @@ private:
     }
 };
 
-void TestFullDisk::logDropsWhatHasNoRoomAndRunsOn()
+void TestFullDisk::logDropsLinesWithoutRoomAndContinues()
 {
     const QString path = DISK + QStringLiteral("log");
     Brevora::Logger logger;
@@ -72,7 +72,7 @@ void TestFullDisk::shortSettingIsKept()
     QVERIFY(QFile::remove(path));
 }
 
-void TestFullDisk::settingWithoutRoomHarmsNoOtherFile()
+void TestFullDisk::settingWithoutRoomDoesNotChangeOtherFiles()
 {
     const QString path = DISK + QStringLiteral("settings");
     const QString other = DISK + QStringLiteral("other");

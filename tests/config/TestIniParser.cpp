@@ -79,39 +79,39 @@ private slots:
     void init();
     void cleanup();
 
-    void instanceIsOne();
-    void sizeIsBounded_data();
-    void sizeIsBounded();
+    void instanceIsTheSameEachTime();
+    void sizeIsLimited_data();
+    void sizeIsLimited();
     void missingFileCountsAsOversize();
-    void emptyPathIsRefused();
+    void emptyPathIsRejected();
     void fileThatCannotBeOpenedIsNotFound();
-    void refusedFileKeepsWhatWasLoaded();
-    void loadingReplacesWhatWasLoaded();
-    void unreadableTextIsRefusedWhole_data();
-    void unreadableTextIsRefusedWhole();
-    void lineIsTakenApart_data();
-    void lineIsTakenApart();
+    void unreadableFileKeepsTheLoadedEntry();
+    void loadingReplacesTheLoadedEntry();
+    void unreadableLineRejectsTheWholeFile_data();
+    void unreadableLineRejectsTheWholeFile();
+    void lineIsSplitIntoKeyValueAndComment_data();
+    void lineIsSplitIntoKeyValueAndComment();
     void commentBeforeTheEqualsSignBelongsToKeyAndComment();
-    void badKeyLineFails_data();
-    void badKeyLineFails();
-    void sectionIsTakenFromItsLine_data();
-    void sectionIsTakenFromItsLine();
+    void invalidKeyLineFails_data();
+    void invalidKeyLineFails();
+    void sectionNameIsParsed_data();
+    void sectionNameIsParsed();
     void laterLinesOverwrite();
     void streamIsParsedLikeAFile();
 
-    void textComesBackAfterASave_data();
-    void textComesBackAfterASave();
+    void savingWritesTheLoadedText_data();
+    void savingWritesTheLoadedText();
     void manyCommentLinesKeepTheirOrder();
-    void keyThatIsNamedLikeACommentedSectionIsLeftOut();
-    void keyThatIsNamedLikeACommentedKeyIsKept();
-    void savingNothingLeavesTheFile_data();
-    void savingNothingLeavesTheFile();
+    void keyNamedLikeACommentedSectionIsNotSaved();
+    void keyNamedLikeACommentedKeyIsSaved();
+    void savingAnEmptyEntryKeepsTheFile_data();
+    void savingAnEmptyEntryKeepsTheFile();
     void savingIsLogged();
-    void savingThatFailsIsNotSeen();
-    void savingKeepsTheFileItself();
+    void failedSaveIsNotReported();
+    void savingRewritesTheFileInPlace();
     void allFilesAreSaved();
     void copyIsDeep();
-    void spellingsOfAPathAreDifferentFiles();
+    void spellingsOfAPathAreDifferentEntries();
 
     void emptyLookupsAreLogged();
     void textIsRead_data();
@@ -120,22 +120,22 @@ private slots:
     void integerIsRead();
     void booleanIsRead_data();
     void booleanIsRead();
-    void missingKeyGivesTheFailureValues_data();
-    void missingKeyGivesTheFailureValues();
-    void refusedFileGivesTheFailureValuesAndIsLeft_data();
-    void refusedFileGivesTheFailureValuesAndIsLeft();
+    void missingKeyReturnsTheFailureValues_data();
+    void missingKeyReturnsTheFailureValues();
+    void unreadableFileReturnsTheFailureValuesAndIsKept_data();
+    void unreadableFileReturnsTheFailureValuesAndIsKept();
 
     void valueIsStored_data();
     void valueIsStored();
     void emptyValueChangesNothing();
     void emptySectionOrKeyChangesNothing();
-    void setterDoesNotMakeTheFile();
-    void setterKeepsTheRest();
-    void everyAccessReadsTheFileAnew();
-    void numbersAndTruthsAreReadTwice();
+    void setterDoesNotCreateTheFile();
+    void setterKeepsOtherValues();
+    void everyAccessReadsTheFileAgain();
+    void numbersAndBooleansReadTheFileTwice();
 
-    void everyTextIsReadAndSavedByTheRules_data();
-    void everyTextIsReadAndSavedByTheRules();
+    void randomTextsAreReadAndSavedAsInTheModel_data();
+    void randomTextsAreReadAndSavedAsInTheModel();
 
 private:
     std::string Path() const { return Local(path); }
@@ -166,12 +166,12 @@ void TestIniParser::cleanup()
     directory.reset();
 }
 
-void TestIniParser::instanceIsOne()
+void TestIniParser::instanceIsTheSameEachTime()
 {
     QCOMPARE(&IniParser::GetInstance(), &IniParser::GetInstance());
 }
 
-void TestIniParser::sizeIsBounded_data()
+void TestIniParser::sizeIsLimited_data()
 {
     QTest::addColumn<int>("size");
     QTest::addColumn<bool>("loads");
@@ -180,7 +180,7 @@ void TestIniParser::sizeIsBounded_data()
     QTest::newRow("one byte more") << LIMIT + 1 << false;
 }
 
-void TestIniParser::sizeIsBounded()
+void TestIniParser::sizeIsLimited()
 {
     QFETCH(int, size);
     QFETCH(bool, loads);
@@ -198,7 +198,7 @@ void TestIniParser::missingFileCountsAsOversize()
     QCOMPARE(lines->Take(), QStringList(OVERSIZE));
 }
 
-void TestIniParser::emptyPathIsRefused()
+void TestIniParser::emptyPathIsRejected()
 {
     QCOMPARE(parser->LoadIniFile(""), -1);
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS file path is empty!")));
@@ -213,7 +213,7 @@ void TestIniParser::fileThatCannotBeOpenedIsNotFound()
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS file not found!")));
 }
 
-void TestIniParser::refusedFileKeepsWhatWasLoaded()
+void TestIniParser::unreadableFileKeepsTheLoadedEntry()
 {
     WriteAll(path, "a=b\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
@@ -225,7 +225,7 @@ void TestIniParser::refusedFileKeepsWhatWasLoaded()
     QCOMPARE(ReadAll(path), QByteArray("[default]\na=b\n"));
 }
 
-void TestIniParser::loadingReplacesWhatWasLoaded()
+void TestIniParser::loadingReplacesTheLoadedEntry()
 {
     WriteAll(path, ";one\n[s];two\na=b;three\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
@@ -235,7 +235,7 @@ void TestIniParser::loadingReplacesWhatWasLoaded()
     QCOMPARE(ReadAll(path), QByteArray("[s]\nc=d\n"));
 }
 
-void TestIniParser::unreadableTextIsRefusedWhole_data()
+void TestIniParser::unreadableLineRejectsTheWholeFile_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("blank line alone") << QByteArray("\n");
@@ -248,7 +248,7 @@ void TestIniParser::unreadableTextIsRefusedWhole_data()
     QTest::newRow("bracket alone") << QByteArray("[\na=b\n");
 }
 
-void TestIniParser::unreadableTextIsRefusedWhole()
+void TestIniParser::unreadableLineRejectsTheWholeFile()
 {
     QFETCH(QByteArray, text);
     WriteAll(path, text);
@@ -259,7 +259,7 @@ void TestIniParser::unreadableTextIsRefusedWhole()
     QCOMPARE(ReadAll(path), text);
 }
 
-void TestIniParser::lineIsTakenApart_data()
+void TestIniParser::lineIsSplitIntoKeyValueAndComment_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QByteArray>("key");
@@ -293,7 +293,7 @@ void TestIniParser::lineIsTakenApart_data()
                                 << QByteArray("b\0y", 3) << QByteArray(";c\0z", 4);
 }
 
-void TestIniParser::lineIsTakenApart()
+void TestIniParser::lineIsSplitIntoKeyValueAndComment()
 {
     QFETCH(QByteArray, line);
     QFETCH(QByteArray, key);
@@ -328,7 +328,7 @@ void TestIniParser::commentBeforeTheEqualsSignBelongsToKeyAndComment()
     QCOMPARE(file->inlineComments["s/a;b"], std::string(";b=c"));
 }
 
-void TestIniParser::badKeyLineFails_data()
+void TestIniParser::invalidKeyLineFails_data()
 {
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QByteArray>("line");
@@ -337,7 +337,7 @@ void TestIniParser::badKeyLineFails_data()
     QTest::newRow("empty line") << QByteArray("s") << QByteArray();
 }
 
-void TestIniParser::badKeyLineFails()
+void TestIniParser::invalidKeyLineFails()
 {
     QFETCH(QByteArray, section);
     QFETCH(QByteArray, line);
@@ -348,7 +348,7 @@ void TestIniParser::badKeyLineFails()
     QCOMPARE(file.inlineComments.size(), std::size_t(line.contains(';') ? 1 : 0));
 }
 
-void TestIniParser::sectionIsTakenFromItsLine_data()
+void TestIniParser::sectionNameIsParsed_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QByteArray>("section");
@@ -372,7 +372,7 @@ void TestIniParser::sectionIsTakenFromItsLine_data()
     add("[default]", "default", "[default]");
 }
 
-void TestIniParser::sectionIsTakenFromItsLine()
+void TestIniParser::sectionNameIsParsed()
 {
     QFETCH(QByteArray, line);
     QFETCH(QByteArray, section);
@@ -409,7 +409,7 @@ void TestIniParser::streamIsParsedLikeAFile()
     QCOMPARE(parser->ParseFile(unreadable, file), -1);
 }
 
-void TestIniParser::textComesBackAfterASave_data()
+void TestIniParser::savingWritesTheLoadedText_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
@@ -432,7 +432,7 @@ void TestIniParser::textComesBackAfterASave_data()
     add("carriage returns", "[s]\r\na=b\r\n", "[s]\na=b\r\n");
 }
 
-void TestIniParser::textComesBackAfterASave()
+void TestIniParser::savingWritesTheLoadedText()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
@@ -456,7 +456,7 @@ void TestIniParser::manyCommentLinesKeepTheirOrder()
     QCOMPARE(ReadAll(path), text);
 }
 
-void TestIniParser::keyThatIsNamedLikeACommentedSectionIsLeftOut()
+void TestIniParser::keyNamedLikeACommentedSectionIsNotSaved()
 {
     WriteAll(path, "[s]\na=b\n;one\n[s/a]\n[s]\nc=d\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
@@ -464,7 +464,7 @@ void TestIniParser::keyThatIsNamedLikeACommentedSectionIsLeftOut()
     QCOMPARE(ReadAll(path), QByteArray("[s]\nc=d\n"));
 }
 
-void TestIniParser::keyThatIsNamedLikeACommentedKeyIsKept()
+void TestIniParser::keyNamedLikeACommentedKeyIsSaved()
 {
     // But for a 0, as the name of a comment line has it.
     WriteAll(path, "[s]\nk=1\nk0=2;c\n");
@@ -474,14 +474,14 @@ void TestIniParser::keyThatIsNamedLikeACommentedKeyIsKept()
     QVERIFY2(text == "[s]\nk=1\nk0=2;c\n" || text == "[s]\nk0=2;c\nk=1\n", text.constData());
 }
 
-void TestIniParser::savingNothingLeavesTheFile_data()
+void TestIniParser::savingAnEmptyEntryKeepsTheFile_data()
 {
     QTest::addColumn<bool>("isLoaded");
     QTest::newRow("loaded") << true;
     QTest::newRow("never loaded") << false;
 }
 
-void TestIniParser::savingNothingLeavesTheFile()
+void TestIniParser::savingAnEmptyEntryKeepsTheFile()
 {
     QFETCH(bool, isLoaded);
     WriteAll(path, ";one\n[s]\n");
@@ -504,7 +504,7 @@ void TestIniParser::savingIsLogged()
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("INFO UTILS ready to save %1.").arg(path)));
 }
 
-void TestIniParser::savingThatFailsIsNotSeen()
+void TestIniParser::failedSaveIsNotReported()
 {
     WriteAll(path, "a=b;c\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
@@ -514,7 +514,7 @@ void TestIniParser::savingThatFailsIsNotSeen()
     QCOMPARE(ReadAll(path), QByteArray("a=b;c\n"));
 }
 
-void TestIniParser::savingKeepsTheFileItself()
+void TestIniParser::savingRewritesTheFileInPlace()
 {
     WriteAll(path, "a=b\n" + QByteArray(1000, 'x'));
     SetMode(path, 0640);
@@ -551,7 +551,7 @@ void TestIniParser::copyIsDeep()
     QVERIFY(parser->GetConfig("") == nullptr);
 }
 
-void TestIniParser::spellingsOfAPathAreDifferentFiles()
+void TestIniParser::spellingsOfAPathAreDifferentEntries()
 {
     const QString other = directory->path() + QStringLiteral("//test.conf");
     WriteAll(path, "a=b\n");
@@ -659,7 +659,7 @@ void TestIniParser::booleanIsRead()
     QTEST(parser->GetKeyValueBool(Path(), "s", "a"), "flag");
 }
 
-void TestIniParser::missingKeyGivesTheFailureValues_data()
+void TestIniParser::missingKeyReturnsTheFailureValues_data()
 {
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QByteArray>("key");
@@ -669,7 +669,7 @@ void TestIniParser::missingKeyGivesTheFailureValues_data()
     QTest::newRow("empty key") << QByteArray("s") << QByteArray();
 }
 
-void TestIniParser::missingKeyGivesTheFailureValues()
+void TestIniParser::missingKeyReturnsTheFailureValues()
 {
     QFETCH(QByteArray, section);
     QFETCH(QByteArray, key);
@@ -680,7 +680,7 @@ void TestIniParser::missingKeyGivesTheFailureValues()
     QCOMPARE(ReadAll(path), QByteArray("[s]\na=1\n"));
 }
 
-void TestIniParser::refusedFileGivesTheFailureValuesAndIsLeft_data()
+void TestIniParser::unreadableFileReturnsTheFailureValuesAndIsKept_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("blank line") << QByteArray("[s]\na=true\n\n");
@@ -688,7 +688,7 @@ void TestIniParser::refusedFileGivesTheFailureValuesAndIsLeft_data()
     QTest::newRow("oversize") << QByteArray("[s]\na=5\nb=").leftJustified(LIMIT + 1, 'x');
 }
 
-void TestIniParser::refusedFileGivesTheFailureValuesAndIsLeft()
+void TestIniParser::unreadableFileReturnsTheFailureValuesAndIsKept()
 {
     QFETCH(QByteArray, text);
     // What was read from the file when it was good does not stand in for it.
@@ -761,7 +761,7 @@ void TestIniParser::emptySectionOrKeyChangesNothing()
     QCOMPARE(ReadAll(path), before);
 }
 
-void TestIniParser::setterDoesNotMakeTheFile()
+void TestIniParser::setterDoesNotCreateTheFile()
 {
     parser->SetKeyValue(Path(), "s", "a", "b");
     parser->SetKeyValue(Path(), "s", "a", 5);
@@ -769,7 +769,7 @@ void TestIniParser::setterDoesNotMakeTheFile()
     QCOMPARE(lines->Take(), QStringList({OVERSIZE, OVERSIZE}));
 }
 
-void TestIniParser::setterKeepsTheRest()
+void TestIniParser::setterKeepsOtherValues()
 {
     WriteAll(path, "x=y;one\n;two\n[s];three\na=b;four\nc=d\n[t]\na=e\n");
     parser->SetKeyValue(Path(), "s", "a", "new");
@@ -780,7 +780,7 @@ void TestIniParser::setterKeepsTheRest()
              IniModel::Split("[default]\nx=y;one\n;two\n[s];three\na=new;four\nc=d\n[t]\na=e\n[u]\nf=1\n"));
 }
 
-void TestIniParser::everyAccessReadsTheFileAnew()
+void TestIniParser::everyAccessReadsTheFileAgain()
 {
     WriteAll(path, "[s]\na=1\n");
     QCOMPARE(parser->GetKeyValueInt(Path(), "s", "a"), 1);
@@ -794,7 +794,7 @@ void TestIniParser::everyAccessReadsTheFileAnew()
     QCOMPARE(parser->GetKeyValueInt(Path(), "s", "a"), -1);
 }
 
-void TestIniParser::numbersAndTruthsAreReadTwice()
+void TestIniParser::numbersAndBooleansReadTheFileTwice()
 {
     WriteAll(path, "[s]\na=1\n");
     const Opens opens(path);
@@ -808,7 +808,7 @@ void TestIniParser::numbersAndTruthsAreReadTwice()
     QCOMPARE(opens.Take(), 2);
 }
 
-void TestIniParser::everyTextIsReadAndSavedByTheRules_data()
+void TestIniParser::randomTextsAreReadAndSavedAsInTheModel_data()
 {
     QTest::addColumn<unsigned int>("seed");
     for (unsigned int seed = 0; seed < 20; ++seed) {
@@ -816,7 +816,7 @@ void TestIniParser::everyTextIsReadAndSavedByTheRules_data()
     }
 }
 
-void TestIniParser::everyTextIsReadAndSavedByTheRules()
+void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
 {
     constexpr int TEXTS = 30;
     QFETCH(unsigned int, seed);

@@ -62,13 +62,13 @@ class TestSingleton : public QObject
 private slots:
     void init();
 
-    void objectIsMadeOnceAtTheFirstUse();
+    void objectIsCreatedOnceAtTheFirstUse();
     void destroyingTwiceIsHarmless();
-    void newObjectComesAfterTheEnd();
-    void shortMemoryGivesNullAndIsTriedAgain();
-    void otherExceptionsPassThrough();
-    void localObjectIsMadeOnceByManyThreads();
-    void lastMadeIsFirstDestroyed();
+    void newObjectIsCreatedAfterDestroy();
+    void failedAllocationReturnsNullAndIsTriedAgain();
+    void otherExceptionsArePropagated();
+    void localObjectIsCreatedOnceByManyThreads();
+    void objectsAreDestroyedInReverseOrder();
 };
 
 void TestSingleton::init()
@@ -77,7 +77,7 @@ void TestSingleton::init()
     made = 0;
 }
 
-void TestSingleton::objectIsMadeOnceAtTheFirstUse()
+void TestSingleton::objectIsCreatedOnceAtTheFirstUse()
 {
     QCOMPARE(alive, 0);
     Counted* const one = Singleton<Counted>::GetInstance();
@@ -97,7 +97,7 @@ void TestSingleton::destroyingTwiceIsHarmless()
     QCOMPARE(made, 1);
 }
 
-void TestSingleton::newObjectComesAfterTheEnd()
+void TestSingleton::newObjectIsCreatedAfterDestroy()
 {
     Singleton<Counted>::GetInstance();
     Singleton<Counted>::Destroy();
@@ -106,7 +106,7 @@ void TestSingleton::newObjectComesAfterTheEnd()
     QCOMPARE(alive, 1);
 }
 
-void TestSingleton::shortMemoryGivesNullAndIsTriedAgain()
+void TestSingleton::failedAllocationReturnsNullAndIsTriedAgain()
 {
     memoryIsShort = true;
     QCOMPARE(Singleton<Hungry>::GetInstance(), nullptr);
@@ -116,13 +116,13 @@ void TestSingleton::shortMemoryGivesNullAndIsTriedAgain()
     Singleton<Unallocatable>::Destroy();
 }
 
-void TestSingleton::otherExceptionsPassThrough()
+void TestSingleton::otherExceptionsArePropagated()
 {
     QVERIFY_EXCEPTION_THROWN(Singleton<Thrower>::GetInstance(), std::runtime_error);
     Singleton<Thrower>::Destroy();
 }
 
-void TestSingleton::localObjectIsMadeOnceByManyThreads()
+void TestSingleton::localObjectIsCreatedOnceByManyThreads()
 {
     constexpr std::size_t THREADS = 8;
     std::vector<Shared*> seen(THREADS, nullptr);
@@ -137,7 +137,7 @@ void TestSingleton::localObjectIsMadeOnceByManyThreads()
     QCOMPARE(made, 1);
 }
 
-void TestSingleton::lastMadeIsFirstDestroyed()
+void TestSingleton::objectsAreDestroyedInReverseOrder()
 {
     QProcess probe;
     probe.start(QStringLiteral(SINGLETONPROBE), QStringList());

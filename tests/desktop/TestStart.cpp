@@ -30,7 +30,7 @@ private slots:
     void noOpenGlIsLoaded_data();
     void noOpenGlIsLoaded();
     void noOtherFontsAreRead();
-    void openGlOfTheUsersChoiceIsKept();
+    void openGlChoiceOfTheUserIsKept();
 
 private:
     QByteArray ProcFile(qint64 pid, const char* name) const
@@ -287,7 +287,7 @@ void TestStart::noOtherFontsAreRead()
     QCOMPARE(fonts.filter(QStringLiteral("/NotoSansCJK-")), fonts);
 }
 
-void TestStart::openGlOfTheUsersChoiceIsKept()
+void TestStart::openGlChoiceOfTheUserIsKept()
 {
     Begin({}, false);
     world->SetVariable(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("xcb_glx"));

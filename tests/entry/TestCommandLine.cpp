@@ -90,21 +90,21 @@ class TestCommandLine : public QObject
 private slots:
     void init();
 
-    void refusedIsLoggedOnceAndNeedsNoDisplay_data();
-    void refusedIsLoggedOnceAndNeedsNoDisplay();
-    void acceptedGoesOn_data();
-    void acceptedGoesOn();
-    void logLinesFollowTheStages();
-    void homeThatIsNoneEndsTheStart_data();
-    void homeThatIsNoneEndsTheStart();
-    void barredNameEndsTheStart();
-    void laterInstanceEndsWell();
-    void directoriesAreMadeBeforeTheFirstCommandRuns();
+    void wrongCommandLineIsLoggedOnceWithoutADisplay_data();
+    void wrongCommandLineIsLoggedOnceWithoutADisplay();
+    void rightCommandLineStartsTheProgram_data();
+    void rightCommandLineStartsTheProgram();
+    void logLinesHaveTheOrderOfTheStages();
+    void unusableHomeEndsTheStart_data();
+    void unusableHomeEndsTheStart();
+    void blockedSocketNameEndsTheStart();
+    void laterInstanceEndsWithZero();
+    void directoriesAreCreatedBeforeTheFirstCommandRuns();
     void blockedOrIgnoredSignalsAreRestored_data();
     void blockedOrIgnoredSignalsAreRestored();
-    void closedStandardDescriptorsAreTheNullDevice();
-    void signalEndsInOrder_data();
-    void signalEndsInOrder();
+    void closedStandardDescriptorsAreOpenedOnTheNullDevice();
+    void signalEndsTheProgramInOrder_data();
+    void signalEndsTheProgramInOrder();
 
 private:
     void Agree();
@@ -170,7 +170,7 @@ QStringList TestCommandLine::Messages() const
     return messages;
 }
 
-void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay_data()
+void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QStringList>("arguments");
@@ -197,7 +197,7 @@ void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay_data()
     }
 }
 
-void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay()
+void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay()
 {
     QFETCH(QString, name);
     QFETCH(QStringList, arguments);
@@ -216,7 +216,7 @@ void TestCommandLine::refusedIsLoggedOnceAndNeedsNoDisplay()
         QStringList(QStringLiteral("log")));
 }
 
-void TestCommandLine::acceptedGoesOn_data()
+void TestCommandLine::rightCommandLineStartsTheProgram_data()
 {
     QTest::addColumn<QString>("argument");
     for (const char* argument : {"1234", "12abc", "-5", " 7", "\t\n7", "+9", "0", "007", "12 34",
@@ -226,7 +226,7 @@ void TestCommandLine::acceptedGoesOn_data()
     }
 }
 
-void TestCommandLine::acceptedGoesOn()
+void TestCommandLine::rightCommandLineStartsTheProgram()
 {
     QFETCH(QString, argument);
     Agree();
@@ -237,7 +237,7 @@ void TestCommandLine::acceptedGoesOn()
     QCOMPARE(Messages().filter(QStringLiteral("error!")), QStringList());
 }
 
-void TestCommandLine::logLinesFollowTheStages()
+void TestCommandLine::logLinesHaveTheOrderOfTheStages()
 {
     Agree();
     Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
@@ -259,7 +259,7 @@ void TestCommandLine::logLinesFollowTheStages()
     QCOMPARE(messages.filter(QStringLiteral("velodeskd start pid")), QStringList());
 }
 
-void TestCommandLine::homeThatIsNoneEndsTheStart_data()
+void TestCommandLine::unusableHomeEndsTheStart_data()
 {
     QTest::addColumn<QString>("home");
     QTest::newRow("unset") << QString();
@@ -267,7 +267,7 @@ void TestCommandLine::homeThatIsNoneEndsTheStart_data()
     QTest::newRow("a file") << QStringLiteral("/etc/passwd");
 }
 
-void TestCommandLine::homeThatIsNoneEndsTheStart()
+void TestCommandLine::unusableHomeEndsTheStart()
 {
     QFETCH(QString, home);
     if (home.isEmpty()) {
@@ -298,7 +298,7 @@ void TestCommandLine::homeThatIsNoneEndsTheStart()
     QVERIFY(!QFile::exists(QStringLiteral("/Velodesk")));
 }
 
-void TestCommandLine::barredNameEndsTheStart()
+void TestCommandLine::blockedSocketNameEndsTheStart()
 {
     Agree();
     const QString here = scratch->filePath(QStringLiteral("here"));
@@ -326,7 +326,7 @@ void TestCommandLine::barredNameEndsTheStart()
     QCOMPARE(lines.last().module, QStringLiteral("VELODESK"));
 }
 
-void TestCommandLine::laterInstanceEndsWell()
+void TestCommandLine::laterInstanceEndsWithZero()
 {
     Agree();
     Start first({}, NAME, {QStringLiteral("1")}, environment, Folder());
@@ -350,7 +350,7 @@ void TestCommandLine::laterInstanceEndsWell()
     first.Terminate();
 }
 
-void TestCommandLine::directoriesAreMadeBeforeTheFirstCommandRuns()
+void TestCommandLine::directoriesAreCreatedBeforeTheFirstCommandRuns()
 {
     // Stands for the first command of a start and notes what it finds.
     QFile head(Folder() + QStringLiteral("/head"));
@@ -387,7 +387,7 @@ void TestCommandLine::blockedOrIgnoredSignalsAreRestored()
     QCOMPARE(start.ExitCode(), 0);
 }
 
-void TestCommandLine::closedStandardDescriptorsAreTheNullDevice()
+void TestCommandLine::closedStandardDescriptorsAreOpenedOnTheNullDevice()
 {
     Agree();
     const QStringList closed{QStringLiteral("bash"), QStringLiteral("-c"),
@@ -401,7 +401,7 @@ void TestCommandLine::closedStandardDescriptorsAreTheNullDevice()
     start.Terminate();
 }
 
-void TestCommandLine::signalEndsInOrder_data()
+void TestCommandLine::signalEndsTheProgramInOrder_data()
 {
     QTest::addColumn<int>("signal");
     QTest::addColumn<bool>("agreed");
@@ -411,7 +411,7 @@ void TestCommandLine::signalEndsInOrder_data()
     QTest::newRow("SIGTERM during the agreement") << SIGTERM << false;
 }
 
-void TestCommandLine::signalEndsInOrder()
+void TestCommandLine::signalEndsTheProgramInOrder()
 {
     QFETCH(int, signal);
     QFETCH(bool, agreed);

@@ -111,29 +111,29 @@ private slots:
     void cleanup();
 
     void firstInstanceListens();
-    void standsUnderItsOwnName();
-    void laterInstanceOnlyKnocks();
-    void instanceThatHasGoneIsForgotten();
-    void whatBarsTheNameIsCleared_data();
-    void whatBarsTheNameIsCleared();
-    void whatBarsNothingStays_data();
-    void whatBarsNothingStays();
-    void linkToADirectoryLosesTheContentAndBars();
-    void undeletableDirectoryBars();
+    void defaultSocketNameIsVelodeskServer();
+    void laterInstanceConnectsAndDoesNotListen();
+    void endedInstanceIsNotReportedAsRunning();
+    void blockingEntryIsRemoved_data();
+    void blockingEntryIsRemoved();
+    void harmlessEntryIsKept_data();
+    void harmlessEntryIsKept();
+    void linkToADirectoryEmptiesItAndBlocksTheStart();
+    void undeletableDirectoryBlocksTheStart();
     void staleSocketIsTakenOver();
-    void placeThatStaysTakenIsAFailure();
-    void otherFailureToListenIsNone();
-    void serverThatNeverAnswersIsNobody();
+    void socketNameThatStaysInUseIsAFailure();
+    void otherListenErrorIsNoFailure();
+    void serverThatNeverAnswersCountsAsNotRunning();
     void connectionWithoutAWindowRaisesNothing();
     void connectionRaisesTheWindow();
     void windowSetLastIsRaised();
-    void withoutADisplayNothingElseGoesWrong_data();
-    void withoutADisplayNothingElseGoesWrong();
-    void silentPeerIsAwaitedForASecond();
-    void noConnectionIsRefused();
-    void waitingConnectionIsAnswered();
+    void missingDisplayIsOnlyLogged_data();
+    void missingDisplayIsOnlyLogged();
+    void silentPeerDelaysByOneSecond();
+    void missingConnectionIsAnError();
+    void pendingConnectionIsAccepted();
     void serverEndsWithItsObject();
-    void messageNamesAnyWindow();
+    void activationMessageNamesTheGivenWindow();
 
 private:
     /// An application of this test's own name, listening.
@@ -209,7 +209,7 @@ void TestSingleApplication::firstInstanceListens()
     QVERIFY(QFileInfo::exists(SocketPath()));
 }
 
-void TestSingleApplication::standsUnderItsOwnName()
+void TestSingleApplication::defaultSocketNameIsVelodeskServer()
 {
     application.reset();
     name = QStringLiteral("VelodeskServer");
@@ -220,7 +220,7 @@ void TestSingleApplication::standsUnderItsOwnName()
     QVERIFY(socket.waitForConnected());
 }
 
-void TestSingleApplication::laterInstanceOnlyKnocks()
+void TestSingleApplication::laterInstanceConnectsAndDoesNotListen()
 {
     Start();
     QProcess& later = StartInstance();
@@ -237,7 +237,7 @@ void TestSingleApplication::laterInstanceOnlyKnocks()
     QTRY_COMPARE(log->Count(ACTIVE), 2);
 }
 
-void TestSingleApplication::instanceThatHasGoneIsForgotten()
+void TestSingleApplication::endedInstanceIsNotReportedAsRunning()
 {
     {
         const RawSocket other(SocketPath());
@@ -249,7 +249,7 @@ void TestSingleApplication::instanceThatHasGoneIsForgotten()
     QVERIFY(!application->IsRunning());
 }
 
-void TestSingleApplication::whatBarsTheNameIsCleared_data()
+void TestSingleApplication::blockingEntryIsRemoved_data()
 {
     QTest::addColumn<int>("kind");
     QTest::newRow("link to a file") << 0;
@@ -257,7 +257,7 @@ void TestSingleApplication::whatBarsTheNameIsCleared_data()
     QTest::newRow("full directory") << 2;
 }
 
-void TestSingleApplication::whatBarsTheNameIsCleared()
+void TestSingleApplication::blockingEntryIsRemoved()
 {
     QFETCH(int, kind);
     const QString target = directory->filePath(QStringLiteral("target"));
@@ -281,7 +281,7 @@ void TestSingleApplication::whatBarsTheNameIsCleared()
                   QStringList(kind == 0 ? link : QStringLiteral("filename:%1 not exist!").arg(name)));
 }
 
-void TestSingleApplication::whatBarsNothingStays_data()
+void TestSingleApplication::harmlessEntryIsKept_data()
 {
     QTest::addColumn<bool>("link");
     QTest::addColumn<QString>("line");
@@ -289,7 +289,7 @@ void TestSingleApplication::whatBarsNothingStays_data()
     QTest::newRow("dangling link") << true << QStringLiteral("filename:%1 not exist!");
 }
 
-void TestSingleApplication::whatBarsNothingStays()
+void TestSingleApplication::harmlessEntryIsKept()
 {
     QFETCH(bool, link);
     QFETCH(QString, line);
@@ -304,7 +304,7 @@ void TestSingleApplication::whatBarsNothingStays()
     COMPARE_LISTS(log->Messages(), QStringList(line.arg(name)));
 }
 
-void TestSingleApplication::linkToADirectoryLosesTheContentAndBars()
+void TestSingleApplication::linkToADirectoryEmptiesItAndBlocksTheStart()
 {
     const QDir here(directory->path());
     QVERIFY(here.mkdir(QStringLiteral("target")));
@@ -317,7 +317,7 @@ void TestSingleApplication::linkToADirectoryLosesTheContentAndBars()
     QVERIFY(!here.exists(QStringLiteral("target/file")));
 }
 
-void TestSingleApplication::undeletableDirectoryBars()
+void TestSingleApplication::undeletableDirectoryBlocksTheStart()
 {
     const QString closed = Blocker() + QStringLiteral("/closed");
     QVERIFY(QDir().mkpath(closed));
@@ -347,7 +347,7 @@ void TestSingleApplication::staleSocketIsTakenOver()
     QVERIFY(later.readAllStandardOutput().startsWith("0 1\n"));
 }
 
-void TestSingleApplication::placeThatStaysTakenIsAFailure()
+void TestSingleApplication::socketNameThatStaysInUseIsAFailure()
 {
     QVERIFY(QDir().mkdir(SocketPath()));
     const int result = application->InitLocalConnect();
@@ -359,7 +359,7 @@ void TestSingleApplication::placeThatStaysTakenIsAFailure()
     QCOMPARE(log->Messages().last(), line);
 }
 
-void TestSingleApplication::otherFailureToListenIsNone()
+void TestSingleApplication::otherListenErrorIsNoFailure()
 {
     const QByteArray closed = directory->filePath(QStringLiteral("closed")).toLocal8Bit();
     QCOMPARE(mkdir(closed.constData(), 0500), 0);
@@ -372,7 +372,7 @@ void TestSingleApplication::otherFailureToListenIsNone()
     QVERIFY(!socket.waitForConnected());
 }
 
-void TestSingleApplication::serverThatNeverAnswersIsNobody()
+void TestSingleApplication::serverThatNeverAnswersCountsAsNotRunning()
 {
     const RawSocket deaf(SocketPath());
     QVERIFY(deaf.Listen(0));
@@ -439,7 +439,7 @@ void TestSingleApplication::windowSetLastIsRaised()
     QCOMPARE(messages.at(1).window, static_cast<unsigned long>(agreement.winId()));
 }
 
-void TestSingleApplication::withoutADisplayNothingElseGoesWrong_data()
+void TestSingleApplication::missingDisplayIsOnlyLogged_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("line");
@@ -447,7 +447,7 @@ void TestSingleApplication::withoutADisplayNothingElseGoesWrong_data()
     QTest::newRow("dead") << QByteArray("nowhere:77") << QStringLiteral("Get window display failed.");
 }
 
-void TestSingleApplication::withoutADisplayNothingElseGoesWrong()
+void TestSingleApplication::missingDisplayIsOnlyLogged()
 {
     QFETCH(QByteArray, value);
     QFETCH(QString, line);
@@ -473,7 +473,7 @@ void TestSingleApplication::withoutADisplayNothingElseGoesWrong()
     QCOMPARE(root.Take().size(), 0);
 }
 
-void TestSingleApplication::silentPeerIsAwaitedForASecond()
+void TestSingleApplication::silentPeerDelaysByOneSecond()
 {
     Start();
     QElapsedTimer timer;
@@ -493,7 +493,7 @@ void TestSingleApplication::silentPeerIsAwaitedForASecond()
     QVERIFY2(timer.elapsed() < 900, qPrintable(QString::number(timer.elapsed())));
 }
 
-void TestSingleApplication::noConnectionIsRefused()
+void TestSingleApplication::missingConnectionIsAnError()
 {
     Start();
     int result = 0;
@@ -503,7 +503,7 @@ void TestSingleApplication::noConnectionIsRefused()
     QVERIFY(log->Contains(ERROR, UTILS, QStringLiteral("No connection.")));
 }
 
-void TestSingleApplication::waitingConnectionIsAnswered()
+void TestSingleApplication::pendingConnectionIsAccepted()
 {
     Start();
     QObject* server = nullptr;
@@ -536,7 +536,7 @@ void TestSingleApplication::serverEndsWithItsObject()
     QVERIFY(!QFileInfo::exists(SocketPath()));
 }
 
-void TestSingleApplication::messageNamesAnyWindow()
+void TestSingleApplication::activationMessageNamesTheGivenWindow()
 {
     RootListener root;
     const auto open = [] {

@@ -9,17 +9,17 @@ class TestStartEnvironment : public QObject
     Q_OBJECT
 
 private slots:
-    void platformIsXWhereThereIsADisplay_data();
-    void platformIsXWhereThereIsADisplay();
+    void platformIsXIfThereIsADisplay_data();
+    void platformIsXIfThereIsADisplay();
     void dotsPerInchFollowTheScreensOwnFactor_data();
     void dotsPerInchFollowTheScreensOwnFactor();
-    void givenEnvironmentComesBack();
-    void openGlOfTheUsersChoiceIsKept();
-    void desktopSettlesNothing();
-    void endGivesBackToo();
+    void environmentIsRestored();
+    void openGlChoiceOfTheUserIsKept();
+    void desktopSettingsHaveNoEffect();
+    void destructorRestoresTheEnvironment();
 };
 
-void TestStartEnvironment::platformIsXWhereThereIsADisplay_data()
+void TestStartEnvironment::platformIsXIfThereIsADisplay_data()
 {
     QTest::addColumn<QByteArray>("display");
     QTest::addColumn<QByteArray>("platform");
@@ -32,7 +32,7 @@ void TestStartEnvironment::platformIsXWhereThereIsADisplay_data()
     QTest::newRow("empty display") << QByteArray("") << QByteArray() << QByteArray();
 }
 
-void TestStartEnvironment::platformIsXWhereThereIsADisplay()
+void TestStartEnvironment::platformIsXIfThereIsADisplay()
 {
     QFETCH(QByteArray, display);
     QFETCH(QByteArray, platform);
@@ -69,7 +69,7 @@ void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor()
     QCOMPARE(qgetenv("QT_FONT_DPI"), dpi);
 }
 
-void TestStartEnvironment::givenEnvironmentComesBack()
+void TestStartEnvironment::environmentIsRestored()
 {
     const Variable display("DISPLAY", ":1");
     const Variable platform("QT_QPA_PLATFORM", "");
@@ -91,14 +91,14 @@ void TestStartEnvironment::givenEnvironmentComesBack()
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("100"));
 }
 
-void TestStartEnvironment::openGlOfTheUsersChoiceIsKept()
+void TestStartEnvironment::openGlChoiceOfTheUserIsKept()
 {
     const Variable openGl("QT_XCB_GL_INTEGRATION", "xcb_egl");
     const StartEnvironment environment;
     QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("xcb_egl"));
 }
 
-void TestStartEnvironment::desktopSettlesNothing()
+void TestStartEnvironment::desktopSettingsHaveNoEffect()
 {
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi, false);
     QApplication::setDesktopSettingsAware(true);
@@ -107,7 +107,7 @@ void TestStartEnvironment::desktopSettlesNothing()
     QVERIFY(!QApplication::desktopSettingsAware());
 }
 
-void TestStartEnvironment::endGivesBackToo()
+void TestStartEnvironment::destructorRestoresTheEnvironment()
 {
     const Variable dpi("QT_FONT_DPI", QByteArray());
     {

@@ -105,27 +105,27 @@ private slots:
     void init();
     void cleanup();
 
-    void beginsIdleWhateverTheEngineDoes();
-    void statesLookAsTold_data();
-    void statesLookAsTold();
-    void sameStateTwiceIsTheSameAsOnce_data();
-    void sameStateTwiceIsTheSameAsOnce();
-    void signalsDecideTheDisplay_data();
-    void signalsDecideTheDisplay();
+    void newPageIsIdleInAnyStateOfTheEngine();
+    void statesHaveTheirAppearance_data();
+    void statesHaveTheirAppearance();
+    void settingAStateTwiceChangesNothing_data();
+    void settingAStateTwiceChangesNothing();
+    void signalsDecideTheShownState_data();
+    void signalsDecideTheShownState();
     void signalsOfAnotherThreadArriveQueued();
     void clickStartsTheEngine();
     void clickWhileCastingStopsTheEngine();
     void clickRepeatsItsRequest();
-    void changeIsDrawnAtOnce();
-    void anyOtherTextStarts_data();
-    void anyOtherTextStarts();
+    void changeIsPaintedImmediately();
+    void clickOnAnyOtherTextStartsTheEngine_data();
+    void clickOnAnyOtherTextStartsTheEngine();
     void castEndedByTheEngineIsStartedAgain();
-    void crashReturnsToIdleInSilence();
+    void crashReturnsToIdleWithoutAMessage();
     void engineThatCannotRunOnlyLogs_data();
     void engineThatCannotRunOnlyLogs();
     void unusableEngineIsReported_data();
     void unusableEngineIsReported();
-    void otherMessageBoxKeepsTheWarningAway();
+    void otherMessageBoxSuppressesTheWarning();
     void signalsArriveWhileTheWarningIsOpen();
 
 private:
@@ -189,7 +189,7 @@ void TestCastControl::CompareDisplay(bool casting)
     QVERIFY(Button().isEnabled());
 }
 
-void TestCastControl::beginsIdleWhateverTheEngineDoes()
+void TestCastControl::newPageIsIdleInAnyStateOfTheEngine()
 {
     CompareDisplay(false);
     InstallEngine(FOREVER);
@@ -202,14 +202,14 @@ void TestCastControl::beginsIdleWhateverTheEngineDoes()
     CompareDisplay(false);
 }
 
-void TestCastControl::statesLookAsTold_data()
+void TestCastControl::statesHaveTheirAppearance_data()
 {
     QTest::addColumn<bool>("casting");
     QTest::newRow("casting") << true;
     QTest::newRow("idle") << false;
 }
 
-void TestCastControl::statesLookAsTold()
+void TestCastControl::statesHaveTheirAppearance()
 {
     QFETCH(bool, casting);
     page->SetPreScreenStatus(!casting);
@@ -222,12 +222,12 @@ void TestCastControl::statesLookAsTold()
     QCOMPARE(QColor(picture.pixel(56, 1)), blue);
 }
 
-void TestCastControl::sameStateTwiceIsTheSameAsOnce_data()
+void TestCastControl::settingAStateTwiceChangesNothing_data()
 {
-    statesLookAsTold_data();
+    statesHaveTheirAppearance_data();
 }
 
-void TestCastControl::sameStateTwiceIsTheSameAsOnce()
+void TestCastControl::settingAStateTwiceChangesNothing()
 {
     QFETCH(bool, casting);
     page->SetPreScreenStatus(casting);
@@ -235,7 +235,7 @@ void TestCastControl::sameStateTwiceIsTheSameAsOnce()
     CompareDisplay(casting);
 }
 
-void TestCastControl::signalsDecideTheDisplay_data()
+void TestCastControl::signalsDecideTheShownState_data()
 {
     QTest::addColumn<Event>("event");
     QTest::addColumn<int>("display");
@@ -272,7 +272,7 @@ void TestCastControl::signalsDecideTheDisplay_data()
     }
 }
 
-void TestCastControl::signalsDecideTheDisplay()
+void TestCastControl::signalsDecideTheShownState()
 {
     QFETCH(Event, event);
     QFETCH(int, display);
@@ -360,7 +360,7 @@ void TestCastControl::clickRepeatsItsRequest()
     CompareDisplay(true);
 }
 
-void TestCastControl::changeIsDrawnAtOnce()
+void TestCastControl::changeIsPaintedImmediately()
 {
     // Place by place, or Qt would draw all that lies between them.
     class Order : public QObject
@@ -387,7 +387,7 @@ void TestCastControl::changeIsDrawnAtOnce()
     QCOMPARE(order.painted, places);
 }
 
-void TestCastControl::anyOtherTextStarts_data()
+void TestCastControl::clickOnAnyOtherTextStartsTheEngine_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("nothing") << QString();
@@ -395,7 +395,7 @@ void TestCastControl::anyOtherTextStarts_data()
     QTest::newRow("something else") << QStringLiteral("stop");
 }
 
-void TestCastControl::anyOtherTextStarts()
+void TestCastControl::clickOnAnyOtherTextStartsTheEngine()
 {
     QFETCH(QString, text);
     InstallEngine(FOREVER);
@@ -422,7 +422,7 @@ void TestCastControl::castEndedByTheEngineIsStartedAgain()
                                                 QStringLiteral("delete 0 invalid process")}));
 }
 
-void TestCastControl::crashReturnsToIdleInSilence()
+void TestCastControl::crashReturnsToIdleWithoutAMessage()
 {
     InstallEngine("kill -SEGV $$");
     QSignalSpy error(&Manager(), &AppManager::AppError);
@@ -500,7 +500,7 @@ void TestCastControl::unusableEngineIsReported()
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
 
-void TestCastControl::otherMessageBoxKeepsTheWarningAway()
+void TestCastControl::otherMessageBoxSuppressesTheWarning()
 {
     {
         DialogScript nobody({});

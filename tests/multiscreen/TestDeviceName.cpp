@@ -59,40 +59,40 @@ private slots:
     void init();
     void cleanup();
 
-    void storedNameIsTakenOver_data();
-    void storedNameIsTakenOver();
-    void missingNameIsStoredAtOnce();
+    void storedNameIsShown_data();
+    void storedNameIsShown();
+    void missingNameIsStoredAtTheStart();
     void everyStartStoresTheName();
     void unreadableSettingsLeaveTheDefaultOnThePage();
-    void otherSettingsStay();
-    void newNameIsThereAtTheNextStart();
+    void otherSettingsAreKept();
+    void newNameIsShownAtTheNextStart();
     void pencilOpensTheField();
-    void charactersAreRefusedAsTheyAreTyped_data();
-    void charactersAreRefusedAsTheyAreTyped();
-    void committedTextIsRefusedAsAWhole_data();
-    void committedTextIsRefusedAsAWhole();
-    void longNameIsCutAtOnce_data();
-    void longNameIsCutAtOnce();
-    void cutTakesTheEndWhereverOneTypes();
+    void invalidCharactersAreRejectedWhileTyping_data();
+    void invalidCharactersAreRejectedWhileTyping();
+    void invalidCommittedTextIsRejectedAsAWhole_data();
+    void invalidCommittedTextIsRejectedAsAWhole();
+    void longNameIsCutImmediately_data();
+    void longNameIsCutImmediately();
+    void cutRemovesTheEndWhereverTheCursorIs();
     void pastedTextIsCut();
-    void fieldTakesTheWidthOfWhatWasTyped();
-    void emptiedFieldShowsTheNameBefore();
+    void fieldHasTheWidthOfTheTypedText();
+    void emptiedFieldShowsThePreviousName();
     void rowIsCentred_data();
     void rowIsCentred();
     void pencilStopsAt320();
-    void anEditEnds_data();
-    void anEditEnds();
-    void unchangedNameIsStoredAgainInSilence_data();
-    void unchangedNameIsStoredAgainInSilence();
-    void emptyNameBringsTheOneBeforeBack_data();
-    void emptyNameBringsTheOneBeforeBack();
+    void endOfAnEditStoresTheName_data();
+    void endOfAnEditStoresTheName();
+    void unchangedNameIsStoredWithoutALogLine_data();
+    void unchangedNameIsStoredWithoutALogLine();
+    void emptyNameRestoresThePreviousName_data();
+    void emptyNameRestoresThePreviousName();
     void changeWithoutAnEditIsNotLogged();
     void pressBesideAClosedFieldStoresNothing();
-    void refusedTextDoesNotReachTheFile();
-    void editingGoesOnInAnyCastState_data();
-    void editingGoesOnInAnyCastState();
+    void rejectedTextIsNotStored();
+    void editIsNotInterruptedByTheCastState_data();
+    void editIsNotInterruptedByTheCastState();
     void unwritableSettingsLeaveTheNewNameOnThePage();
-    void endOfThePageDuringAnEditDropsIt();
+    void destructionOfThePageDropsAnEdit();
 
 private:
     QLineEdit& Field() { return *Find<QLineEdit>(*page, "ComputerNameEdit"); }
@@ -161,7 +161,7 @@ void TestDeviceName::CompareClosed(const QString& name)
     QCOMPARE(QString::fromUtf8(SettingsFile::DeviceName()), name);
 }
 
-void TestDeviceName::storedNameIsTakenOver_data()
+void TestDeviceName::storedNameIsShown_data()
 {
     QTest::addColumn<QByteArray>("stored");
     QTest::addColumn<QString>("name");
@@ -188,7 +188,7 @@ void TestDeviceName::storedNameIsTakenOver_data()
     row("bad at the fifteenth", "abcdefghijklmn o", "Tandra");
 }
 
-void TestDeviceName::storedNameIsTakenOver()
+void TestDeviceName::storedNameIsShown()
 {
     QFETCH(QByteArray, stored);
     QFETCH(QString, name);
@@ -198,7 +198,7 @@ void TestDeviceName::storedNameIsTakenOver()
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
 }
 
-void TestDeviceName::missingNameIsStoredAtOnce()
+void TestDeviceName::missingNameIsStoredAtTheStart()
 {
     SettingsFile::Write(QByteArray());
     Start();
@@ -222,7 +222,7 @@ void TestDeviceName::unreadableSettingsLeaveTheDefaultOnThePage()
     QCOMPARE(SettingsFile::Content(), blankLine);
 }
 
-void TestDeviceName::otherSettingsStay()
+void TestDeviceName::otherSettingsAreKept()
 {
     SettingsFile::Write("[VelodeskServer]\nstatement=true\ntrustNum=3\n[Tandra]\nfileStorePath=/x\n");
     Start();
@@ -232,7 +232,7 @@ void TestDeviceName::otherSettingsStay()
     QCOMPARE(SettingsFile::Value("VelodeskServer", "statement"), QByteArray("true"));
 }
 
-void TestDeviceName::newNameIsThereAtTheNextStart()
+void TestDeviceName::newNameIsShownAtTheNextStart()
 {
     Rewrite(QStringLiteral("维乐"));
     Return();
@@ -253,7 +253,7 @@ void TestDeviceName::pencilOpensTheField()
     QCOMPARE(Field().validator()->parent(), &Field());
 }
 
-void TestDeviceName::charactersAreRefusedAsTheyAreTyped_data()
+void TestDeviceName::invalidCharactersAreRejectedWhileTyping_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("text");
@@ -264,7 +264,7 @@ void TestDeviceName::charactersAreRefusedAsTheyAreTyped_data()
     QTest::newRow("neighbours in the table") << QStringLiteral("`a{@A[/0:") << QStringLiteral("aA0");
 }
 
-void TestDeviceName::charactersAreRefusedAsTheyAreTyped()
+void TestDeviceName::invalidCharactersAreRejectedWhileTyping()
 {
     QFETCH(QString, typed);
     QFETCH(QString, text);
@@ -275,7 +275,7 @@ void TestDeviceName::charactersAreRefusedAsTheyAreTyped()
     CompareClosed(text);
 }
 
-void TestDeviceName::committedTextIsRefusedAsAWhole_data()
+void TestDeviceName::invalidCommittedTextIsRejectedAsAWhole_data()
 {
     QTest::addColumn<QString>("committed");
     QTest::addColumn<QString>("text");
@@ -290,7 +290,7 @@ void TestDeviceName::committedTextIsRefusedAsAWhole_data()
     QTest::newRow("emoji") << QStringLiteral("😀") << QStringLiteral("维");
 }
 
-void TestDeviceName::committedTextIsRefusedAsAWhole()
+void TestDeviceName::invalidCommittedTextIsRejectedAsAWhole()
 {
     QFETCH(QString, committed);
     QFETCH(QString, text);
@@ -299,7 +299,7 @@ void TestDeviceName::committedTextIsRefusedAsAWhole()
     QCOMPARE(Field().text(), text);
 }
 
-void TestDeviceName::longNameIsCutAtOnce_data()
+void TestDeviceName::longNameIsCutImmediately_data()
 {
     QTest::addColumn<QString>("before");
     QTest::addColumn<QString>("committed");
@@ -322,7 +322,7 @@ void TestDeviceName::longNameIsCutAtOnce_data()
     row("mixed at once", "", "a一b二c三d四e五f", "a一b二c三d");
 }
 
-void TestDeviceName::longNameIsCutAtOnce()
+void TestDeviceName::longNameIsCutImmediately()
 {
     QFETCH(QString, before);
     QFETCH(QString, committed);
@@ -335,7 +335,7 @@ void TestDeviceName::longNameIsCutAtOnce()
     CompareClosed(text);
 }
 
-void TestDeviceName::cutTakesTheEndWhereverOneTypes()
+void TestDeviceName::cutRemovesTheEndWhereverTheCursorIs()
 {
     Rewrite(QStringLiteral("abcdefghijklmno"));
     QTest::keyClick(&Field(), Qt::Key_Home);
@@ -354,7 +354,7 @@ void TestDeviceName::pastedTextIsCut()
     QCOMPARE(Field().maxLength(), 32767);
 }
 
-void TestDeviceName::fieldTakesTheWidthOfWhatWasTyped()
+void TestDeviceName::fieldHasTheWidthOfTheTypedText()
 {
     Rewrite(QString());
     QString typed;
@@ -371,7 +371,7 @@ void TestDeviceName::fieldTakesTheWidthOfWhatWasTyped()
     QCOMPARE(Field().size(), QSize(Width(typed.left(14)), 20));
 }
 
-void TestDeviceName::emptiedFieldShowsTheNameBefore()
+void TestDeviceName::emptiedFieldShowsThePreviousName()
 {
     Rewrite(QStringLiteral("a"));
     QTest::keyClick(&Field(), Qt::Key_Backspace);
@@ -462,12 +462,12 @@ void TestDeviceName::AddEnds()
     });
 }
 
-void TestDeviceName::anEditEnds_data()
+void TestDeviceName::endOfAnEditStoresTheName_data()
 {
     AddEnds();
 }
 
-void TestDeviceName::anEditEnds()
+void TestDeviceName::endOfAnEditStoresTheName()
 {
     QFETCH(std::function<void()>, end);
     Rewrite(QStringLiteral("新new"));
@@ -487,12 +487,12 @@ void TestDeviceName::anEditEnds()
              Changed(QStringLiteral("新new"), QStringLiteral("Next")));
 }
 
-void TestDeviceName::unchangedNameIsStoredAgainInSilence_data()
+void TestDeviceName::unchangedNameIsStoredWithoutALogLine_data()
 {
     AddEnds();
 }
 
-void TestDeviceName::unchangedNameIsStoredAgainInSilence()
+void TestDeviceName::unchangedNameIsStoredWithoutALogLine()
 {
     QFETCH(std::function<void()>, end);
     Open();
@@ -503,12 +503,12 @@ void TestDeviceName::unchangedNameIsStoredAgainInSilence()
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList());
 }
 
-void TestDeviceName::emptyNameBringsTheOneBeforeBack_data()
+void TestDeviceName::emptyNameRestoresThePreviousName_data()
 {
     AddEnds();
 }
 
-void TestDeviceName::emptyNameBringsTheOneBeforeBack()
+void TestDeviceName::emptyNameRestoresThePreviousName()
 {
     QFETCH(std::function<void()>, end);
     Rewrite(QString());
@@ -544,7 +544,7 @@ void TestDeviceName::pressBesideAClosedFieldStoresNothing()
     QCOMPARE(SettingsFile::DeviceName(), QByteArray("Other"));
 }
 
-void TestDeviceName::refusedTextDoesNotReachTheFile()
+void TestDeviceName::rejectedTextIsNotStored()
 {
     Rewrite(QStringLiteral("a"));
     QTest::keyClicks(&Field(), QStringLiteral("=;[]"));
@@ -553,14 +553,14 @@ void TestDeviceName::refusedTextDoesNotReachTheFile()
     CompareClosed(QStringLiteral("a"));
 }
 
-void TestDeviceName::editingGoesOnInAnyCastState_data()
+void TestDeviceName::editIsNotInterruptedByTheCastState_data()
 {
     QTest::addColumn<bool>("casting");
     QTest::newRow("casting") << true;
     QTest::newRow("idle") << false;
 }
 
-void TestDeviceName::editingGoesOnInAnyCastState()
+void TestDeviceName::editIsNotInterruptedByTheCastState()
 {
     QFETCH(bool, casting);
     page->SetPreScreenStatus(casting);
@@ -587,7 +587,7 @@ void TestDeviceName::unwritableSettingsLeaveTheNewNameOnThePage()
     QCOMPARE(Field().text(), QStringLiteral("New"));
 }
 
-void TestDeviceName::endOfThePageDuringAnEditDropsIt()
+void TestDeviceName::destructionOfThePageDropsAnEdit()
 {
     Rewrite(QStringLiteral("New"));
     log->Clear();

@@ -45,26 +45,26 @@ private slots:
     void init();
     void cleanup();
 
-    void menuIsReachedAndLeft();
+    void helpButtonShowsTheMenuAndReturnLeavesIt();
     void iconAndTextLeadToTheSamePage_data();
     void iconAndTextLeadToTheSamePage();
     void returnLeadsToTheMenu_data();
     void returnLeadsToTheMenu();
-    void viewStandsInTheFrame_data();
-    void viewStandsInTheFrame();
+    void viewIsInItsFrame_data();
+    void viewIsInItsFrame();
     void oneViewMovesBetweenTheFrames();
     void viewStaysInItsFrameAfterTheReturn();
-    void textIsLoadedAnewAtTheTop_data();
-    void textIsLoadedAnewAtTheTop();
-    void loadedTwiceItIsThereOnce();
+    void textIsLoadedAgainAtTheTop_data();
+    void textIsLoadedAgainAtTheTop();
+    void loadingTwiceShowsTheTextOnce();
     void missingDocumentLeavesTheViewEmpty();
     void hoveringTheIconColoursTheText_data();
     void hoveringTheIconColoursTheText();
-    void hoveringTheTextIsItsOwnAffair_data();
-    void hoveringTheTextIsItsOwnAffair();
-    void otherEventsLeaveTheTextAlone_data();
-    void otherEventsLeaveTheTextAlone();
-    void buttonsCanBeSetAgain();
+    void hoveringTheTextUsesItsOwnStyle_data();
+    void hoveringTheTextUsesItsOwnStyle();
+    void otherEventsDoNotChangeTheText_data();
+    void otherEventsDoNotChangeTheText();
+    void settingTheButtonsAgainResetsTheText();
 
 private:
     static void AddEntries();
@@ -118,7 +118,7 @@ void TestHelpPages::ClickOn(const QByteArray& name)
                       widget->mapTo(page.get(), widget->rect().center()));
 }
 
-void TestHelpPages::menuIsReachedAndLeft()
+void TestHelpPages::helpButtonShowsTheMenuAndReturnLeavesIt()
 {
     page->BackToMainScreen();
     QCOMPARE(Index(), 0);
@@ -164,12 +164,12 @@ void TestHelpPages::returnLeadsToTheMenu()
     QCOMPARE(Index(), MENU);
 }
 
-void TestHelpPages::viewStandsInTheFrame_data()
+void TestHelpPages::viewIsInItsFrame_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::viewStandsInTheFrame()
+void TestHelpPages::viewIsInItsFrame()
 {
     QFETCH(Entry, entry);
     Click(entry.text);
@@ -215,12 +215,12 @@ void TestHelpPages::viewStaysInItsFrameAfterTheReturn()
     QVERIFY(!view->isVisible());
 }
 
-void TestHelpPages::textIsLoadedAnewAtTheTop_data()
+void TestHelpPages::textIsLoadedAgainAtTheTop_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::textIsLoadedAnewAtTheTop()
+void TestHelpPages::textIsLoadedAgainAtTheTop()
 {
     QFETCH(Entry, entry);
     Click(entry.text);
@@ -242,7 +242,7 @@ void TestHelpPages::textIsLoadedAnewAtTheTop()
     }
 }
 
-void TestHelpPages::loadedTwiceItIsThereOnce()
+void TestHelpPages::loadingTwiceShowsTheTextOnce()
 {
     Click(GUIDE.text);
     const QString once = View(GUIDE.frame)->toPlainText();
@@ -291,12 +291,12 @@ void TestHelpPages::hoveringTheIconColoursTheText()
              QColor(0x1F, 0x1F, 0x1F));
 }
 
-void TestHelpPages::hoveringTheTextIsItsOwnAffair_data()
+void TestHelpPages::hoveringTheTextUsesItsOwnStyle_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::hoveringTheTextIsItsOwnAffair()
+void TestHelpPages::hoveringTheTextUsesItsOwnStyle()
 {
     QFETCH(Entry, entry);
     QWidget* text = Find(*page, entry.text.constData());
@@ -309,12 +309,12 @@ void TestHelpPages::hoveringTheTextIsItsOwnAffair()
     QVERIFY(text->grab().toImage() != idle);
 }
 
-void TestHelpPages::otherEventsLeaveTheTextAlone_data()
+void TestHelpPages::otherEventsDoNotChangeTheText_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::otherEventsLeaveTheTextAlone()
+void TestHelpPages::otherEventsDoNotChangeTheText()
 {
     QFETCH(Entry, entry);
     QWidget* icon = Find(*page, entry.icon.constData());
@@ -336,7 +336,7 @@ void TestHelpPages::otherEventsLeaveTheTextAlone()
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);
 }
 
-void TestHelpPages::buttonsCanBeSetAgain()
+void TestHelpPages::settingTheButtonsAgainResetsTheText()
 {
     page->SetHelpPageBtn();
     for (const Entry& entry : {GUIDE, PROBLEMS}) {

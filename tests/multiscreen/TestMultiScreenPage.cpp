@@ -90,29 +90,29 @@ private slots:
     void init();
     void cleanup();
 
-    void pageItself();
+    void pageHasItsProperties();
     void classHasItsSlotsInOrderAndNoSignals();
     void stackHasFivePages();
-    void widgetsLieWhereTheyBelong_data();
-    void widgetsLieWhereTheyBelong();
+    void widgetsHaveTheirParentAndGeometry_data();
+    void widgetsHaveTheirParentAndGeometry();
     void nameRowIsBuilt();
     void framesHaveTheirShapes_data();
     void framesHaveTheirShapes();
     void fontsAreSet_data();
     void fontsAreSet();
-    void fontStyleMakesFonts();
-    void whatLiesOnThePageKeepsTheApplicationsSize();
-    void widgetsAreStackedAsTold_data();
-    void widgetsAreStackedAsTold();
+    void fontStyleCreatesFonts();
+    void widgetsOnThePageKeepTheApplicationsFontSize();
+    void widgetsHaveTheirStackingOrder_data();
+    void widgetsHaveTheirStackingOrder();
     void clickOnAnIconReachesTheButtonOverIt();
     void labelBeforeTheNameTakesNoInput();
-    void focusIsTakenOnlyWhereItIsWanted();
-    void buttonsLeadToTheirViews_data();
-    void buttonsLeadToTheirViews();
-    void constructionSubscribesOnce();
-    void firstStartStoresTheDesktop();
+    void focusPoliciesAreSet();
+    void buttonsShowTheirViews_data();
+    void buttonsShowTheirViews();
+    void constructionConnectsOnce();
+    void firstStartStoresTheDesktopPath();
     void laterStartKeepsThePath();
-    void folderNameIsTextWhateverMarksItHolds();
+    void folderNameIsPlainText();
     void iconButtonsHaveNames_data();
     void iconButtonsHaveNames();
     void iconButtonsOfAllWindowsHaveChineseNames();
@@ -137,7 +137,7 @@ void TestMultiScreenPage::cleanup()
     log.reset();
 }
 
-void TestMultiScreenPage::pageItself()
+void TestMultiScreenPage::pageHasItsProperties()
 {
     QCOMPARE(page->size(), QSize(728, 460));
     QCOMPARE(page->windowTitle(), QStringLiteral("Form"));
@@ -184,7 +184,7 @@ void TestMultiScreenPage::stackHasFivePages()
     QCOMPARE(stack->widget(0)->font().weight(), 75);
 }
 
-void TestMultiScreenPage::widgetsLieWhereTheyBelong_data()
+void TestMultiScreenPage::widgetsHaveTheirParentAndGeometry_data()
 {
     QTest::addColumn<QByteArray>("className");
     QTest::addColumn<QString>("parent");
@@ -238,7 +238,7 @@ void TestMultiScreenPage::widgetsLieWhereTheyBelong_data()
     row("clear", button, {590, 190, 82, 24}, "全部清除", SMALL_BTN + SMALL_BTN_DISABLED);
 }
 
-void TestMultiScreenPage::widgetsLieWhereTheyBelong()
+void TestMultiScreenPage::widgetsHaveTheirParentAndGeometry()
 {
     QFETCH(QByteArray, className);
     QFETCH(QString, parent);
@@ -327,7 +327,7 @@ void TestMultiScreenPage::fontsAreSet()
     QCOMPARE(font.letterSpacingType(), QFont::AbsoluteSpacing);
 }
 
-void TestMultiScreenPage::fontStyleMakesFonts()
+void TestMultiScreenPage::fontStyleCreatesFonts()
 {
     const QFont font = page->FontStyle(QStringLiteral("Somewhere"), 21, 63, 1.5);
     QCOMPARE(font.family(), QStringLiteral("Somewhere"));
@@ -337,7 +337,7 @@ void TestMultiScreenPage::fontStyleMakesFonts()
     QCOMPARE(font.letterSpacingType(), QFont::AbsoluteSpacing);
 }
 
-void TestMultiScreenPage::whatLiesOnThePageKeepsTheApplicationsSize()
+void TestMultiScreenPage::widgetsOnThePageKeepTheApplicationsFontSize()
 {
     const QFont before = QApplication::font();
     QFont font = before;
@@ -354,7 +354,7 @@ void TestMultiScreenPage::whatLiesOnThePageKeepsTheApplicationsSize()
     QApplication::setFont(before);
 }
 
-void TestMultiScreenPage::widgetsAreStackedAsTold_data()
+void TestMultiScreenPage::widgetsHaveTheirStackingOrder_data()
 {
     QTest::addColumn<QStringList>("names");
     QTest::newRow("page1") << Names("PreScreenBtn line ScreenIntroduce ScreenTitle StatusFrame frame "
@@ -367,7 +367,7 @@ void TestMultiScreenPage::widgetsAreStackedAsTold_data()
                                     "numDevice clear");
 }
 
-void TestMultiScreenPage::widgetsAreStackedAsTold()
+void TestMultiScreenPage::widgetsHaveTheirStackingOrder()
 {
     QFETCH(QStringList, names);
     QCOMPARE(ChildNames(Find(*page, QTest::currentDataTag())), names);
@@ -394,7 +394,7 @@ void TestMultiScreenPage::labelBeforeTheNameTakesNoInput()
     QCOMPARE(label->text(), QStringLiteral("PC设备名称："));
 }
 
-void TestMultiScreenPage::focusIsTakenOnlyWhereItIsWanted()
+void TestMultiScreenPage::focusPoliciesAreSet()
 {
     const auto buttons = page->findChildren<QPushButton*>();
     QCOMPARE(buttons.size(), 12);
@@ -407,7 +407,7 @@ void TestMultiScreenPage::focusIsTakenOnlyWhereItIsWanted()
     }
 }
 
-void TestMultiScreenPage::buttonsLeadToTheirViews_data()
+void TestMultiScreenPage::buttonsShowTheirViews_data()
 {
     QTest::addColumn<int>("from");
     QTest::addColumn<int>("to");
@@ -421,7 +421,7 @@ void TestMultiScreenPage::buttonsLeadToTheirViews_data()
     QTest::newRow("setBack") << 4 << 0;
 }
 
-void TestMultiScreenPage::buttonsLeadToTheirViews()
+void TestMultiScreenPage::buttonsShowTheirViews()
 {
     QFETCH(int, from);
     QFETCH(int, to);
@@ -439,7 +439,7 @@ void TestMultiScreenPage::buttonsLeadToTheirViews()
     }
 }
 
-void TestMultiScreenPage::constructionSubscribesOnce()
+void TestMultiScreenPage::constructionConnectsOnce()
 {
     log->Clear();
     emit Singleton<AppManager>::GetInstance()->AppStarted(AppManager::TANDRA_APP);
@@ -454,7 +454,7 @@ void TestMultiScreenPage::constructionSubscribesOnce()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestMultiScreenPage::firstStartStoresTheDesktop()
+void TestMultiScreenPage::firstStartStoresTheDesktopPath()
 {
     qunsetenv("XDG_CONFIG_HOME");
     SettingsFile::Write(QByteArray());
@@ -473,7 +473,7 @@ void TestMultiScreenPage::laterStartKeepsThePath()
     QCOMPARE(Find<QLabel>(*page, "savePath")->text(), QStringLiteral("/home/zelmora/Velodesk"));
 }
 
-void TestMultiScreenPage::folderNameIsTextWhateverMarksItHolds()
+void TestMultiScreenPage::folderNameIsPlainText()
 {
     const QString path = QStringLiteral("/home/<b>folder</b>&amp<br>");
     SettingsFile::Write("[Tandra]\nfileStorePath=" + path.toUtf8() + "\n");

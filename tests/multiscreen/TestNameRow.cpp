@@ -66,11 +66,11 @@ private slots:
 
     void nameIsShownWhole_data();
     void nameIsShownWhole();
-    void nameIsShownWholeAtEachLetterTyped_data() { nameIsShownWhole_data(); }
-    void nameIsShownWholeAtEachLetterTyped();
+    void nameIsShownWholeAfterEachTypedLetter_data() { nameIsShownWhole_data(); }
+    void nameIsShownWholeAfterEachTypedLetter();
     void pencilCoversNothing_data() { nameIsShownWhole_data(); }
     void pencilCoversNothing();
-    void whatLiesOnThePageKeepsTheApplicationsFont();
+    void widgetsOnThePageKeepTheApplicationsFont();
 
 private:
     QLineEdit& Field() { return *Find<QLineEdit>(*page, "ComputerNameEdit"); }
@@ -126,7 +126,7 @@ void TestNameRow::nameIsShownWhole()
     QVERIFY(HoldsInk(OnWhite(Field()), Wanted(name)));
 }
 
-void TestNameRow::nameIsShownWholeAtEachLetterTyped()
+void TestNameRow::nameIsShownWholeAfterEachTypedLetter()
 {
     QFETCH(QString, name);
     Start(QStringLiteral("Old"));
@@ -150,7 +150,7 @@ void TestNameRow::pencilCoversNothing()
     QVERIFY(Field().x() + LastInk(Wanted(name)) <= pencil.x());
 }
 
-void TestNameRow::whatLiesOnThePageKeepsTheApplicationsFont()
+void TestNameRow::widgetsOnThePageKeepTheApplicationsFont()
 {
     Start(QStringLiteral("Old"));
     const QFont application = QApplication::font();

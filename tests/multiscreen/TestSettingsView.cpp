@@ -83,31 +83,31 @@ private slots:
 
     void countIsShown_data();
     void countIsShown();
-    void viewIsTheFifth();
-    void everyLookReadsTheFileAgain();
+    void viewIsTheFifthPage();
+    void showingTheViewReadsTheFileAgain();
     void storedPathIsShown_data();
     void storedPathIsShown();
-    void bytesThatAreNoTextStayInTheFile();
+    void pathThatIsNotUtf8IsKeptInTheFile();
     void missingPathBecomesTheDesktop_data();
     void missingPathBecomesTheDesktop();
-    void clearLooksDisabled();
-    void dialogIsAsTold();
-    void folderIsTaken_data();
-    void folderIsTaken();
+    void disabledClearButtonIsGrey();
+    void dialogHasItsProperties();
+    void chosenFolderIsStored_data();
+    void chosenFolderIsStored();
     void cancelChangesNothing_data();
     void cancelChangesNothing();
     void vanishedFolderIsRejected();
-    void folderWithoutRightsIsRejected_data();
-    void folderWithoutRightsIsRejected();
+    void folderWithoutPermissionsIsRejected_data();
+    void folderWithoutPermissionsIsRejected();
     void folderBehindALinkIsRejected_data();
     void folderBehindALinkIsRejected();
     void folderThatTheSettingsFileCannotHoldIsRejected_data();
     void folderThatTheSettingsFileCannotHoldIsRejected();
-    void rightsComeBeforeLinks();
-    void rejectionsGoOnUntilACancel();
-    void rejectionIsClosedLikeAnyBox();
-    void castSignalsArriveBehindTheDialogs();
-    void unwritableSettingsShowAPathThatIsNotStored();
+    void permissionsAreCheckedBeforeLinks();
+    void dialogIsShownAgainUntilACancel();
+    void rejectionMayBeClosedByItsCloseButton();
+    void castSignalsAreHandledWhileADialogIsOpen();
+    void unwritableSettingsShowThePathWithoutStoringIt();
     void pathHasLink_data();
     void pathHasLink();
 
@@ -184,7 +184,7 @@ void TestSettingsView::countIsShown()
     QCOMPARE(Find(*page, "clear")->isEnabled(), shown != QStringLiteral("0"));
 }
 
-void TestSettingsView::viewIsTheFifth()
+void TestSettingsView::viewIsTheFifthPage()
 {
     const auto* stack = Find<QStackedWidget>(*page, "ScreenWidget");
     page->BackToMainScreen();
@@ -195,7 +195,7 @@ void TestSettingsView::viewIsTheFifth()
     QCOMPARE(stack->currentIndex(), 0);
 }
 
-void TestSettingsView::everyLookReadsTheFileAgain()
+void TestSettingsView::showingTheViewReadsTheFileAgain()
 {
     SettingsFile::Write("[Tandra]\nfileStorePath=/first\n[VelodeskServer]\ntrustNum=2\n");
     page->ShowSetView();
@@ -229,7 +229,7 @@ void TestSettingsView::storedPathIsShown()
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("ready to save")), QStringList());
 }
 
-void TestSettingsView::bytesThatAreNoTextStayInTheFile()
+void TestSettingsView::pathThatIsNotUtf8IsKeptInTheFile()
 {
     const QByteArray path = "/home/\xd7\xc0\xc3\xe6";
     Store(path);
@@ -268,7 +268,7 @@ void TestSettingsView::missingPathBecomesTheDesktop()
     }
 }
 
-void TestSettingsView::clearLooksDisabled()
+void TestSettingsView::disabledClearButtonIsGrey()
 {
     QPalette white;
     white.setColor(QPalette::Window, Qt::white);
@@ -290,7 +290,7 @@ void TestSettingsView::clearLooksDisabled()
     QVERIFY2(pixel(border).red() < 210, qPrintable(pixel(border).name()));
 }
 
-void TestSettingsView::dialogIsAsTold()
+void TestSettingsView::dialogHasItsProperties()
 {
     const QString shown = Made(QStringLiteral("收件 箱"));
     Store(shown.toUtf8());
@@ -308,7 +308,7 @@ void TestSettingsView::dialogIsAsTold()
     QVERIFY(script.IsPlayedOut());
 }
 
-void TestSettingsView::folderIsTaken_data()
+void TestSettingsView::chosenFolderIsStored_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("plain") << QStringLiteral("phone");
@@ -317,7 +317,7 @@ void TestSettingsView::folderIsTaken_data()
     QTest::newRow("per cent sign") << QStringLiteral("100%s");
 }
 
-void TestSettingsView::folderIsTaken()
+void TestSettingsView::chosenFolderIsStored()
 {
     QFETCH(QString, name);
     const QString chosen = Made(name);
@@ -388,7 +388,7 @@ void TestSettingsView::vanishedFolderIsRejected()
     QCOMPARE(SavePath(), other);
 }
 
-void TestSettingsView::folderWithoutRightsIsRejected_data()
+void TestSettingsView::folderWithoutPermissionsIsRejected_data()
 {
     QTest::addColumn<int>("mode");
     QTest::newRow("not writable") << 0500;
@@ -397,7 +397,7 @@ void TestSettingsView::folderWithoutRightsIsRejected_data()
     QTest::newRow("nothing") << 0;
 }
 
-void TestSettingsView::folderWithoutRightsIsRejected()
+void TestSettingsView::folderWithoutPermissionsIsRejected()
 {
     QFETCH(int, mode);
     const QString chosen = Made(QStringLiteral("手机"));
@@ -499,7 +499,7 @@ void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
 
-void TestSettingsView::rightsComeBeforeLinks()
+void TestSettingsView::permissionsAreCheckedBeforeLinks()
 {
     SetMode(Made(QStringLiteral("real")), 0500);
     Link(folder->filePath(QStringLiteral("real")), QStringLiteral("link"));
@@ -515,7 +515,7 @@ void TestSettingsView::rightsComeBeforeLinks()
     COMPARE_LISTS(log->Messages().filter(QStringLiteral(" link")), QStringList());
 }
 
-void TestSettingsView::rejectionsGoOnUntilACancel()
+void TestSettingsView::dialogIsShownAgainUntilACancel()
 {
     const QString closed = Made(QStringLiteral("closed"));
     SetMode(closed, 0500);
@@ -531,7 +531,7 @@ void TestSettingsView::rejectionsGoOnUntilACancel()
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
 
-void TestSettingsView::rejectionIsClosedLikeAnyBox()
+void TestSettingsView::rejectionMayBeClosedByItsCloseButton()
 {
     const QString closed = Made(QStringLiteral("closed"));
     SetMode(closed, 0500);
@@ -542,7 +542,7 @@ void TestSettingsView::rejectionIsClosedLikeAnyBox()
     QVERIFY(script.IsPlayedOut());
 }
 
-void TestSettingsView::castSignalsArriveBehindTheDialogs()
+void TestSettingsView::castSignalsAreHandledWhileADialogIsOpen()
 {
     const QString closed = Made(QStringLiteral("closed"));
     SetMode(closed, 0500);
@@ -565,7 +565,7 @@ void TestSettingsView::castSignalsArriveBehindTheDialogs()
     QVERIFY(script.IsPlayedOut());
 }
 
-void TestSettingsView::unwritableSettingsShowAPathThatIsNotStored()
+void TestSettingsView::unwritableSettingsShowThePathWithoutStoringIt()
 {
     const QString chosen = Made(QStringLiteral("phone"));
     QVERIFY(QFile::setPermissions(SettingsFile::Path(), QFile::ReadOwner));

@@ -70,16 +70,16 @@ private slots:
     void questionIsAsked();
     void refusalChangesNothing_data();
     void refusalChangesNothing();
-    void confirmationErasesTheFilesAndTheCount();
-    void contentIsOverwrittenBeforeItGoes();
+    void confirmationErasesTheFilesAndResetsTheCount();
+    void contentIsOverwrittenBeforeTheRemoval();
     void missingFilesAreReportedInTheirOrder();
-    void failureStopsNothing_data();
-    void failureStopsNothing();
-    void otherFilesStay();
-    void missingDirectoryLeavesTheCount();
-    void everyQuestionIsAnsweredAnew();
-    void castGoesOnBehindTheQuestion();
-    void clearedButtonLooksDisabled();
+    void failureDoesNotStopTheOtherErasures_data();
+    void failureDoesNotStopTheOtherErasures();
+    void otherFilesAreKept();
+    void missingDirectoryKeepsTheCount();
+    void everyQuestionIsIndependent();
+    void castSignalsAreHandledWhileTheQuestionIsOpen();
+    void clearButtonIsGreyAfterwards();
 
 private:
     void Click() { QTest::mouseClick(Find(*page, "clear"), Qt::LeftButton); }
@@ -182,7 +182,7 @@ void TestTrustedDevices::refusalChangesNothing()
     COMPARE_LISTS(log->Messages(), QStringList(ASKED));
 }
 
-void TestTrustedDevices::confirmationErasesTheFilesAndTheCount()
+void TestTrustedDevices::confirmationErasesTheFilesAndResetsTheCount()
 {
     DialogScript script({Confirm});
     Click();
@@ -195,7 +195,7 @@ void TestTrustedDevices::confirmationErasesTheFilesAndTheCount()
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
-void TestTrustedDevices::contentIsOverwrittenBeforeItGoes()
+void TestTrustedDevices::contentIsOverwrittenBeforeTheRemoval()
 {
     for (const QString& name : NAMES) {
         QFile::remove(QDir::home().filePath(name));
@@ -234,7 +234,7 @@ void TestTrustedDevices::missingFilesAreReportedInTheirOrder()
     CompareCleared();
 }
 
-void TestTrustedDevices::failureStopsNothing_data()
+void TestTrustedDevices::failureDoesNotStopTheOtherErasures_data()
 {
     QTest::addColumn<int>("number");
     QTest::addColumn<int>("size");
@@ -244,7 +244,7 @@ void TestTrustedDevices::failureStopsNothing_data()
     }
 }
 
-void TestTrustedDevices::failureStopsNothing()
+void TestTrustedDevices::failureDoesNotStopTheOtherErasures()
 {
     QFETCH(int, number);
     QFETCH(int, size);
@@ -258,7 +258,7 @@ void TestTrustedDevices::failureStopsNothing()
     CompareCleared();
 }
 
-void TestTrustedDevices::otherFilesStay()
+void TestTrustedDevices::otherFilesAreKept()
 {
     WriteAll(Others() + QStringLiteral("other"), SECRET);
     DialogScript script({Confirm});
@@ -266,7 +266,7 @@ void TestTrustedDevices::otherFilesStay()
     QCOMPARE(Present(), QStringList(QStringLiteral("other")));
 }
 
-void TestTrustedDevices::missingDirectoryLeavesTheCount()
+void TestTrustedDevices::missingDirectoryKeepsTheCount()
 {
     QVERIFY(QDir(Others()).removeRecursively());
     DialogScript script({Confirm});
@@ -282,7 +282,7 @@ void TestTrustedDevices::missingDirectoryLeavesTheCount()
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
 
-void TestTrustedDevices::everyQuestionIsAnsweredAnew()
+void TestTrustedDevices::everyQuestionIsIndependent()
 {
     DialogScript confirmed({Confirm});
     Click();
@@ -302,7 +302,7 @@ void TestTrustedDevices::everyQuestionIsAnsweredAnew()
     COMPARE_LISTS(log->Messages(), QStringList(ASKED));
 }
 
-void TestTrustedDevices::castGoesOnBehindTheQuestion()
+void TestTrustedDevices::castSignalsAreHandledWhileTheQuestionIsOpen()
 {
     const auto text = [this] {
         return Find<QPushButton>(*page, "PreScreenBtn")->text();
@@ -318,7 +318,7 @@ void TestTrustedDevices::castGoesOnBehindTheQuestion()
     QCOMPARE(text(), QStringLiteral("结束投屏"));
 }
 
-void TestTrustedDevices::clearedButtonLooksDisabled()
+void TestTrustedDevices::clearButtonIsGreyAfterwards()
 {
     QPalette white;
     white.setColor(QPalette::Window, Qt::white);

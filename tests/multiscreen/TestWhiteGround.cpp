@@ -65,11 +65,11 @@ class TestWhiteGround : public QObject
 
 private slots:
     void initTestCase();
-    void groundIsWhiteOnAPageOfTheWindow();
-    void pageThatIsAWindowStaysAsItIs();
-    void changePaintsNothingBelow();
-    void widgetIsWhatTheStyleDraws_data();
-    void widgetIsWhatTheStyleDraws();
+    void backgroundIsWhiteOnAPageOfTheWindow();
+    void pageThatIsAWindowKeepsItsBackground();
+    void changeDoesNotRepaintTheWidgetsBelow();
+    void widgetHasTheAppearanceOfItsStyle_data();
+    void widgetHasTheAppearanceOfItsStyle();
 
 private:
     QTemporaryDir directory;
@@ -86,7 +86,7 @@ void TestWhiteGround::initTestCase()
     QVERIFY(half.save(image));
 }
 
-void TestWhiteGround::groundIsWhiteOnAPageOfTheWindow()
+void TestWhiteGround::backgroundIsWhiteOnAPageOfTheWindow()
 {
     Scene without(false);
     QCOMPARE(without.Pixel(), QColor(PAGE_COLOR));
@@ -98,14 +98,14 @@ void TestWhiteGround::groundIsWhiteOnAPageOfTheWindow()
     QVERIFY(with.Picture() == expected);
 }
 
-void TestWhiteGround::pageThatIsAWindowStaysAsItIs()
+void TestWhiteGround::pageThatIsAWindowKeepsItsBackground()
 {
     Scene scene(true, true);
     QCOMPARE(scene.Pixel(), QColor(PAGE_COLOR));
     QVERIFY(!scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
 }
 
-void TestWhiteGround::changePaintsNothingBelow()
+void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
 {
     Scene scene(true);
     QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
@@ -134,14 +134,14 @@ void TestWhiteGround::changePaintsNothingBelow()
     QCOMPARE(warnings, 0);
 }
 
-void TestWhiteGround::widgetIsWhatTheStyleDraws_data()
+void TestWhiteGround::widgetHasTheAppearanceOfItsStyle_data()
 {
     QTest::addColumn<bool>("isWindow");
     QTest::newRow("on a page of the window") << false;
     QTest::newRow("on a page that is a window") << true;
 }
 
-void TestWhiteGround::widgetIsWhatTheStyleDraws()
+void TestWhiteGround::widgetHasTheAppearanceOfItsStyle()
 {
     QFETCH(bool, isWindow);
     // A page of the window is taken for white, one that is a window for what it is.

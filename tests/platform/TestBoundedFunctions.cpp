@@ -39,13 +39,13 @@ class TestBoundedFunctions : public QObject
 private slots:
     void fillingStaysInBounds_data();
     void fillingStaysInBounds();
-    void fillingNothingFails();
+    void fillingNullFails();
     void copyingStaysInBounds_data();
     void copyingStaysInBounds();
-    void copyingFromOrToNothingFails();
+    void copyingFromOrToNullFails();
     void textThatDoesNotFitFails_data();
     void textThatDoesNotFitFails();
-    void formattingToNothingFails();
+    void formattingToNullFails();
     void badFormatFails();
     void argumentsAreFormatted();
 };
@@ -76,7 +76,7 @@ void TestBoundedFunctions::fillingStaysInBounds()
     QTEST(Bytes(buffer), "content");
 }
 
-void TestBoundedFunctions::fillingNothingFails()
+void TestBoundedFunctions::fillingNullFails()
 {
     QVERIFY(memset_s(nullptr, 8, 0, 8) != 0);
 }
@@ -107,7 +107,7 @@ void TestBoundedFunctions::copyingStaysInBounds()
     QTEST(Bytes(buffer), "content");
 }
 
-void TestBoundedFunctions::copyingFromOrToNothingFails()
+void TestBoundedFunctions::copyingFromOrToNullFails()
 {
     Buffer buffer = Fresh();
     QVERIFY(memcpy_s(nullptr, buffer.size(), "abcdefgh", 1) != 0);
@@ -154,7 +154,7 @@ void TestBoundedFunctions::textThatDoesNotFitFails()
     }
 }
 
-void TestBoundedFunctions::formattingToNothingFails()
+void TestBoundedFunctions::formattingToNullFails()
 {
     Buffer buffer = Fresh();
     const char* const noFormat = nullptr;

@@ -371,37 +371,37 @@ private slots:
 
     void callIsAddressedToTheDaemon_data();
     void callIsAddressedToTheDaemon();
-    void answerOfTheDaemonIsBelieved_data();
-    void answerOfTheDaemonIsBelieved();
-    void everyCallIsTold();
+    void answerOfTheDaemonIsAccepted_data();
+    void answerOfTheDaemonIsAccepted();
+    void everyCallIsLogged();
     void answerOfAnotherProcessIsDropped_data();
     void answerOfAnotherProcessIsDropped();
-    void nobodyIsBelievedBeforeTheDaemonIsKnown();
-    void daemonIsMadeKnown();
-    void wrongKindOfAnswerFails();
-    void wrongKindOfAnswerFromAnotherIsOnlyDropped();
-    void silenceTimesOut();
-    void busThatHangsTimesOut();
-    void busThatHangsBeforeTheSenderIsKnownIsRefused();
+    void everyAnswerIsDroppedBeforeTheDaemonsIdIsSet();
+    void answerIsAcceptedAfterTheDaemonsIdIsSet();
+    void answerOfAnotherTypeFails();
+    void answerOfAnotherTypeFromAnotherProcessIsOnlyDropped();
+    void missingAnswerTimesOut();
+    void blockedBusTimesOut();
+    void answerIsDroppedIfTheBusBlocksTheSenderQuery();
     void textOfATimeoutIsTheSameInEveryLocale_data();
     void textOfATimeoutIsTheSameInEveryLocale();
     void innerCallKeepsTheTextOfATimeout();
     void otherFailureKeepsItsText_data();
     void otherFailureKeepsItsText();
     void missingBusFails();
-    void missingDaemonFailsAtOnce();
-    void senderThatIsGoneIsRefused();
-    void senderWithoutAProcessIsRefused();
-    void lostReplyIsRefused();
+    void missingDaemonFailsImmediately();
+    void answerOfAnEndedSenderIsDropped();
+    void answerOfASenderWithoutAProcessIsDropped();
+    void lostReplyIsDropped();
     void answerWithoutItsTextIsEmpty();
-    void noughtIsSuccess();
-    void failureWithoutAReasonHasNone();
+    void zeroIsSuccess();
+    void failureWithoutAReasonHasAnEmptyReason();
     void callThatCannotBeMadeFails();
     void commandThatCannotBeSentFails();
-    void commandThatIsNoUtf8Fails();
+    void commandThatIsNotUtf8Fails();
     void connectionIsClosedEachTime_data();
     void connectionIsClosedEachTime();
-    void threadsMayCallAtOnce();
+    void threadsMayCallConcurrently();
 
 private:
     QStringList Levels() const;
@@ -482,7 +482,7 @@ void TestDaemonBus::callIsAddressedToTheDaemon()
     QCOMPARE(between.asked, uint64_t(1));
 }
 
-void TestDaemonBus::answerOfTheDaemonIsBelieved_data()
+void TestDaemonBus::answerOfTheDaemonIsAccepted_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("word") << QByteArray("done");
@@ -493,7 +493,7 @@ void TestDaemonBus::answerOfTheDaemonIsBelieved_data()
     QTest::newRow("long") << QByteArray(100000, 'x');
 }
 
-void TestDaemonBus::answerOfTheDaemonIsBelieved()
+void TestDaemonBus::answerOfTheDaemonIsAccepted()
 {
     QFETCH(QByteArray, text);
     const Server server(Text(text.toStdString()));
@@ -504,7 +504,7 @@ void TestDaemonBus::answerOfTheDaemonIsBelieved()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestDaemonBus::everyCallIsTold()
+void TestDaemonBus::everyCallIsLogged()
 {
     const EveryLine lines;
     {
@@ -552,7 +552,7 @@ void TestDaemonBus::answerOfAnotherProcessIsDropped()
     QCOMPARE(Levels(), Errors({Refusal(getpid(), daemon)}));
 }
 
-void TestDaemonBus::nobodyIsBelievedBeforeTheDaemonIsKnown()
+void TestDaemonBus::everyAnswerIsDroppedBeforeTheDaemonsIdIsSet()
 {
     g_velodeskdPid = pidAtStart;
     const Server server(Text("done"));
@@ -560,7 +560,7 @@ void TestDaemonBus::nobodyIsBelievedBeforeTheDaemonIsKnown()
     COMPARE_LISTS(log->Messages(), QStringList(Refusal(getpid(), 0)));
 }
 
-void TestDaemonBus::daemonIsMadeKnown()
+void TestDaemonBus::answerIsAcceptedAfterTheDaemonsIdIsSet()
 {
     g_velodeskdPid = 0;
     Utils::SetDbusServerPid(getpid());
@@ -569,7 +569,7 @@ void TestDaemonBus::daemonIsMadeKnown()
     QCOMPARE(Call().result, std::string("done"));
 }
 
-void TestDaemonBus::wrongKindOfAnswerFails()
+void TestDaemonBus::answerOfAnotherTypeFails()
 {
     const Server server([](sd_bus_message* call) { return sd_bus_reply_method_return(call, "i", 5); });
     const Outcome outcome = Call();
@@ -579,7 +579,7 @@ void TestDaemonBus::wrongKindOfAnswerFails()
     QCOMPARE(Levels(), Errors({QStringLiteral("sd_bus_message_read failed.")}));
 }
 
-void TestDaemonBus::wrongKindOfAnswerFromAnotherIsOnlyDropped()
+void TestDaemonBus::answerOfAnotherTypeFromAnotherProcessIsOnlyDropped()
 {
     g_velodeskdPid = 1;
     const Server server([](sd_bus_message* call) { return sd_bus_reply_method_return(call, "i", 5); });
@@ -587,7 +587,7 @@ void TestDaemonBus::wrongKindOfAnswerFromAnotherIsOnlyDropped()
     QCOMPARE(Levels(), Errors({Refusal(getpid(), 1)}));
 }
 
-void TestDaemonBus::silenceTimesOut()
+void TestDaemonBus::missingAnswerTimesOut()
 {
     const Server server(NONE);
     QElapsedTimer timer;
@@ -604,7 +604,7 @@ void TestDaemonBus::silenceTimesOut()
     QVERIFY(log->Contains(WARNING, UTILS, log->Messages().last()));
 }
 
-void TestDaemonBus::busThatHangsTimesOut()
+void TestDaemonBus::blockedBusTimesOut()
 {
     bus->Pause();
     QElapsedTimer timer;
@@ -618,7 +618,7 @@ void TestDaemonBus::busThatHangsTimesOut()
     QCOMPARE(log->Messages().value(0), QStringLiteral("Failed to call method, reason: Connection timed out"));
 }
 
-void TestDaemonBus::busThatHangsBeforeTheSenderIsKnownIsRefused()
+void TestDaemonBus::answerIsDroppedIfTheBusBlocksTheSenderQuery()
 {
     const Server server(Text("done"));
     between.beforeTheSenderIsAsked = [this] {
@@ -699,7 +699,7 @@ void TestDaemonBus::missingBusFails()
              Errors({QStringLiteral("Failed to connect to system bus: No such file or directory")}));
 }
 
-void TestDaemonBus::missingDaemonFailsAtOnce()
+void TestDaemonBus::missingDaemonFailsImmediately()
 {
     QElapsedTimer timer;
     timer.start();
@@ -712,7 +712,7 @@ void TestDaemonBus::missingDaemonFailsAtOnce()
                                QString::fromStdString(outcome.error)}));
 }
 
-void TestDaemonBus::senderThatIsGoneIsRefused()
+void TestDaemonBus::answerOfAnEndedSenderIsDropped()
 {
     Server server(Text("done"));
     between.beforeTheSenderIsAsked = [&server] {
@@ -726,7 +726,7 @@ void TestDaemonBus::senderThatIsGoneIsRefused()
                                Refusal(-6, getpid())}));
 }
 
-void TestDaemonBus::senderWithoutAProcessIsRefused()
+void TestDaemonBus::answerOfASenderWithoutAProcessIsDropped()
 {
     between.pidResult = -ENODATA;
     const Server server(Text("done"));
@@ -741,7 +741,7 @@ void TestDaemonBus::senderWithoutAProcessIsRefused()
     QCOMPARE(lines.last(), Errors({Refusal(-ENODATA, getpid())}).first());
 }
 
-void TestDaemonBus::lostReplyIsRefused()
+void TestDaemonBus::lostReplyIsDropped()
 {
     between.replyIsLost = true;
     const Server server(Text("done"));
@@ -761,7 +761,7 @@ void TestDaemonBus::answerWithoutItsTextIsEmpty()
     QCOMPARE(Levels(), QStringList());
 }
 
-void TestDaemonBus::noughtIsSuccess()
+void TestDaemonBus::zeroIsSuccess()
 {
     between.successIsNought = true;
     const Server server(Text("done"));
@@ -772,7 +772,7 @@ void TestDaemonBus::noughtIsSuccess()
     QCOMPARE(Levels(), QStringList());
 }
 
-void TestDaemonBus::failureWithoutAReasonHasNone()
+void TestDaemonBus::failureWithoutAReasonHasAnEmptyReason()
 {
     between.callResult = -EIO;
     const Outcome outcome = Call();
@@ -804,7 +804,7 @@ void TestDaemonBus::commandThatCannotBeSentFails()
     QCOMPARE(Levels(), Errors({QStringLiteral("Failed to sd_bus_message_append")}));
 }
 
-void TestDaemonBus::commandThatIsNoUtf8Fails()
+void TestDaemonBus::commandThatIsNotUtf8Fails()
 {
     // The bus carries UTF-8 and nothing else; older releases of the library find that while they send.
     const Server server(Text("done"));
@@ -833,7 +833,7 @@ void TestDaemonBus::connectionIsClosedEachTime()
     QCOMPARE(OpenFiles(), before);
 }
 
-void TestDaemonBus::threadsMayCallAtOnce()
+void TestDaemonBus::threadsMayCallConcurrently()
 {
     constexpr int THREADS = 4;
     constexpr int CALLS = 20;

@@ -58,57 +58,57 @@ private slots:
 
     void directoryExists_data();
     void directoryExists();
-    void allRightsAreNeeded_data();
-    void allRightsAreNeeded();
-    void onlyALinkIsALink_data();
-    void onlyALinkIsALink();
+    void allPermissionsAreNeeded_data();
+    void allPermissionsAreNeeded();
+    void isPathLinkIsTrueForLinksOnly_data();
+    void isPathLinkIsTrueForLinksOnly();
     void linkOfAnyLengthIsALink_data();
     void linkOfAnyLengthIsALink();
 
-    void directoryIsMadeWithItsMode_data();
-    void directoryIsMadeWithItsMode();
+    void directoryIsCreatedWithItsMode_data();
+    void directoryIsCreatedWithItsMode();
     void existingDirectoryKeepsItsMode();
-    void directoryThatCannotBeMadeFails_data();
-    void directoryThatCannotBeMadeFails();
-    void everyMissingLevelIsMade_data();
-    void everyMissingLevelIsMade();
+    void directoryThatCannotBeCreatedFails_data();
+    void directoryThatCannotBeCreatedFails();
+    void everyMissingLevelIsCreated_data();
+    void everyMissingLevelIsCreated();
     void existingLevelsKeepTheirModes();
-    void levelsAreMadeFromWhereTheProcessIs();
-    void firstLevelThatCannotBeMadeStops();
+    void relativeLevelsStartInTheCurrentDirectory();
+    void firstLevelThatCannotBeCreatedStops();
 
-    void directoryIsRemovedWithAllThatItHolds();
-    void everyRemovalIsToldBeforeItIsTried();
+    void directoryIsRemovedWithItsContent();
+    void everyRemovalIsLoggedBeforeItIsTried();
     void deepDirectoriesTakeLittleOfTheStack();
     void missingDirectoryIsNotRemoved_data();
     void missingDirectoryIsNotRemoved();
     void linksAreRemovedAndNotFollowed();
     void firstEntryThatCannotBeRemovedStops();
-    void directoryThatStaysIsAFailure();
+    void directoryThatCannotBeRemovedIsAFailure();
     void unreadableDirectoryInsideIsLoggedAtEachLevel();
-    void entryIsTakenForItsOwnType();
-    void pathOfAnEntryIsBounded();
+    void entryTypeDecidesTheRemoval();
+    void lengthOfAnEntrysPathIsLimited();
 
     void homeIsTheUsersDirectory();
     void missingHomeIsLogged_data();
     void missingHomeIsLogged();
     void homeThatIsNotSetIsNotLogged();
-    void perUserDirectoriesAreMade_data();
-    void perUserDirectoriesAreMade();
-    void perUserDirectoriesAreTakenAsTheyAre_data();
-    void perUserDirectoriesAreTakenAsTheyAre();
-    void perUserDirectoriesThatCannotBeMadeAreLogged_data();
-    void perUserDirectoriesThatCannotBeMadeAreLogged();
+    void perUserDirectoriesAreCreated_data();
+    void perUserDirectoriesAreCreated();
+    void existingPerUserDirectoriesKeepTheirMode_data();
+    void existingPerUserDirectoriesKeepTheirMode();
+    void perUserDirectoriesThatCannotBeCreatedAreLogged_data();
+    void perUserDirectoriesThatCannotBeCreatedAreLogged();
 
-    void enginesDirectoriesAreNotMade_data();
-    void enginesDirectoriesAreNotMade();
+    void enginesDirectoriesAreNotCreated_data();
+    void enginesDirectoriesAreNotCreated();
     void enginesDirectoriesWithoutAHome_data();
     void enginesDirectoriesWithoutAHome();
-    void othersDirectoryIsMadeLevelByLevel();
-    void othersDirectoryIsMadeOnce();
+    void othersDirectoryIsCreatedLevelByLevel();
+    void othersDirectoryIsCreatedOnce();
     void othersDirectoryNeedsAHome();
-    void othersDirectoryThatCannotBeMadeFails();
-    void desktopIsAskedFor();
-    void instanceIsOne();
+    void othersDirectoryThatCannotBeCreatedFails();
+    void desktopPathComesFromXdgUserDir();
+    void instanceIsTheSameEachTime();
 
 private:
     QString At(const QString& name) const { return directory->filePath(name); }
@@ -171,7 +171,7 @@ void TestDirOperator::directoryExists()
     CompareLines(QString(), {});
 }
 
-void TestDirOperator::allRightsAreNeeded_data()
+void TestDirOperator::allPermissionsAreNeeded_data()
 {
     QTest::addColumn<int>("mode");
     QTest::addColumn<bool>("all");
@@ -182,7 +182,7 @@ void TestDirOperator::allRightsAreNeeded_data()
     QTest::newRow("none") << 0 << false;
 }
 
-void TestDirOperator::allRightsAreNeeded()
+void TestDirOperator::allPermissionsAreNeeded()
 {
     QFETCH(int, mode);
     WriteAll(At("file"), "text");
@@ -198,7 +198,7 @@ void TestDirOperator::allRightsAreNeeded()
     QVERIFY(!missing);
 }
 
-void TestDirOperator::onlyALinkIsALink_data()
+void TestDirOperator::isPathLinkIsTrueForLinksOnly_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("isLink");
@@ -211,7 +211,7 @@ void TestDirOperator::onlyALinkIsALink_data()
     QTest::newRow("file below a link") << QStringLiteral("to directory/file") << false;
 }
 
-void TestDirOperator::onlyALinkIsALink()
+void TestDirOperator::isPathLinkIsTrueForLinksOnly()
 {
     QFETCH(QString, name);
     QVERIFY(QDir().mkdir(At("directory")));
@@ -239,7 +239,7 @@ void TestDirOperator::linkOfAnyLengthIsALink()
     QVERIFY(dirs.IsPathLink(Local(At("link"))));
 }
 
-void TestDirOperator::directoryIsMadeWithItsMode_data()
+void TestDirOperator::directoryIsCreatedWithItsMode_data()
 {
     QTest::addColumn<int>("mode");
     QTest::addColumn<int>("made");
@@ -248,7 +248,7 @@ void TestDirOperator::directoryIsMadeWithItsMode_data()
     QTest::newRow("read only") << 0500 << 0500;
 }
 
-void TestDirOperator::directoryIsMadeWithItsMode()
+void TestDirOperator::directoryIsCreatedWithItsMode()
 {
     QFETCH(int, mode);
     QFETCH(int, made);
@@ -269,7 +269,7 @@ void TestDirOperator::existingDirectoryKeepsItsMode()
     QVERIFY(QFileInfo(At("link")).isSymLink());
 }
 
-void TestDirOperator::directoryThatCannotBeMadeFails_data()
+void TestDirOperator::directoryThatCannotBeCreatedFails_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("file in its place") << QStringLiteral("file");
@@ -278,7 +278,7 @@ void TestDirOperator::directoryThatCannotBeMadeFails_data()
     QTest::newRow("parent that may not be written") << QStringLiteral("closed/new");
 }
 
-void TestDirOperator::directoryThatCannotBeMadeFails()
+void TestDirOperator::directoryThatCannotBeCreatedFails()
 {
     QFETCH(QString, name);
     WriteAll(At("file"), "text");
@@ -291,7 +291,7 @@ void TestDirOperator::directoryThatCannotBeMadeFails()
     CompareLines(QString(), {});
 }
 
-void TestDirOperator::everyMissingLevelIsMade_data()
+void TestDirOperator::everyMissingLevelIsCreated_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("slash at the end") << QStringLiteral("a/b/c/");
@@ -299,7 +299,7 @@ void TestDirOperator::everyMissingLevelIsMade_data()
     QTest::newRow("two slashes") << QStringLiteral("a//b///c");
 }
 
-void TestDirOperator::everyMissingLevelIsMade()
+void TestDirOperator::everyMissingLevelIsCreated()
 {
     QFETCH(QString, name);
     const Umask mask(0);
@@ -320,7 +320,7 @@ void TestDirOperator::existingLevelsKeepTheirModes()
     QCOMPARE(ModeOf(At("a/b")), mode_t(0700));
 }
 
-void TestDirOperator::levelsAreMadeFromWhereTheProcessIs()
+void TestDirOperator::relativeLevelsStartInTheCurrentDirectory()
 {
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(directory->path()));
@@ -333,7 +333,7 @@ void TestDirOperator::levelsAreMadeFromWhereTheProcessIs()
     QCOMPARE(dirs.CreateDirectories("/"), 0);
 }
 
-void TestDirOperator::firstLevelThatCannotBeMadeStops()
+void TestDirOperator::firstLevelThatCannotBeCreatedStops()
 {
     QVERIFY(QDir().mkdir(At("a")));
     WriteAll(At("a/b"), "text");
@@ -349,7 +349,7 @@ void TestDirOperator::firstLevelThatCannotBeMadeStops()
     QVERIFY(QDir(At("a")).isEmpty());
 }
 
-void TestDirOperator::directoryIsRemovedWithAllThatItHolds()
+void TestDirOperator::directoryIsRemovedWithItsContent()
 {
     QVERIFY(QDir().mkpath(At("a/b/c")));
     QVERIFY(QDir().mkpath(At("a/.hidden")));
@@ -363,7 +363,7 @@ void TestDirOperator::directoryIsRemovedWithAllThatItHolds()
     CompareLines(QString(), {});
 }
 
-void TestDirOperator::everyRemovalIsToldBeforeItIsTried()
+void TestDirOperator::everyRemovalIsLoggedBeforeItIsTried()
 {
     QVERIFY(QDir().mkpath(At("a/b")));
     WriteAll(At("a/b/file"), "text");
@@ -446,7 +446,7 @@ void TestDirOperator::firstEntryThatCannotBeRemovedStops()
                          QStringLiteral("RemoveDir failed, %1").arg(At("a"))});
 }
 
-void TestDirOperator::directoryThatStaysIsAFailure()
+void TestDirOperator::directoryThatCannotBeRemovedIsAFailure()
 {
     QVERIFY(QDir().mkpath(At("a/b")));
     WriteAll(At("a/b/file"), "text");
@@ -479,7 +479,7 @@ void TestDirOperator::unreadableDirectoryInsideIsLoggedAtEachLevel()
                          QStringLiteral("RemoveDir failed, %1").arg(At("a"))});
 }
 
-void TestDirOperator::entryIsTakenForItsOwnType()
+void TestDirOperator::entryTypeDecidesTheRemoval()
 {
     QVERIFY(QDir().mkdir(At("a")));
     WriteAll(At("a/file"), "text");
@@ -495,7 +495,7 @@ void TestDirOperator::entryIsTakenForItsOwnType()
     QVERIFY(!QFileInfo::exists(At("a/inner")));
 }
 
-void TestDirOperator::pathOfAnEntryIsBounded()
+void TestDirOperator::lengthOfAnEntrysPathIsLimited()
 {
     // With the slash and 95 characters of a name this is one more than fits.
     const std::string path(4000, 'x');
@@ -567,12 +567,12 @@ void AddEngineGetters()
 Q_DECLARE_METATYPE(Getter)
 Q_DECLARE_METATYPE(ConstGetter)
 
-void TestDirOperator::perUserDirectoriesAreMade_data()
+void TestDirOperator::perUserDirectoriesAreCreated_data()
 {
     AddPerUserGetters();
 }
 
-void TestDirOperator::perUserDirectoriesAreMade()
+void TestDirOperator::perUserDirectoriesAreCreated()
 {
     QFETCH(Getter, get);
     QFETCH(QString, field);
@@ -587,12 +587,12 @@ void TestDirOperator::perUserDirectoriesAreMade()
     CompareLines(QString(), {});
 }
 
-void TestDirOperator::perUserDirectoriesAreTakenAsTheyAre_data()
+void TestDirOperator::existingPerUserDirectoriesKeepTheirMode_data()
 {
     AddPerUserGetters();
 }
 
-void TestDirOperator::perUserDirectoriesAreTakenAsTheyAre()
+void TestDirOperator::existingPerUserDirectoriesKeepTheirMode()
 {
     QFETCH(Getter, get);
     QFETCH(QString, field);
@@ -604,12 +604,12 @@ void TestDirOperator::perUserDirectoriesAreTakenAsTheyAre()
     CompareLines(QString(), {});
 }
 
-void TestDirOperator::perUserDirectoriesThatCannotBeMadeAreLogged_data()
+void TestDirOperator::perUserDirectoriesThatCannotBeCreatedAreLogged_data()
 {
     AddPerUserGetters();
 }
 
-void TestDirOperator::perUserDirectoriesThatCannotBeMadeAreLogged()
+void TestDirOperator::perUserDirectoriesThatCannotBeCreatedAreLogged()
 {
     QFETCH(Getter, get);
     QFETCH(QString, field);
@@ -625,12 +625,12 @@ void TestDirOperator::perUserDirectoriesThatCannotBeMadeAreLogged()
     CompareLines(ERROR, {line, line});
 }
 
-void TestDirOperator::enginesDirectoriesAreNotMade_data()
+void TestDirOperator::enginesDirectoriesAreNotCreated_data()
 {
     AddEngineGetters();
 }
 
-void TestDirOperator::enginesDirectoriesAreNotMade()
+void TestDirOperator::enginesDirectoriesAreNotCreated()
 {
     QFETCH(ConstGetter, get);
     QFETCH(QString, field);
@@ -658,7 +658,7 @@ void TestDirOperator::enginesDirectoriesWithoutAHome()
     CompareLines(ERROR, {NO_DIR.arg(field)});
 }
 
-void TestDirOperator::othersDirectoryIsMadeLevelByLevel()
+void TestDirOperator::othersDirectoryIsCreatedLevelByLevel()
 {
     const Umask mask(0);
     QCOMPARE(dirs.CreateOthersDir(), 0);
@@ -672,7 +672,7 @@ void TestDirOperator::othersDirectoryIsMadeLevelByLevel()
     }
 }
 
-void TestDirOperator::othersDirectoryIsMadeOnce()
+void TestDirOperator::othersDirectoryIsCreatedOnce()
 {
     const QString path = At("Velodesk/Tandra/others/");
     QVERIFY(QDir().mkpath(path));
@@ -690,14 +690,14 @@ void TestDirOperator::othersDirectoryNeedsAHome()
                          QStringLiteral("CreateOthersDir userdir empty!")});
 }
 
-void TestDirOperator::othersDirectoryThatCannotBeMadeFails()
+void TestDirOperator::othersDirectoryThatCannotBeCreatedFails()
 {
     WriteAll(At("Velodesk"), "text");
     QCOMPARE(dirs.CreateOthersDir(), CREATE_DIR_FAILED);
     QCOMPARE(log->Messages().last(), QStringLiteral("CreateOthersDir userdir:%1/").arg(At("Velodesk")));
 }
 
-void TestDirOperator::desktopIsAskedFor()
+void TestDirOperator::desktopPathComesFromXdgUserDir()
 {
     const QString program = At("xdg-user-dir");
     WriteAll(program, "#!/bin/sh\necho \"  /somewhere/$1/$#\"\n");
@@ -706,7 +706,7 @@ void TestDirOperator::desktopIsAskedFor()
     QCOMPARE(dirs.GetDesktopPath(), std::string("/somewhere/DESKTOP/1"));
 }
 
-void TestDirOperator::instanceIsOne()
+void TestDirOperator::instanceIsTheSameEachTime()
 {
     QCOMPARE(&DIR_OPERATOR, &SingletonNew<Brevora::DirOperator>::GetInstance());
 }

@@ -174,10 +174,10 @@ private slots:
     void everyCodeHasItsValueAndMessage();
     void everyCodeIsA32BitInteger();
     void everyOtherNumberIsUnknown();
-    void farNumbersAreUnknown_data();
-    void farNumbersAreUnknown();
-    void instanceIsOne();
-    void threadsMayAskAtOnce();
+    void extremeNumbersAreUnknown_data();
+    void extremeNumbersAreUnknown();
+    void instanceIsTheSameEachTime();
+    void threadsMayReadConcurrently();
 };
 
 void TestErrorInfo::everyCodeHasItsValueAndMessage_data()
@@ -218,7 +218,7 @@ void TestErrorInfo::everyOtherNumberIsUnknown()
     }
 }
 
-void TestErrorInfo::farNumbersAreUnknown_data()
+void TestErrorInfo::extremeNumbersAreUnknown_data()
 {
     QTest::addColumn<int>("code");
     for (const int code : {-1, 20, 107, 600, 601, 900, 915, std::numeric_limits<int>::min(),
@@ -227,19 +227,19 @@ void TestErrorInfo::farNumbersAreUnknown_data()
     }
 }
 
-void TestErrorInfo::farNumbersAreUnknown()
+void TestErrorInfo::extremeNumbersAreUnknown()
 {
     QFETCH(int, code);
     QCOMPARE(MessageOf(code), std::string("Unknown error"));
 }
 
-void TestErrorInfo::instanceIsOne()
+void TestErrorInfo::instanceIsTheSameEachTime()
 {
     QCOMPARE(&ErrorInfo::Instance(), &ErrorInfo::Instance());
     QVERIFY(std::is_empty_v<ErrorInfo>);
 }
 
-void TestErrorInfo::threadsMayAskAtOnce()
+void TestErrorInfo::threadsMayReadConcurrently()
 {
     constexpr int THREADS = 4;
     std::vector<int> right(THREADS, 0);

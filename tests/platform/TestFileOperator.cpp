@@ -69,29 +69,29 @@ private slots:
     void init();
     void cleanup();
 
-    void instanceIsOne();
+    void instanceIsTheSameEachTime();
     void regularFileExists_data();
     void regularFileExists();
     void linkToAFileIsALink_data();
     void linkToAFileIsALink();
     void longLinkIsALink();
 
-    void modeDecidesWhatIsLeft_data();
-    void modeDecidesWhatIsLeft();
+    void modeDecidesTheFilesContent_data();
+    void modeDecidesTheFilesContent();
     void unknownModeWritesNothing_data();
     void unknownModeWritesNothing();
     void emptyContentWritesNothing_data();
     void emptyContentWritesNothing();
-    void forcedWritingMakesTheFile_data();
-    void forcedWritingMakesTheFile();
-    void plainWritingMakesNoFile_data();
-    void plainWritingMakesNoFile();
-    void plainWritingWritesWhatExists();
+    void forcedWritingCreatesTheFile_data();
+    void forcedWritingCreatesTheFile();
+    void plainWritingCreatesNoFile_data();
+    void plainWritingCreatesNoFile();
+    void plainWritingWritesAnExistingFile();
     void writingChangesThePermission();
     void fileThatCannotBeOpenedFails_data();
     void fileThatCannotBeOpenedFails();
     void permissionThatCannotBeSetFails();
-    void failureOfTheWritingItselfIsNotSeen();
+    void failedWriteIsNotReported();
 
     void bytesAreRead_data();
     void bytesAreRead();
@@ -105,11 +105,11 @@ private slots:
     void linesAreRead();
     void linesAreAppended();
 
-    void sizeIsTold_data();
-    void sizeIsTold();
-    void sizeIsCutTo32Bits();
-    void sizeOfWhatCannotBeOpenedIsAllOnes_data();
-    void sizeOfWhatCannotBeOpenedIsAllOnes();
+    void sizeOfAFileIsReturned_data();
+    void sizeOfAFileIsReturned();
+    void sizeIsTruncatedTo32Bits();
+    void sizeIsAllOnesIfTheFileCannotBeOpened_data();
+    void sizeIsAllOnesIfTheFileCannotBeOpened();
 
 private:
     QString At(const QString& name) const { return directory->filePath(name); }
@@ -139,7 +139,7 @@ void TestFileOperator::cleanup()
     directory.reset();
 }
 
-void TestFileOperator::instanceIsOne()
+void TestFileOperator::instanceIsTheSameEachTime()
 {
     QCOMPARE(&FileOperator::GetInstance(), &FileOperator::GetInstance());
 }
@@ -198,7 +198,7 @@ void TestFileOperator::longLinkIsALink()
     QVERIFY(Files().IsLinkExist(Local(At("long"))));
 }
 
-void TestFileOperator::modeDecidesWhatIsLeft_data()
+void TestFileOperator::modeDecidesTheFilesContent_data()
 {
     QTest::addColumn<QByteArray>("mode");
     QTest::addColumn<int>("offset");
@@ -214,7 +214,7 @@ void TestFileOperator::modeDecidesWhatIsLeft_data()
     QTest::addRow("app, beyond the end") << QByteArray("app") << 12 << QByteArray("0123456789ab");
 }
 
-void TestFileOperator::modeDecidesWhatIsLeft()
+void TestFileOperator::modeDecidesTheFilesContent()
 {
     QFETCH(QByteArray, mode);
     QFETCH(int, offset);
@@ -266,7 +266,7 @@ void TestFileOperator::emptyContentWritesNothing()
     QVERIFY(!QFileInfo::exists(At("new")));
 }
 
-void TestFileOperator::forcedWritingMakesTheFile_data()
+void TestFileOperator::forcedWritingCreatesTheFile_data()
 {
     QTest::addColumn<QByteArray>("mode");
     QTest::addColumn<int>("permission");
@@ -276,7 +276,7 @@ void TestFileOperator::forcedWritingMakesTheFile_data()
     }
 }
 
-void TestFileOperator::forcedWritingMakesTheFile()
+void TestFileOperator::forcedWritingCreatesTheFile()
 {
     QFETCH(QByteArray, mode);
     QFETCH(int, permission);
@@ -289,12 +289,12 @@ void TestFileOperator::forcedWritingMakesTheFile()
     QCOMPARE(ModeOf(At("new")), static_cast<mode_t>(permission));
 }
 
-void TestFileOperator::plainWritingMakesNoFile_data()
+void TestFileOperator::plainWritingCreatesNoFile_data()
 {
     AddNames({"missing", "dangling", "directory", "link to a directory"});
 }
 
-void TestFileOperator::plainWritingMakesNoFile()
+void TestFileOperator::plainWritingCreatesNoFile()
 {
     QFETCH(QString, name);
     const QString asked = At(name);
@@ -304,7 +304,7 @@ void TestFileOperator::plainWritingMakesNoFile()
     QVERIFY(!QFileInfo::exists(At("missing")));
 }
 
-void TestFileOperator::plainWritingWritesWhatExists()
+void TestFileOperator::plainWritingWritesAnExistingFile()
 {
     QCOMPARE(Files().WriteToFile(Local(At("link")), "ab", 2, "out", PRIVATE), 0);
     QCOMPARE(ReadAll(path), QByteArray("\0\0ab", 4));
@@ -350,7 +350,7 @@ void TestFileOperator::permissionThatCannotBeSetFails()
     QCOMPARE(QByteArray(written.data()), QByteArray("ab"));
 }
 
-void TestFileOperator::failureOfTheWritingItselfIsNotSeen()
+void TestFileOperator::failedWriteIsNotReported()
 {
     int result = -1;
     {
@@ -501,7 +501,7 @@ void TestFileOperator::linesAreAppended()
     QCOMPARE(lines, std::vector<std::string>({"before", "56789"}));
 }
 
-void TestFileOperator::sizeIsTold_data()
+void TestFileOperator::sizeOfAFileIsReturned_data()
 {
     QTest::addColumn<int>("size");
     QTest::newRow("empty") << 0;
@@ -509,7 +509,7 @@ void TestFileOperator::sizeIsTold_data()
     QTest::newRow("a MiB and a byte") << 1048577;
 }
 
-void TestFileOperator::sizeIsTold()
+void TestFileOperator::sizeOfAFileIsReturned()
 {
     QFETCH(int, size);
     WriteAll(path, QByteArray(size, '\n'));
@@ -518,7 +518,7 @@ void TestFileOperator::sizeIsTold()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestFileOperator::sizeIsCutTo32Bits()
+void TestFileOperator::sizeIsTruncatedTo32Bits()
 {
     QVERIFY(QFile::resize(path, Q_INT64_C(0x100000005)));
     QCOMPARE(Files().FileSize(Local(path)), 5U);
@@ -526,12 +526,12 @@ void TestFileOperator::sizeIsCutTo32Bits()
     QCOMPARE(Files().FileSize(Local(path)), 0x80000000U);
 }
 
-void TestFileOperator::sizeOfWhatCannotBeOpenedIsAllOnes_data()
+void TestFileOperator::sizeIsAllOnesIfTheFileCannotBeOpened_data()
 {
     AddNames({"missing", "dangling", "file"});
 }
 
-void TestFileOperator::sizeOfWhatCannotBeOpenedIsAllOnes()
+void TestFileOperator::sizeIsAllOnesIfTheFileCannotBeOpened()
 {
     QFETCH(QString, name);
     SetMode(path, 0200);

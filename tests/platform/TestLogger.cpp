@@ -102,65 +102,65 @@ private slots:
     void init();
     void cleanup();
 
-    void lineIsPutTogetherPieceByPiece();
-    void levelIsToldByItsWord_data();
-    void levelIsToldByItsWord();
-    void lowLevelsAreDroppedBeforeTheFileIsLookedAt_data();
-    void lowLevelsAreDroppedBeforeTheFileIsLookedAt();
+    void lineHasAllItsParts();
+    void levelIsWrittenAsItsWord_data();
+    void levelIsWrittenAsItsWord();
+    void lowLevelsAreDroppedWithoutRotation_data();
+    void lowLevelsAreDroppedWithoutRotation();
     void wordsOfAllLevels_data();
     void wordsOfAllLevels();
-    void timeIsLocalAndToTheMicrosecond();
-    void timeThatCannotBeToldIsLeftOut();
-    void lineIsOnDiskAtOnce();
+    void timeIsLocalAndHasMicroseconds();
+    void timeThatCannotBeFormattedIsOmitted();
+    void lineIsWrittenImmediately();
     void linesLeaveNoDescriptorOpen();
-    void textIsTakenAsBytes();
+    void textIsWrittenAsBytes();
 
-    void longMessageIsWholeOrNotThere_data();
-    void longMessageIsWholeOrNotThere();
+    void longMessageIsWrittenWholeOrDropped_data();
+    void longMessageIsWrittenWholeOrDropped();
     void badFormatLeavesNoLine();
 
     void rotationComesAboveTheLimit_data();
     void rotationComesAboveTheLimit();
-    void mayOutgrowTheLimitByOneLine();
+    void fileMayExceedTheLimitByOneLine();
     void secondRotationReplacesTheBackup();
     void droppedLineStillRotates();
     void debugLineDoesNotRotate();
     void rotationKeepsTheLiveFileItself();
     void rotationKeepsTheModeOfTheLiveFile();
-    void oldBackupIsNarrowed();
+    void oldBackupGetsPrivateMode();
     void contentIsLostIfTheBackupCannotBeMade();
-    void sizeOfWhatCannotBeOpened();
-    void sizeIsCutTo32Bits();
+    void sizeIsMinusOneIfTheFileCannotBeOpened();
+    void sizeIsTruncatedTo32Bits();
 
-    void everyFileIsForItsOwnerAlone_data();
-    void everyFileIsForItsOwnerAlone();
+    void everyFileIsPrivate_data();
+    void everyFileIsPrivate();
     void newRunAppends();
     void nothingIsWrittenBeforeInit();
-    void nothingIsMadeWithoutInit();
-    void logThatCannotBeOpenedIsDoneWithout();
-    void modeOfAFileThatCannotBeOpenedStays();
+    void nothingIsCreatedWithoutInit();
+    void logThatCannotBeOpenedIsDisabled();
+    void modeOfAFileThatCannotBeOpenedIsKept();
     void secondLogTakesOver();
-    void removedLogIsNotMadeAgain();
+    void removedLogIsNotCreatedAgain();
     void linkIsReplacedByAFile();
     void danglingLinkIsFollowed();
     void directoryIsReplacedByAFile();
-    void linkToADirectoryEmptiesItAndStays();
-    void overgrownLogIsOpenAfterInit();
-    void overgrownTargetOfALinkIsNotTouched_data();
-    void overgrownTargetOfALinkIsNotTouched();
+    void linkToADirectoryEmptiesItAndIsKept();
+    void oversizeLogIsOpenAfterInit();
+    void oversizeTargetOfALinkIsNotTouched_data();
+    void oversizeTargetOfALinkIsNotTouched();
 
     void plainFunctionsWriteTheirLevel_data();
     void plainFunctionsWriteTheirLevel();
-    void emptyMessageMakesALine();
+    void emptyMessageIsALine();
     void plainFunctionsIgnoreNull_data();
     void plainFunctionsIgnoreNull();
     void percentSignsReachTheFileUnchanged();
-    void plainFunctionsDropWhatIsTooLong_data();
-    void plainFunctionsDropWhatIsTooLong();
-    void shorthandSuppliesThePlace();
+    void plainFunctionsDropTooLongMessages_data();
+    void plainFunctionsDropTooLongMessages();
+    void macroSuppliesTheSourceLocation();
 
-    void backupKeepsWhatCouldBeRead_data();
-    void backupKeepsWhatCouldBeRead();
+    void backupKeepsTheReadableBlocks_data();
+    void backupKeepsTheReadableBlocks();
     void linesAfterAFailedWriteAreWhole();
     void logIsNotInheritedByChildren();
     void linesOfManyThreadsStayWholeAcrossARotation();
@@ -196,7 +196,7 @@ void TestLogger::Grow(qint64 size) const
     QVERIFY(file.resize(size));
 }
 
-void TestLogger::lineIsPutTogetherPieceByPiece()
+void TestLogger::lineHasAllItsParts()
 {
     logger->Init(Local(path));
     logger->WriteLog(4, "Some File.cpp", 1234, "UTILS", "%s is %d", "the answer", 42);
@@ -209,7 +209,7 @@ void TestLogger::lineIsPutTogetherPieceByPiece()
     QVERIFY2(lines.match(QString::fromUtf8(content)).hasMatch(), content.constData());
 }
 
-void TestLogger::levelIsToldByItsWord_data()
+void TestLogger::levelIsWrittenAsItsWord_data()
 {
     QTest::addColumn<int>("level");
     QTest::addColumn<QString>("word");
@@ -221,7 +221,7 @@ void TestLogger::levelIsToldByItsWord_data()
     QTest::newRow("1000") << 1000 << QStringLiteral(" ");
 }
 
-void TestLogger::levelIsToldByItsWord()
+void TestLogger::levelIsWrittenAsItsWord()
 {
     QFETCH(int, level);
     QFETCH(QString, word);
@@ -230,7 +230,7 @@ void TestLogger::levelIsToldByItsWord()
     QCOMPARE(Bare(ReadAll(path)), QStringLiteral("[%1] [Place.cpp:7] TAG: text\n").arg(word));
 }
 
-void TestLogger::lowLevelsAreDroppedBeforeTheFileIsLookedAt_data()
+void TestLogger::lowLevelsAreDroppedWithoutRotation_data()
 {
     QTest::addColumn<int>("level");
     QTest::newRow("1") << 1;
@@ -239,7 +239,7 @@ void TestLogger::lowLevelsAreDroppedBeforeTheFileIsLookedAt_data()
     QTest::newRow("lowest") << std::numeric_limits<int>::min();
 }
 
-void TestLogger::lowLevelsAreDroppedBeforeTheFileIsLookedAt()
+void TestLogger::lowLevelsAreDroppedWithoutRotation()
 {
     QFETCH(int, level);
     logger->Init(Local(path));
@@ -271,7 +271,7 @@ void TestLogger::wordsOfAllLevels()
     QTEST(QString::fromStdString(logger->GetLevelString(level)), "word");
 }
 
-void TestLogger::timeIsLocalAndToTheMicrosecond()
+void TestLogger::timeIsLocalAndHasMicroseconds()
 {
     // Half an hour off, so that neither UTC nor a whole-hour zone can pass for it.
     const TimeZone zone("TST-05:30");
@@ -290,7 +290,7 @@ void TestLogger::timeIsLocalAndToTheMicrosecond()
     QVERIFY2(told >= before && told <= after, qPrintable(told.toString(Qt::ISODateWithMs)));
 }
 
-void TestLogger::timeThatCannotBeToldIsLeftOut()
+void TestLogger::timeThatCannotBeFormattedIsOmitted()
 {
     logger->Init(Local(path));
     printingFails = true;
@@ -302,7 +302,7 @@ void TestLogger::timeThatCannotBeToldIsLeftOut()
     QVERIFY2(line.startsWith("[] [INFO] ") && line.endsWith(": text\n"), line.constData());
 }
 
-void TestLogger::lineIsOnDiskAtOnce()
+void TestLogger::lineIsWrittenImmediately()
 {
     logger->Init(Local(path));
     for (int i = 1; i <= 3; ++i) {
@@ -323,14 +323,14 @@ void TestLogger::linesLeaveNoDescriptorOpen()
     QCOMPARE(open(), before);
 }
 
-void TestLogger::textIsTakenAsBytes()
+void TestLogger::textIsWrittenAsBytes()
 {
     logger->Init(Local(path));
     WriteText(*logger, "\xe8\xbf\x9e\xe6\x8e\xa5 \xff]");
     QVERIFY(ReadAll(path).endsWith("TAG: \xe8\xbf\x9e\xe6\x8e\xa5 \xff]\n"));
 }
 
-void TestLogger::longMessageIsWholeOrNotThere_data()
+void TestLogger::longMessageIsWrittenWholeOrDropped_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<bool>("isThere");
@@ -339,7 +339,7 @@ void TestLogger::longMessageIsWholeOrNotThere_data()
     QTest::newRow("twice") << 2 * LONGEST_MESSAGE << false;
 }
 
-void TestLogger::longMessageIsWholeOrNotThere()
+void TestLogger::longMessageIsWrittenWholeOrDropped()
 {
     QFETCH(int, length);
     QFETCH(bool, isThere);
@@ -386,7 +386,7 @@ void TestLogger::rotationComesAboveTheLimit()
     QCOMPARE(ModeOf(Old()), mode_t(0600));
 }
 
-void TestLogger::mayOutgrowTheLimitByOneLine()
+void TestLogger::fileMayExceedTheLimitByOneLine()
 {
     Grow(LIMIT);
     logger->Init(Local(path));
@@ -456,7 +456,7 @@ void TestLogger::rotationKeepsTheModeOfTheLiveFile()
     QCOMPARE(ModeOf(Old()), mode_t(0600));
 }
 
-void TestLogger::oldBackupIsNarrowed()
+void TestLogger::oldBackupGetsPrivateMode()
 {
     Grow(LIMIT + 1);
     WriteAll(Old(), "before");
@@ -479,7 +479,7 @@ void TestLogger::contentIsLostIfTheBackupCannotBeMade()
     QCOMPARE(ModeOf(Old()), mode_t(0755));
 }
 
-void TestLogger::sizeOfWhatCannotBeOpened()
+void TestLogger::sizeIsMinusOneIfTheFileCannotBeOpened()
 {
     QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
     WriteAll(path, "12345");
@@ -489,7 +489,7 @@ void TestLogger::sizeOfWhatCannotBeOpened()
     QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
 }
 
-void TestLogger::sizeIsCutTo32Bits()
+void TestLogger::sizeIsTruncatedTo32Bits()
 {
     constexpr qint64 FOUR_GIB = Q_INT64_C(0x100000000);
     constexpr qint64 TWO_GIB = Q_INT64_C(0x80000000);
@@ -502,7 +502,7 @@ void TestLogger::sizeIsCutTo32Bits()
     QVERIFY(!QFileInfo::exists(Old()));
 }
 
-void TestLogger::everyFileIsForItsOwnerAlone_data()
+void TestLogger::everyFileIsPrivate_data()
 {
     QTest::addColumn<int>("mask");
     QTest::addColumn<int>("before");
@@ -511,7 +511,7 @@ void TestLogger::everyFileIsForItsOwnerAlone_data()
     QTest::newRow("wide file") << 022 << 0666;
 }
 
-void TestLogger::everyFileIsForItsOwnerAlone()
+void TestLogger::everyFileIsPrivate()
 {
     QFETCH(int, mask);
     QFETCH(int, before);
@@ -547,7 +547,7 @@ void TestLogger::nothingIsWrittenBeforeInit()
     QCOMPARE(Bare(ReadAll(path)), LineWith("in time"));
 }
 
-void TestLogger::nothingIsMadeWithoutInit()
+void TestLogger::nothingIsCreatedWithoutInit()
 {
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(directory->path()));
@@ -565,7 +565,7 @@ void TestLogger::nothingIsMadeWithoutInit()
     QCOMPARE(made, QStringList());
 }
 
-void TestLogger::logThatCannotBeOpenedIsDoneWithout()
+void TestLogger::logThatCannotBeOpenedIsDisabled()
 {
     SetMode(directory->path(), 0500);
     {
@@ -579,7 +579,7 @@ void TestLogger::logThatCannotBeOpenedIsDoneWithout()
     QVERIFY(!QFileInfo::exists(path));
 }
 
-void TestLogger::modeOfAFileThatCannotBeOpenedStays()
+void TestLogger::modeOfAFileThatCannotBeOpenedIsKept()
 {
     SetMode(directory->path(), 0777);
     const PlainUser plain;
@@ -602,7 +602,7 @@ void TestLogger::secondLogTakesOver()
     QCOMPARE(Bare(ReadAll(second)), LineWith("to the second"));
 }
 
-void TestLogger::removedLogIsNotMadeAgain()
+void TestLogger::removedLogIsNotCreatedAgain()
 {
     Grow(LIMIT + 1);
     logger->Init(Local(path));
@@ -648,7 +648,7 @@ void TestLogger::directoryIsReplacedByAFile()
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
-void TestLogger::linkToADirectoryEmptiesItAndStays()
+void TestLogger::linkToADirectoryEmptiesItAndIsKept()
 {
     // The directory is looked at through the link, but the link itself is no directory to remove.
     const QString target = directory->filePath(QStringLiteral("target"));
@@ -662,7 +662,7 @@ void TestLogger::linkToADirectoryEmptiesItAndStays()
     QVERIFY(QDir(target).isEmpty());
 }
 
-void TestLogger::overgrownLogIsOpenAfterInit()
+void TestLogger::oversizeLogIsOpenAfterInit()
 {
     Grow(LIMIT + 1);
     Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
@@ -675,14 +675,14 @@ void TestLogger::overgrownLogIsOpenAfterInit()
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
-void TestLogger::overgrownTargetOfALinkIsNotTouched_data()
+void TestLogger::oversizeTargetOfALinkIsNotTouched_data()
 {
     QTest::addColumn<bool>("wasLog");
     QTest::newRow("at the start") << false;
     QTest::newRow("where the log has been") << true;
 }
 
-void TestLogger::overgrownTargetOfALinkIsNotTouched()
+void TestLogger::oversizeTargetOfALinkIsNotTouched()
 {
     QFETCH(bool, wasLog);
     Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
@@ -735,7 +735,7 @@ void TestLogger::plainFunctionsWriteTheirLevel()
     QCOMPARE(Bare(ReadAll(log.Path())), wanted);
 }
 
-void TestLogger::emptyMessageMakesALine()
+void TestLogger::emptyMessageIsALine()
 {
     const CapturedLog log;
     CLogInfo("TAG", "other.c", "%s", "");
@@ -766,12 +766,12 @@ void TestLogger::percentSignsReachTheFileUnchanged()
     QCOMPARE(Bare(ReadAll(log.Path())), QStringLiteral("[INFO] [other.c:0] TAG: 100% %s %n %%d\n"));
 }
 
-void TestLogger::plainFunctionsDropWhatIsTooLong_data()
+void TestLogger::plainFunctionsDropTooLongMessages_data()
 {
-    longMessageIsWholeOrNotThere_data();
+    longMessageIsWrittenWholeOrDropped_data();
 }
 
-void TestLogger::plainFunctionsDropWhatIsTooLong()
+void TestLogger::plainFunctionsDropTooLongMessages()
 {
     QFETCH(int, length);
     QFETCH(bool, isThere);
@@ -781,7 +781,7 @@ void TestLogger::plainFunctionsDropWhatIsTooLong()
     COMPARE_LISTS(log.Messages(), isThere ? QStringList(QString::fromLatin1(message)) : QStringList());
 }
 
-void TestLogger::shorthandSuppliesThePlace()
+void TestLogger::macroSuppliesTheSourceLocation()
 {
     static constexpr char MODULE_TAG[] = "HERE";
     const CapturedLog log;
@@ -802,7 +802,7 @@ void TestLogger::shorthandSuppliesThePlace()
     }
 }
 
-void TestLogger::backupKeepsWhatCouldBeRead_data()
+void TestLogger::backupKeepsTheReadableBlocks_data()
 {
     QTest::addColumn<QString>("source");
     QTest::newRow("directory") << QStringLiteral("/");
@@ -810,7 +810,7 @@ void TestLogger::backupKeepsWhatCouldBeRead_data()
     QTest::newRow("missing") << QStringLiteral("/nowhere/log");
 }
 
-void TestLogger::backupKeepsWhatCouldBeRead()
+void TestLogger::backupKeepsTheReadableBlocks()
 {
     QFETCH(QString, source);
     logger->CopyLog2Log(Local(source), Local(Old()));

@@ -201,24 +201,24 @@ private slots:
     void cleanup();
 
     void kernelBytesNeedABuffer();
-    void noKernelBytesOpenAndCloseTheDevice_data();
-    void noKernelBytesOpenAndCloseTheDevice();
+    void lengthOfZeroOpensAndClosesTheDevice_data();
+    void lengthOfZeroOpensAndClosesTheDevice();
     void deviceThatCannotBeOpenedFails();
     void kernelBytesFillTheBufferExactly();
-    void shortReadsMoveOn();
+    void shortReadsAreContinued();
     void interruptedReadsAreRepeatedWithoutEnd_data();
     void interruptedReadsAreRepeatedWithoutEnd();
     void ninthFailedTryInARowEnds_data();
     void ninthFailedTryInARowEnds();
 
     void seedComesFromTheKernel();
-    void seedThatCannotBeHadFails();
+    void seedWithoutTheKernelFails();
     void numberIsBigEndian();
     void numberWithoutRandomBytesIsZero();
 
     void alphabetsAreComplete();
-    void lengthsAreBounded_data();
-    void lengthsAreBounded();
+    void lengthsAreLimited_data();
+    void lengthsAreLimited();
     void generatorsNeedABuffer();
     void generatorsNeedASeed();
     void lastCharacterIsDrawnUntilThereAreTwoClasses_data();
@@ -234,28 +234,28 @@ private slots:
     void poolHasALength_data();
     void poolHasALength();
     void poolThatCannotBeFilledIsLogged();
-    void clearedMemoryHoldsThePool();
-    void moreThanThePoolEndsAsOnes();
+    void clearedMemoryContainsThePool();
+    void moreThanThePoolIsFilledWithOnes();
     void nothingIsClearedWithoutMemory_data();
     void nothingIsClearedWithoutMemory();
     void everyPassOfClearingIsLoggedIfItFails_data();
     void everyPassOfClearingIsLoggedIfItFails();
 
-    void fileIsCoveredThreeTimesAndRemoved_data();
-    void fileIsCoveredThreeTimesAndRemoved();
-    void systemSeesThreePassesAndNoMore();
-    void fileThatIsTooLargeIsLeft();
-    void emptyFileIsLeft();
+    void fileIsOverwrittenThreeTimesAndRemoved_data();
+    void fileIsOverwrittenThreeTimesAndRemoved();
+    void erasureMakesThreePassesOnly();
+    void tooLargeFileIsKept();
+    void emptyFileIsKept();
     void missingFileIsNotErased_data();
     void missingFileIsNotErased();
-    void unreadableFileIsTooLarge();
-    void unwritableFileIsLeft();
+    void unreadableFileCountsAsTooLarge();
+    void unwritableFileIsKept();
     void secondPassThatFailsIsLogged();
     void passWithoutPermissionsFails();
     void randomPassWithoutRandomBytesFails();
     void randomPassThatCannotBeWrittenFails();
-    void fileThatCannotBeUnlinkedIsCovered();
-    void targetOfALinkIsCovered();
+    void fileThatCannotBeUnlinkedIsOverwritten();
+    void targetOfALinkIsOverwritten();
 
 private:
     bool IsError(const QString& message) const
@@ -342,14 +342,14 @@ void TestRandomCode::kernelBytesNeedABuffer()
     QCOMPARE(between.opens, 0);
 }
 
-void TestRandomCode::noKernelBytesOpenAndCloseTheDevice_data()
+void TestRandomCode::lengthOfZeroOpensAndClosesTheDevice_data()
 {
     QTest::addColumn<int>("length");
     QTest::newRow("0") << 0;
     QTest::newRow("-1") << -1;
 }
 
-void TestRandomCode::noKernelBytesOpenAndCloseTheDevice()
+void TestRandomCode::lengthOfZeroOpensAndClosesTheDevice()
 {
     QFETCH(int, length);
     QByteArray buffer(4, UNTOUCHED);
@@ -393,7 +393,7 @@ void TestRandomCode::kernelBytesFillTheBufferExactly()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::shortReadsMoveOn()
+void TestRandomCode::shortReadsAreContinued()
 {
     between.reads = {{"a"}, {"bcd"}, {"", EAGAIN}, {"ef"}, {"ghij"}};
     QByteArray buffer(11, UNTOUCHED);
@@ -479,7 +479,7 @@ void TestRandomCode::seedComesFromTheKernel()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::seedThatCannotBeHadFails()
+void TestRandomCode::seedWithoutTheKernelFails()
 {
     between.openError = EMFILE;
     QCOMPARE(RandomCode::ProduceRandSeed(), GET_RANDOM_SEEDS_FAILED);
@@ -528,7 +528,7 @@ void TestRandomCode::alphabetsAreComplete()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::lengthsAreBounded_data()
+void TestRandomCode::lengthsAreLimited_data()
 {
     QTest::addColumn<unsigned int>("length");
     QTest::addColumn<bool>("password");
@@ -543,7 +543,7 @@ void TestRandomCode::lengthsAreBounded_data()
     QTest::newRow("highest") << 0xFFFFFFFFU << false << false;
 }
 
-void TestRandomCode::lengthsAreBounded()
+void TestRandomCode::lengthsAreLimited()
 {
     QFETCH(unsigned int, length);
     QFETCH(bool, password);
@@ -771,7 +771,7 @@ void TestRandomCode::poolThatCannotBeFilledIsLogged()
     QCOMPARE(Pool(), QByteArray(POOL_SIZE, '\0'));
 }
 
-void TestRandomCode::clearedMemoryHoldsThePool()
+void TestRandomCode::clearedMemoryContainsThePool()
 {
     for (const int length : {1, 100, POOL_SIZE}) {
         QByteArray buffer(POOL_SIZE + 1, UNTOUCHED);
@@ -785,7 +785,7 @@ void TestRandomCode::clearedMemoryHoldsThePool()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::moreThanThePoolEndsAsOnes()
+void TestRandomCode::moreThanThePoolIsFilledWithOnes()
 {
     for (const int length : {POOL_SIZE + 1, 300}) {
         log->Clear();
@@ -850,7 +850,7 @@ void TestRandomCode::everyPassOfClearingIsLoggedIfItFails()
     QTEST(buffer, "content");
 }
 
-void TestRandomCode::fileIsCoveredThreeTimesAndRemoved_data()
+void TestRandomCode::fileIsOverwrittenThreeTimesAndRemoved_data()
 {
     QTest::addColumn<int>("size");
     QTest::newRow("one byte") << 1;
@@ -858,7 +858,7 @@ void TestRandomCode::fileIsCoveredThreeTimesAndRemoved_data()
     QTest::newRow("largest") << LIMIT;
 }
 
-void TestRandomCode::fileIsCoveredThreeTimesAndRemoved()
+void TestRandomCode::fileIsOverwrittenThreeTimesAndRemoved()
 {
     QFETCH(int, size);
     WriteAll(path, QByteArray(size, UNTOUCHED));
@@ -930,7 +930,7 @@ QList<QByteArray> DoneTo(const QByteArray& file, const QByteArray& trace)
 }
 } // namespace
 
-void TestRandomCode::systemSeesThreePassesAndNoMore()
+void TestRandomCode::erasureMakesThreePassesOnly()
 {
     constexpr int SIZE = 300;
     WriteAll(path, QByteArray(SIZE, UNTOUCHED));
@@ -968,7 +968,7 @@ void TestRandomCode::systemSeesThreePassesAndNoMore()
     QCOMPARE(done, wanted);
 }
 
-void TestRandomCode::fileThatIsTooLargeIsLeft()
+void TestRandomCode::tooLargeFileIsKept()
 {
     WriteAll(path, QByteArray(LIMIT + 1, UNTOUCHED));
     SetMode(path, 0644);
@@ -979,7 +979,7 @@ void TestRandomCode::fileThatIsTooLargeIsLeft()
     QVERIFY(IsWarning(log->Messages().first()));
 }
 
-void TestRandomCode::emptyFileIsLeft()
+void TestRandomCode::emptyFileIsKept()
 {
     WriteAll(path, QByteArray());
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
@@ -1009,7 +1009,7 @@ void TestRandomCode::missingFileIsNotErased()
     QVERIFY(QFileInfo(directory->filePath(QStringLiteral("dangling"))).isSymLink());
 }
 
-void TestRandomCode::unreadableFileIsTooLarge()
+void TestRandomCode::unreadableFileCountsAsTooLarge()
 {
     WriteAll(path, "text");
     SetMode(path, 0200);
@@ -1024,7 +1024,7 @@ void TestRandomCode::unreadableFileIsTooLarge()
     QVERIFY(IsWarning(log->Messages().last()));
 }
 
-void TestRandomCode::unwritableFileIsLeft()
+void TestRandomCode::unwritableFileIsKept()
 {
     WriteAll(path, "text");
     SetMode(path, 0400);
@@ -1083,7 +1083,7 @@ void TestRandomCode::randomPassThatCannotBeWrittenFails()
     QVERIFY(IsError(log->Messages().first()));
 }
 
-void TestRandomCode::fileThatCannotBeUnlinkedIsCovered()
+void TestRandomCode::fileThatCannotBeUnlinkedIsOverwritten()
 {
     constexpr int SIZE = 100;
     WriteAll(path, QByteArray(SIZE, UNTOUCHED));
@@ -1102,7 +1102,7 @@ void TestRandomCode::fileThatCannotBeUnlinkedIsCovered()
     QVERIFY(left != QByteArray(SIZE, left.at(0)));
 }
 
-void TestRandomCode::targetOfALinkIsCovered()
+void TestRandomCode::targetOfALinkIsOverwritten()
 {
     constexpr int SIZE = 100;
     const QString link = directory->filePath(QStringLiteral("link"));

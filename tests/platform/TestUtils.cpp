@@ -81,38 +81,38 @@ private slots:
     void splitKeepsEmptyPiecesButTheLast();
     void everyOccurrenceIsDeleted_data();
     void everyOccurrenceIsDeleted();
-    void deletingNothingDoesNotEnd();
+    void deletingAnEmptyTextLoopsForever();
     void bytesBecomeHexadecimalPairs_data();
     void bytesBecomeHexadecimalPairs();
     void everyByteHasItsPair();
-    void deviceIdentifierIsJudged_data();
-    void deviceIdentifierIsJudged();
-    void everyByteIsJudged_data();
-    void everyByteIsJudged();
-    void macIsJudged_data();
-    void macIsJudged();
-    void wordIsJudged_data();
-    void wordIsJudged();
-    void numberIsJudged_data();
-    void numberIsJudged();
-    void addressIsJudged_data();
-    void addressIsJudged();
-    void everyNumberOfAnAddressIsJudged();
-    void pathIsTheEnginesOwn();
-    void longTextIsJudgedAsAShortOne_data();
-    void longTextIsJudgedAsAShortOne();
+    void deviceIdentifierIsValidated_data();
+    void deviceIdentifierIsValidated();
+    void everyByteIsValidated_data();
+    void everyByteIsValidated();
+    void macIsValidated_data();
+    void macIsValidated();
+    void wordIsValidated_data();
+    void wordIsValidated();
+    void numberIsValidated_data();
+    void numberIsValidated();
+    void addressIsValidated_data();
+    void addressIsValidated();
+    void everyNumberOfAnAddressIsValidated();
+    void pathIsThatOfTheEngine();
+    void longTextIsValidatedAsAShortOne_data();
+    void longTextIsValidatedAsAShortOne();
 
     void outputIsTrimmed_data();
     void outputIsTrimmed();
-    void longOutputComesWhole_data();
-    void longOutputComesWhole();
-    void zeroByteHidesTheRestOfAPiece_data();
-    void zeroByteHidesTheRestOfAPiece();
-    void refusedCommandIsNotRun_data();
-    void refusedCommandIsNotRun();
-    void failureOfThePipeGivesNothing();
-    void failureOfTheBufferGivesNothing();
-    void commandSeesTheEnvironment();
+    void longOutputIsReturnedWhole_data();
+    void longOutputIsReturnedWhole();
+    void zeroByteHidesTheRestOfAChunk_data();
+    void zeroByteHidesTheRestOfAChunk();
+    void rejectedCommandIsNotRun_data();
+    void rejectedCommandIsNotRun();
+    void failedPipeReturnsAnEmptyText();
+    void failedBufferClearReturnsAnEmptyText();
+    void commandGetsTheEnvironment();
     void nothingIsLogged();
     void identifierComesFromTheKernel();
     void identifierIsEmptyOnFailure();
@@ -185,7 +185,7 @@ void TestUtils::everyOccurrenceIsDeleted()
     QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), piece.toStdString())), "rest");
 }
 
-void TestUtils::deletingNothingDoesNotEnd()
+void TestUtils::deletingAnEmptyTextLoopsForever()
 {
     const pid_t child = fork();
     if (child == 0) {
@@ -201,7 +201,7 @@ void TestUtils::deletingNothingDoesNotEnd()
     QCOMPARE(WTERMSIG(status), SIGKILL);
 }
 
-void TestUtils::longTextIsJudgedAsAShortOne_data()
+void TestUtils::longTextIsValidatedAsAShortOne_data()
 {
     QTest::addColumn<Judge>("judge");
     QTest::addColumn<std::string>("text");
@@ -221,7 +221,7 @@ void TestUtils::longTextIsJudgedAsAShortOne_data()
     QTest::newRow("address with a long end") << &Utils::IsIpValid << "1.1.1." + digits << false;
 }
 
-void TestUtils::longTextIsJudgedAsAShortOne()
+void TestUtils::longTextIsValidatedAsAShortOne()
 {
     QFETCH(Judge, judge);
     QFETCH(std::string, text);
@@ -254,7 +254,7 @@ void TestUtils::everyByteHasItsPair()
     QCOMPARE(QByteArray::fromStdString(Utils::String2HexString(bytes.toStdString())), bytes.toHex());
 }
 
-void TestUtils::deviceIdentifierIsJudged_data()
+void TestUtils::deviceIdentifierIsValidated_data()
 {
     QTest::addColumn<QByteArray>("id");
     QTest::addColumn<bool>("valid");
@@ -268,13 +268,13 @@ void TestUtils::deviceIdentifierIsJudged_data()
     QTest::newRow("zero byte") << QByteArray("a\0b", 3) << false;
 }
 
-void TestUtils::deviceIdentifierIsJudged()
+void TestUtils::deviceIdentifierIsValidated()
 {
     QFETCH(QByteArray, id);
     QTEST(Utils::IsValidUDID(id.toStdString()), "valid");
 }
 
-void TestUtils::everyByteIsJudged_data()
+void TestUtils::everyByteIsValidated_data()
 {
     QTest::addColumn<Judge>("judge");
     QTest::addColumn<std::string>("before");
@@ -288,7 +288,7 @@ void TestUtils::everyByteIsJudged_data()
     QTest::newRow("address") << &Utils::IsIpValid << std::string("1.1.1.") << digits;
 }
 
-void TestUtils::everyByteIsJudged()
+void TestUtils::everyByteIsValidated()
 {
     QFETCH(Judge, judge);
     QFETCH(std::string, before);
@@ -300,7 +300,7 @@ void TestUtils::everyByteIsJudged()
     }
 }
 
-void TestUtils::macIsJudged_data()
+void TestUtils::macIsValidated_data()
 {
     QTest::addColumn<QString>("mac");
     QTest::addColumn<bool>("valid");
@@ -329,13 +329,13 @@ void TestUtils::macIsJudged_data()
     add("AA:bb:00:11:22:33\n", false);
 }
 
-void TestUtils::macIsJudged()
+void TestUtils::macIsValidated()
 {
     QFETCH(QString, mac);
     QTEST(Utils::IsMacValid(mac.toStdString()), "valid");
 }
 
-void TestUtils::wordIsJudged_data()
+void TestUtils::wordIsValidated_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<bool>("valid");
@@ -348,13 +348,13 @@ void TestUtils::wordIsJudged_data()
     QTest::newRow("not ASCII") << QByteArray("\xc3\xa4") << false;
 }
 
-void TestUtils::wordIsJudged()
+void TestUtils::wordIsValidated()
 {
     QFETCH(QByteArray, text);
     QTEST(Utils::IsStringAndNumberOnly(text.toStdString()), "valid");
 }
 
-void TestUtils::numberIsJudged_data()
+void TestUtils::numberIsValidated_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<bool>("valid");
@@ -368,13 +368,13 @@ void TestUtils::numberIsJudged_data()
     QTest::newRow("line feed") << QByteArray("1\n") << false;
 }
 
-void TestUtils::numberIsJudged()
+void TestUtils::numberIsValidated()
 {
     QFETCH(QByteArray, text);
     QTEST(Utils::IsNumberOnly(text.toStdString()), "valid");
 }
 
-void TestUtils::addressIsJudged_data()
+void TestUtils::addressIsValidated_data()
 {
     QTest::addColumn<QString>("ip");
     QTest::addColumn<bool>("valid");
@@ -402,13 +402,13 @@ void TestUtils::addressIsJudged_data()
     add("1111", false);
 }
 
-void TestUtils::addressIsJudged()
+void TestUtils::addressIsValidated()
 {
     QFETCH(QString, ip);
     QTEST(Utils::IsIpValid(ip.toStdString()), "valid");
 }
 
-void TestUtils::everyNumberOfAnAddressIsJudged()
+void TestUtils::everyNumberOfAnAddressIsValidated()
 {
     for (int place = 0; place < 4; ++place) {
         for (int number = 0; number < 1000; ++number) {
@@ -421,7 +421,7 @@ void TestUtils::everyNumberOfAnAddressIsJudged()
     }
 }
 
-void TestUtils::pathIsTheEnginesOwn()
+void TestUtils::pathIsThatOfTheEngine()
 {
     QCOMPARE(Utils::mVelodeskFilePath, std::string("/opt/apps/com.zelmora.velodesk/files/tandra/"));
 }
@@ -470,7 +470,7 @@ void TestUtils::outputIsTrimmed()
     QTEST(QByteArray::fromStdString(run(command.toStdString())), "output");
 }
 
-void TestUtils::longOutputComesWhole_data()
+void TestUtils::longOutputIsReturnedWhole_data()
 {
     QTest::addColumn<Runner>("run");
     QTest::addColumn<QByteArray>("command");
@@ -486,7 +486,7 @@ void TestUtils::longOutputComesWhole_data()
     }
 }
 
-void TestUtils::longOutputComesWhole()
+void TestUtils::longOutputIsReturnedWhole()
 {
     QFETCH(Runner, run);
     QFETCH(QByteArray, command);
@@ -496,7 +496,7 @@ void TestUtils::longOutputComesWhole()
     QVERIFY(seen == output);
 }
 
-void TestUtils::zeroByteHidesTheRestOfAPiece_data()
+void TestUtils::zeroByteHidesTheRestOfAChunk_data()
 {
     QTest::addColumn<Runner>("run");
     QTest::addColumn<int>("piece");
@@ -504,7 +504,7 @@ void TestUtils::zeroByteHidesTheRestOfAPiece_data()
     QTest::newRow("as RunCommand runs it") << &Velodesk::RunCommand << 1023;
 }
 
-void TestUtils::zeroByteHidesTheRestOfAPiece()
+void TestUtils::zeroByteHidesTheRestOfAChunk()
 {
     QFETCH(Runner, run);
     QFETCH(int, piece);
@@ -519,7 +519,7 @@ void TestUtils::zeroByteHidesTheRestOfAPiece()
     QVERIFY(seen(piece - 2) == QByteArray(piece - 2, 'x') + "z");
 }
 
-void TestUtils::refusedCommandIsNotRun_data()
+void TestUtils::rejectedCommandIsNotRun_data()
 {
     QTest::addColumn<Runner>("run");
     QTest::addColumn<QByteArray>("command");
@@ -532,7 +532,7 @@ void TestUtils::refusedCommandIsNotRun_data()
     AddForBoth("slash and dot", "echo seen; echo mark > %1; echo /.", "seen\n/.");
 }
 
-void TestUtils::refusedCommandIsNotRun()
+void TestUtils::rejectedCommandIsNotRun()
 {
     QFETCH(Runner, run);
     QFETCH(QByteArray, command);
@@ -544,7 +544,7 @@ void TestUtils::refusedCommandIsNotRun()
     QCOMPARE(QFileInfo::exists(mark), !output.isEmpty());
 }
 
-void TestUtils::failureOfThePipeGivesNothing()
+void TestUtils::failedPipeReturnsAnEmptyText()
 {
     std::string byUtils = "text";
     std::string byCommand = "text";
@@ -557,7 +557,7 @@ void TestUtils::failureOfThePipeGivesNothing()
     QCOMPARE(byCommand, std::string());
 }
 
-void TestUtils::failureOfTheBufferGivesNothing()
+void TestUtils::failedBufferClearReturnsAnEmptyText()
 {
     fillingFails = true;
     const std::string byUtils = Utils::ExecutePopenAndReturn("echo text");
@@ -572,7 +572,7 @@ void TestUtils::failureOfTheBufferGivesNothing()
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
-void TestUtils::commandSeesTheEnvironment()
+void TestUtils::commandGetsTheEnvironment()
 {
     const Variable variable("OF_THIS_TEST", "value");
     QCOMPARE(Utils::ExecutePopenAndReturn("echo $OF_THIS_TEST"), std::string("value"));

@@ -20,12 +20,12 @@ private slots:
     void init() { window = std::make_unique<VeloWin>(nullptr); }
     void cleanup() { window.reset(); }
 
-    void isBuiltAsTold();
-    void linkStandsInTheMiddle();
+    void widgetsHaveTheirProperties();
+    void linkIsCentred();
     void startsWithTheAboutView();
-    void navigates();
+    void buttonsSwitchBetweenTheViews();
     void agreementOpensAtItsTop();
-    void headingAndDividerStandBeforeTheAgreement();
+    void headingAndDividerPrecedeTheAgreement();
     void missingParentIsHarmless();
 
 private:
@@ -36,7 +36,7 @@ private:
     std::unique_ptr<VeloWin> window;
 };
 
-void TestAboutWin::isBuiltAsTold()
+void TestAboutWin::widgetsHaveTheirProperties()
 {
     const QMap<QByteArray, QRect> geometry{
         {"aboutStack", QRect(0, 0, 728, 460)}, {"abtBackBtn", QRect(56, 16, 40, 40)},
@@ -82,7 +82,7 @@ void TestAboutWin::isBuiltAsTold()
     QCOMPARE(view->geometry(), QRect(20, 17, 588, 351));
 }
 
-void TestAboutWin::linkStandsInTheMiddle()
+void TestAboutWin::linkIsCentred()
 {
     QCOMPARE(Find(Page(), "proBtn")->geometry(), QRect((727 - 59) / 2, 294, 60, 20));
 }
@@ -95,7 +95,7 @@ void TestAboutWin::startsWithTheAboutView()
     QCOMPARE(Find<QStackedWidget>(alone, "aboutStack")->currentIndex(), 1);
 }
 
-void TestAboutWin::navigates()
+void TestAboutWin::buttonsSwitchBetweenTheViews()
 {
     window->show();
     window->ShowAboutWin();
@@ -125,7 +125,7 @@ void TestAboutWin::agreementOpensAtItsTop()
     QVERIFY(!view->textCursor().hasSelection());
 }
 
-void TestAboutWin::headingAndDividerStandBeforeTheAgreement()
+void TestAboutWin::headingAndDividerPrecedeTheAgreement()
 {
     const auto* view = Page().findChild<SerProEdit*>();
     const QString text = view->toPlainText();

@@ -64,16 +64,16 @@ private slots:
     void everyControlHasNameAndAction_data() { AddBothLooks(); }
     void everyControlHasNameAndAction();
     void pressIsOneClickOfEveryButton();
-    void widgetIsTold_data();
-    void widgetIsTold();
-    void tickTellsItsState();
+    void widgetHasItsRoleAndName_data();
+    void widgetHasItsRoleAndName();
+    void tickReportsItsState();
     void exitQuestionIsAnsweredByPress();
     void menuHangsBelowItsButton();
     void rowIsSelectedByPress();
     void documentIsReadOnlyText_data();
     void documentIsReadOnlyText();
     void nameFieldIsEnabledByThePencil();
-    void coversAreNoControls();
+    void coversHaveNoAction();
 
 private:
     QWidgetList Windows() const { return {agreement.get(), window.get(), question, box.get()}; }
@@ -181,7 +181,7 @@ void TestAccessibility::pressIsOneClickOfEveryButton()
     }
 }
 
-void TestAccessibility::widgetIsTold_data()
+void TestAccessibility::widgetHasItsRoleAndName_data()
 {
     QTest::addColumn<int>("role");
     QTest::addColumn<QString>("name");
@@ -208,7 +208,7 @@ void TestAccessibility::widgetIsTold_data()
     add("btnRight", QAccessible::Button, "确定");
 }
 
-void TestAccessibility::widgetIsTold()
+void TestAccessibility::widgetHasItsRoleAndName()
 {
     QFETCH(int, role);
     QFETCH(QString, name);
@@ -217,7 +217,7 @@ void TestAccessibility::widgetIsTold()
     QCOMPARE(Name(told), name);
 }
 
-void TestAccessibility::tickTellsItsState()
+void TestAccessibility::tickReportsItsState()
 {
     QAccessibleInterface& tick = Told(Button("AgreeBtn"));
     QCOMPARE(tick.role(), QAccessible::CheckBox);
@@ -327,7 +327,7 @@ void TestAccessibility::nameFieldIsEnabledByThePencil()
     QCOMPARE(field.text(QAccessible::Value), QStringLiteral("Tandra"));
 }
 
-void TestAccessibility::coversAreNoControls()
+void TestAccessibility::coversHaveNoAction()
 {
     for (const char* name : {"justCover", "justCover2"}) {
         QAccessibleInterface& cover = Told(Find(*window, name));

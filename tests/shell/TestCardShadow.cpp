@@ -119,16 +119,16 @@ class TestCardShadow : public QObject
     Q_OBJECT
 
 private slots:
-    void shadowIsThatOfQtsOwnEffect_data();
-    void shadowIsThatOfQtsOwnEffect();
+    void shadowEqualsThatOfQtsEffect_data();
+    void shadowEqualsThatOfQtsEffect();
     void shadowFollowsItsCard_data();
     void shadowFollowsItsCard();
-    void changeOnTheCardPaintsOnlyThatPlace();
-    void changesAroundACornerLeaveItsShadowAsItWas();
-    void renderedCardIsInItsPlace();
+    void changeOnTheCardRepaintsOnlyThatArea();
+    void changesAroundACornerDoNotChangeItsShadow();
+    void renderedCardEqualsTheShownCard();
 };
 
-void TestCardShadow::shadowIsThatOfQtsOwnEffect_data()
+void TestCardShadow::shadowEqualsThatOfQtsEffect_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<QString>("style");
@@ -140,7 +140,7 @@ void TestCardShadow::shadowIsThatOfQtsOwnEffect_data()
     QTest::newRow("filled by its child") << QSize(300, 168) << QString();
 }
 
-void TestCardShadow::shadowIsThatOfQtsOwnEffect()
+void TestCardShadow::shadowEqualsThatOfQtsEffect()
 {
     QFETCH(QSize, size);
     QFETCH(QString, style);
@@ -174,7 +174,7 @@ void TestCardShadow::shadowFollowsItsCard()
     QVERIFY(!Difference(ours, Portrait(CARD, ROUND, AddQts)).isEmpty());
 }
 
-void TestCardShadow::changeOnTheCardPaintsOnlyThatPlace()
+void TestCardShadow::changeOnTheCardRepaintsOnlyThatArea()
 {
     CardOnWindow probe;
     PaintedArea changed(&probe.card, QRect(100, 60, 20, 20));
@@ -191,7 +191,7 @@ void TestCardShadow::changeOnTheCardPaintsOnlyThatPlace()
     QCOMPARE(beside.count, before);
 }
 
-void TestCardShadow::changesAroundACornerLeaveItsShadowAsItWas()
+void TestCardShadow::changesAroundACornerDoNotChangeItsShadow()
 {
     CardOnWindow probe;
     // Qt clears these two places alone, and has all painted that lies between them.
@@ -213,7 +213,7 @@ void TestCardShadow::changesAroundACornerLeaveItsShadowAsItWas()
     QVERIFY(Surface(probe.window) == before);
 }
 
-void TestCardShadow::renderedCardIsInItsPlace()
+void TestCardShadow::renderedCardEqualsTheShownCard()
 {
     CardOnWindow probe;
     probe.window.show();

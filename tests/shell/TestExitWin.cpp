@@ -11,29 +11,29 @@ class TestExitWin : public QObject
     Q_OBJECT
 
 private slots:
-    void isBuiltAsTold_data();
-    void isBuiltAsTold();
-    void looksDiffer_data();
-    void looksDiffer();
+    void widgetsHaveTheirProperties_data();
+    void widgetsHaveTheirProperties();
+    void shadowDecidesTheAppearance_data();
+    void shadowDecidesTheAppearance();
     void startsWithExitChecked();
     void quitEmitsOnlyWhileExitIsChecked();
     void cancelHidesOnlyWhileCancelIsChecked();
     void clicksCheckTheirButtonFirst();
     void closeHides();
-    void bandIsTheTop32Rows();
-    void bandEndsInItsCorners_data();
-    void bandEndsInItsCorners();
-    void standsOverTheMiddleOfItsParent_data();
-    void standsOverTheMiddleOfItsParent();
-    void isNotSeenWhileItIsBuilt();
+    void dragAreaIsTheTop32Rows();
+    void dragAreaIncludesItsCorners_data();
+    void dragAreaIncludesItsCorners();
+    void isCentredOnItsParent_data();
+    void isCentredOnItsParent();
+    void isNotShownDuringConstruction();
 };
 
-void TestExitWin::isBuiltAsTold_data()
+void TestExitWin::widgetsHaveTheirProperties_data()
 {
     AddBothLooks();
 }
 
-void TestExitWin::isBuiltAsTold()
+void TestExitWin::widgetsHaveTheirProperties()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -57,12 +57,12 @@ void TestExitWin::isBuiltAsTold()
     QCOMPARE(Find(window, "widget_bg")->size(), QSize(300, 168));
 }
 
-void TestExitWin::looksDiffer_data()
+void TestExitWin::shadowDecidesTheAppearance_data()
 {
     AddBothLooks();
 }
 
-void TestExitWin::looksDiffer()
+void TestExitWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -133,7 +133,7 @@ void TestExitWin::closeHides()
     QCOMPARE(quit.count(), 0);
 }
 
-void TestExitWin::bandIsTheTop32Rows()
+void TestExitWin::dragAreaIsTheTop32Rows()
 {
     const Look look(false);
     ExitWin window(nullptr);
@@ -151,12 +151,12 @@ void TestExitWin::bandIsTheTop32Rows()
     QCOMPARE(window.pos(), ends);
 }
 
-void TestExitWin::bandEndsInItsCorners_data()
+void TestExitWin::dragAreaIncludesItsCorners_data()
 {
     AddBothLooks();
 }
 
-void TestExitWin::bandEndsInItsCorners()
+void TestExitWin::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -168,12 +168,12 @@ void TestExitWin::bandEndsInItsCorners()
     QVERIFY(!Drags(window, QPoint(299, 32)));
 }
 
-void TestExitWin::standsOverTheMiddleOfItsParent_data()
+void TestExitWin::isCentredOnItsParent_data()
 {
     AddBothLooks();
 }
 
-void TestExitWin::standsOverTheMiddleOfItsParent()
+void TestExitWin::isCentredOnItsParent()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -189,7 +189,7 @@ void TestExitWin::standsOverTheMiddleOfItsParent()
     }
 }
 
-void TestExitWin::isNotSeenWhileItIsBuilt()
+void TestExitWin::isNotShownDuringConstruction()
 {
     // What a window is shown by, on the screen.
     class Shows : public QObject

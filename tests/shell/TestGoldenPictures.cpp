@@ -22,27 +22,27 @@ class TestGoldenPictures : public QObject
     Q_OBJECT
 
 private slots:
-    void windowsLookAsTheyDid_data();
-    void windowsLookAsTheyDid();
-    void noGoldenPictureIsLeftOver();
-    void comparisonSeesAMovedWidget();
-    void comparisonSeesAnotherColour();
-    void comparisonSeesAMissingLine();
-    void comparisonBearsAnotherRasteriser();
-    void comparisonForAnotherReleaseSeesWhatIsMissing();
+    void windowsEqualTheirGoldenImages_data();
+    void windowsEqualTheirGoldenImages();
+    void everyGoldenImageBelongsToAWindow();
+    void comparisonDetectsAMovedWidget();
+    void comparisonDetectsAnotherColour();
+    void comparisonDetectsAMissingLine();
+    void comparisonAcceptsAnotherRasteriser();
+    void comparisonForAnotherReleaseDetectsMissingParts();
 
 private:
     static QImage Golden(const QString& name) { return QImage(GOLDEN + name + QStringLiteral(".png")); }
 };
 
-void TestGoldenPictures::windowsLookAsTheyDid_data()
+void TestGoldenPictures::windowsEqualTheirGoldenImages_data()
 {
     QTest::addColumn<bool>("shadow");
     QTest::newRow("shadow") << true;
     QTest::newRow("plain") << false;
 }
 
-void TestGoldenPictures::windowsLookAsTheyDid()
+void TestGoldenPictures::windowsEqualTheirGoldenImages()
 {
     QFETCH(bool, shadow);
     const Allowance& allowance = QLibraryInfo::version() < TAKEN_WITH ? OTHER_RELEASE : OTHER_RASTERISER;
@@ -69,7 +69,7 @@ void TestGoldenPictures::windowsLookAsTheyDid()
                         QStringLiteral(" - if that is wanted: scripts/pictures accept")));
 }
 
-void TestGoldenPictures::noGoldenPictureIsLeftOver()
+void TestGoldenPictures::everyGoldenImageBelongsToAWindow()
 {
     QStringList wanted;
     for (const bool shadow : {true, false}) {
@@ -83,7 +83,7 @@ void TestGoldenPictures::noGoldenPictureIsLeftOver()
     QCOMPARE(QDir(GOLDEN).entryList(QDir::Files, QDir::Name | QDir::LocaleAware).toSet(), wanted.toSet());
 }
 
-void TestGoldenPictures::comparisonSeesAMovedWidget()
+void TestGoldenPictures::comparisonDetectsAMovedWidget()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     // The pencil, the smallest thing of the page, two pixels to the right.
@@ -97,7 +97,7 @@ void TestGoldenPictures::comparisonSeesAMovedWidget()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonSeesAnotherColour()
+void TestGoldenPictures::comparisonDetectsAnotherColour()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     QImage after = before;
@@ -111,7 +111,7 @@ void TestGoldenPictures::comparisonSeesAnotherColour()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonSeesAMissingLine()
+void TestGoldenPictures::comparisonDetectsAMissingLine()
 {
     const QImage before = Golden(QStringLiteral("settings-shadow"));
     const QRgb divider = qRgb(0xF0, 0xF0, 0xF0);
@@ -131,7 +131,7 @@ void TestGoldenPictures::comparisonSeesAMissingLine()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonForAnotherReleaseSeesWhatIsMissing()
+void TestGoldenPictures::comparisonForAnotherReleaseDetectsMissingParts()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     const QRect pencil(600, 424, 24, 24);
@@ -146,7 +146,7 @@ void TestGoldenPictures::comparisonForAnotherReleaseSeesWhatIsMissing()
     QVERIFY(!FindDifference(before, moved, OTHER_RELEASE).isEmpty());
 }
 
-void TestGoldenPictures::comparisonBearsAnotherRasteriser()
+void TestGoldenPictures::comparisonAcceptsAnotherRasteriser()
 {
     const QString text = QStringLiteral("多屏协同 极速投屏，无缝连接 PC设备名称 Tandra");
     QFont font(QStringLiteral("Noto Sans CJK SC"));

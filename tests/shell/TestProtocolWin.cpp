@@ -28,20 +28,20 @@ private slots:
     void init() { window = std::make_unique<ProtocolWin>(nullptr); }
     void cleanup() { window.reset(); }
 
-    void isBuiltAsTold();
-    void looksDiffer_data();
-    void looksDiffer();
+    void widgetsHaveTheirProperties();
+    void shadowDecidesTheAppearance_data();
+    void shadowDecidesTheAppearance();
     void startsUnticked();
-    void tickWorksFromTheBoxAndFromTheWords_data();
-    void tickWorksFromTheBoxAndFromTheWords();
+    void tickIsToggledByTheBoxAndByTheText_data();
+    void tickIsToggledByTheBoxAndByTheText();
     void minimisingKeepsTheTick();
-    void beginStoresAndCloses();
-    void beginGoesOnWhereNothingCanBeStored();
-    void exitTellsFirstThenCloses();
-    void exitWithoutAHookJustCloses();
-    void closeByTheWindowManagerTellsNobody();
-    void bandEndsInItsCorners_data();
-    void bandEndsInItsCorners();
+    void beginStoresTheAgreementAndCloses();
+    void beginClosesWhenTheSettingsCannotBeWritten();
+    void exitCallsTheHookAndThenCloses();
+    void exitWithoutAHookCloses();
+    void closeByTheWindowManagerDoesNotCallTheHook();
+    void dragAreaIncludesItsCorners_data();
+    void dragAreaIncludesItsCorners();
 
 private:
     void VerifyTicked(bool ticked);
@@ -63,7 +63,7 @@ void TestProtocolWin::VerifyTicked(bool ticked)
              ticked ? QStringLiteral("color: #2B6FF2;") : QStringLiteral("color: rgba(0, 0, 0, 0.38);"));
 }
 
-void TestProtocolWin::isBuiltAsTold()
+void TestProtocolWin::widgetsHaveTheirProperties()
 {
     QCOMPARE(static_cast<int>(window->windowFlags()) & 0xFFFF, 10241);
     QCOMPARE(window->windowModality(), Qt::WindowModal);
@@ -103,12 +103,12 @@ void TestProtocolWin::isBuiltAsTold()
     QCOMPARE(Find(*window, "widget_bg")->childAt(150, 399), static_cast<QWidget*>(Button("AgreeLabel")));
 }
 
-void TestProtocolWin::looksDiffer_data()
+void TestProtocolWin::shadowDecidesTheAppearance_data()
 {
     AddBothLooks();
 }
 
-void TestProtocolWin::looksDiffer()
+void TestProtocolWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -131,14 +131,14 @@ void TestProtocolWin::startsUnticked()
     QVERIFY(!window->IsReadStatement());
 }
 
-void TestProtocolWin::tickWorksFromTheBoxAndFromTheWords_data()
+void TestProtocolWin::tickIsToggledByTheBoxAndByTheText_data()
 {
     QTest::addColumn<QByteArray>("button");
     QTest::newRow("box") << QByteArray("AgreeBtn");
     QTest::newRow("words") << QByteArray("AgreeLabel");
 }
 
-void TestProtocolWin::tickWorksFromTheBoxAndFromTheWords()
+void TestProtocolWin::tickIsToggledByTheBoxAndByTheText()
 {
     QFETCH(QByteArray, button);
     QTest::mouseClick(Button(button.constData()), Qt::LeftButton);
@@ -157,7 +157,7 @@ void TestProtocolWin::minimisingKeepsTheTick()
     VerifyTicked(true);
 }
 
-void TestProtocolWin::beginStoresAndCloses()
+void TestProtocolWin::beginStoresTheAgreementAndCloses()
 {
     window->show();
     QTest::mouseClick(Button("BeginBtn"), Qt::LeftButton);
@@ -169,7 +169,7 @@ void TestProtocolWin::beginStoresAndCloses()
     QVERIFY(Singleton<Configure>::GetInstance()->IsStatementRead());
 }
 
-void TestProtocolWin::beginGoesOnWhereNothingCanBeStored()
+void TestProtocolWin::beginClosesWhenTheSettingsCannotBeWritten()
 {
     QFile settings(qEnvironmentVariable("HOME") + QStringLiteral("/Velodesk/velodesk.conf"));
     QVERIFY(settings.open(QIODevice::WriteOnly));
@@ -182,7 +182,7 @@ void TestProtocolWin::beginGoesOnWhereNothingCanBeStored()
     QVERIFY(!Singleton<Configure>::GetInstance()->IsStatementRead());
 }
 
-void TestProtocolWin::exitTellsFirstThenCloses()
+void TestProtocolWin::exitCallsTheHookAndThenCloses()
 {
     bool visibleAtHook = false;
     int told = 0;
@@ -198,14 +198,14 @@ void TestProtocolWin::exitTellsFirstThenCloses()
     QVERIFY(!window->IsReadStatement());
 }
 
-void TestProtocolWin::exitWithoutAHookJustCloses()
+void TestProtocolWin::exitWithoutAHookCloses()
 {
     window->show();
     window->Exit();
     QVERIFY(!window->isVisible());
 }
 
-void TestProtocolWin::closeByTheWindowManagerTellsNobody()
+void TestProtocolWin::closeByTheWindowManagerDoesNotCallTheHook()
 {
     int told = 0;
     window->exitHook = [&told] {
@@ -217,12 +217,12 @@ void TestProtocolWin::closeByTheWindowManagerTellsNobody()
     QVERIFY(!window->isVisible());
 }
 
-void TestProtocolWin::bandEndsInItsCorners_data()
+void TestProtocolWin::dragAreaIncludesItsCorners_data()
 {
     AddBothLooks();
 }
 
-void TestProtocolWin::bandEndsInItsCorners()
+void TestProtocolWin::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);

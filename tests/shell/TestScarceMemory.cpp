@@ -37,10 +37,10 @@ private slots:
     void init() { log = std::make_unique<CapturedLog>(); }
     void cleanup();
 
-    void windowIsBuiltWithoutWhatCannotBeHad_data();
-    void windowIsBuiltWithoutWhatCannotBeHad();
-    void effectThatCannotBeHadIsReported();
-    void withoutAQuestionOnlyACloseCommandCloses();
+    void windowIsBuiltWithoutWhatCannotBeAllocated_data();
+    void windowIsBuiltWithoutWhatCannotBeAllocated();
+    void effectThatCannotBeAllocatedIsReported();
+    void closeCommandClosesWhenTheQuestionCannotBeAllocated();
 
 private:
     std::unique_ptr<CapturedLog> log;
@@ -52,7 +52,7 @@ void TestScarceMemory::cleanup()
     log.reset();
 }
 
-void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad_data()
+void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated_data()
 {
     QTest::addColumn<int>("before");
     QTest::addColumn<QString>("message");
@@ -65,7 +65,7 @@ void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad_data()
     QTest::newRow("item") << 5 << "Item is nullptr." << 0;
 }
 
-void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad()
+void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated()
 {
     QFETCH(int, before);
     QFETCH(QString, message);
@@ -80,7 +80,7 @@ void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeHad()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 }
 
-void TestScarceMemory::effectThatCannotBeHadIsReported()
+void TestScarceMemory::effectThatCannotBeAllocatedIsReported()
 {
     QWidget window;
     QWidget card(&window);
@@ -90,7 +90,7 @@ void TestScarceMemory::effectThatCannotBeHadIsReported()
     QCOMPARE(Shadow::AddShadowEffect(&window, &card), 0);
 }
 
-void TestScarceMemory::withoutAQuestionOnlyACloseCommandCloses()
+void TestScarceMemory::closeCommandClosesWhenTheQuestionCannotBeAllocated()
 {
     VeloWin window(nullptr);
     window.show();

@@ -45,22 +45,22 @@ private slots:
     void cleanup();
 
     void linkHasNoUnderline();
-    void textWithoutAddressComesBackAsItIs();
+    void textWithoutAddressIsNotChanged();
     void addressesAreFound_data();
     void addressesAreFound();
-    void spanIsMeasuredInTheView();
+    void spanPositionsAreThoseOfTheView();
     void clickInsideTheSpanOpens_data();
     void clickInsideTheSpanOpens();
-    void clickJudgesByTheAnchor();
+    void clickUsesTheAnchorOfTheSelection();
     void overlappingSpansBothOpen();
-    void spansOutliveTheDocument();
-    void headingStaysThroughTheLoad();
+    void spansAreKeptWhenTheDocumentChanges();
+    void headingIsKeptByTheLoad();
     void loadShowsTheTop();
-    void documentEndsAtItsFirstZeroByte();
-    void missingDocumentLeavesTheViewAsItWas();
-    void viewsOfOneTextAreAlike();
+    void documentIsCutAtItsFirstZeroByte();
+    void missingDocumentDoesNotChangeTheView();
+    void viewsOfOneTextAreEqual();
     void viewIsReadOnlyAndStyled();
-    void releaseGoesToThePressHandler();
+    void releaseCallsThePressHandler();
 
 private:
     QString Write(const QByteArray& content);
@@ -112,7 +112,7 @@ void TestSerProEdit::linkHasNoUnderline()
              QStringLiteral("<a href='x'><span style='text-decoration:none'>x</span></a>"));
 }
 
-void TestSerProEdit::textWithoutAddressComesBackAsItIs()
+void TestSerProEdit::textWithoutAddressIsNotChanged()
 {
     const QString text = QStringLiteral("<p>http:/none ftp://none.example 协议</p>");
     QCOMPARE(view->ProcessHtmlLinkUrl(text), text);
@@ -150,7 +150,7 @@ void TestSerProEdit::addressesAreFound()
     QCOMPARE(view->ProcessHtmlLinkUrl(text), result);
 }
 
-void TestSerProEdit::spanIsMeasuredInTheView()
+void TestSerProEdit::spanPositionsAreThoseOfTheView()
 {
     view->ProcessHtmlLinkUrl(QStringLiteral("<p>12345</p>") + ADDRESS);
     // A paragraph of its own each: the text, and behind a paragraph break the link.
@@ -181,7 +181,7 @@ void TestSerProEdit::clickInsideTheSpanOpens()
     }
 }
 
-void TestSerProEdit::clickJudgesByTheAnchor()
+void TestSerProEdit::clickUsesTheAnchorOfTheSelection()
 {
     view->ProcessHtmlLinkUrl(QStringLiteral("<p>12345</p>") + ADDRESS);
     QTextCursor cursor = view->textCursor();
@@ -207,7 +207,7 @@ void TestSerProEdit::overlappingSpansBothOpen()
              QStringList({ADDRESS, QStringLiteral("https://other.example/longer/than/the/first")}));
 }
 
-void TestSerProEdit::spansOutliveTheDocument()
+void TestSerProEdit::spansAreKeptWhenTheDocumentChanges()
 {
     const QString path = Write("<html><body><p>12345 https://example.com/app</p></body></html>");
     for (int i = 0; i < 2; ++i) {
@@ -222,7 +222,7 @@ void TestSerProEdit::spansOutliveTheDocument()
     QCOMPARE(browser->opened.size(), 4);
 }
 
-void TestSerProEdit::headingStaysThroughTheLoad()
+void TestSerProEdit::headingIsKeptByTheLoad()
 {
     view->append(QStringLiteral("Heading"));
     view->InitUi(Write("<html><body><p>Text with https://example.com/app in it</p></body></html>"));
@@ -248,13 +248,13 @@ void TestSerProEdit::loadShowsTheTop()
     }
 }
 
-void TestSerProEdit::documentEndsAtItsFirstZeroByte()
+void TestSerProEdit::documentIsCutAtItsFirstZeroByte()
 {
     view->InitUi(Write(QByteArray("<p>before</p>\0<p>after</p>", 26)));
     QCOMPARE(view->toPlainText(), QStringLiteral("before"));
 }
 
-void TestSerProEdit::missingDocumentLeavesTheViewAsItWas()
+void TestSerProEdit::missingDocumentDoesNotChangeTheView()
 {
     view->append(QStringLiteral("Heading"));
     view->InitUi(QStringLiteral("/nowhere/document"));
@@ -263,7 +263,7 @@ void TestSerProEdit::missingDocumentLeavesTheViewAsItWas()
                           QStringLiteral("File /nowhere/document open failed.")));
 }
 
-void TestSerProEdit::viewsOfOneTextAreAlike()
+void TestSerProEdit::viewsOfOneTextAreEqual()
 {
     const QString path = Write("<p style='font-weight:bold'>one</p><p>two <i>three</i></p>");
     view->InitUi(path);
@@ -302,7 +302,7 @@ void TestSerProEdit::viewIsReadOnlyAndStyled()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestSerProEdit::releaseGoesToThePressHandler()
+void TestSerProEdit::releaseCallsThePressHandler()
 {
     // Only the base class's release handler ends the scrolling of a selection that was drawn beyond the edge.
     view->setPlainText(QStringLiteral("line\n").repeated(500));

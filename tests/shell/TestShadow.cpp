@@ -72,39 +72,39 @@ class TestShadow : public QObject
     Q_OBJECT
 
 private slots:
-    void lookIsDecidedByDistributionAndCompositor_data();
-    void lookIsDecidedByDistributionAndCompositor();
-    void effectRefusesNull();
-    void effectIsSetUpOnce();
-    void adjustTakesTheCheapestWay();
-    void checkRectPushesInside_data();
-    void checkRectPushesInside();
-    void adjustRefusesNull();
-    void withoutEffectTheRectangleIsTheWindow();
+    void distributionAndCompositorDecideTheAppearance_data();
+    void distributionAndCompositorDecideTheAppearance();
+    void addEffectRejectsNull();
+    void effectIsCreatedOnceAndSetUpAgain();
+    void adjustChangesOnlyWhatDiffers();
+    void checkRectMovesTheRectangleInside_data();
+    void checkRectMovesTheRectangleInside();
+    void adjustRejectsNull();
+    void windowWithoutEffectHasNoMargins();
     void cardInTheMiddleHasFullMargins();
     void cardAtAnEdgeLosesThatMargin_data();
     void cardAtAnEdgeLosesThatMargin();
-    void windowOffTheDesktopComesBackUnclamped();
-    void windowThatIsBuiltOffTheDesktopIsClamped();
-    void windowThatIsBuiltTooLargeHasItsShadow_data();
-    void windowThatIsBuiltTooLargeHasItsShadow();
-    void windowThatIsBuiltAsLargeAsTheDesktopHasNone();
-    void windowThatIsBuiltWithoutEffectHasNoMargin();
-    void fixedSizeClampsEvenOffTheDesktop();
+    void windowOffTheDesktopIsNotClamped();
+    void firstPlacementClampsOffTheDesktop();
+    void firstPlacementOfATooLargeWindowKeepsItsMargins_data();
+    void firstPlacementOfATooLargeWindowKeepsItsMargins();
+    void firstPlacementAtTheSizeOfTheDesktopHasNoMargins();
+    void firstPlacementWithoutEffectHasNoMargins();
+    void fixedSizeIsClampedOffTheDesktop();
     void moveKeepsTheCardsSize();
     void maskHasAHoleUnderTheCursorBesideTheCard();
-    void nullIsHarmless();
-    void pressInTheBandDrags_data();
-    void pressInTheBandDrags();
+    void nullIsIgnored();
+    void pressInTheDragAreaDrags_data();
+    void pressInTheDragAreaDrags();
     void anyReleaseEndsTheDrag();
     void dragIsClampedWithShadowOnly_data();
     void dragIsClampedWithShadowOnly();
-    void pointerOverTheShadowReachesWhatLiesBehind();
-    void mouseEventsAreLeftToWhomeverLiesBelow();
+    void pointerOverTheShadowCutsAHoleIntoTheMask();
+    void mouseEventsAreIgnored();
     void centringTruncatesTowardZero();
 };
 
-void TestShadow::lookIsDecidedByDistributionAndCompositor_data()
+void TestShadow::distributionAndCompositorDecideTheAppearance_data()
 {
     QTest::addColumn<QByteArray>("release");
     QTest::addColumn<QByteArray>("answer");
@@ -124,7 +124,7 @@ void TestShadow::lookIsDecidedByDistributionAndCompositor_data()
     QTest::newRow("no answer") << that << QByteArray() << true << QStringList(check(""));
 }
 
-void TestShadow::lookIsDecidedByDistributionAndCompositor()
+void TestShadow::distributionAndCompositorDecideTheAppearance()
 {
     QFETCH(QByteArray, release);
     QFETCH(QByteArray, answer);
@@ -156,7 +156,7 @@ void TestShadow::lookIsDecidedByDistributionAndCompositor()
     }
 }
 
-void TestShadow::effectRefusesNull()
+void TestShadow::addEffectRejectsNull()
 {
     QWidget widget;
     QCOMPARE(Shadow::AddShadowEffect(nullptr, &widget), 1);
@@ -164,7 +164,7 @@ void TestShadow::effectRefusesNull()
     QVERIFY(widget.graphicsEffect() == nullptr);
 }
 
-void TestShadow::effectIsSetUpOnce()
+void TestShadow::effectIsCreatedOnceAndSetUpAgain()
 {
     Probe probe;
     QCOMPARE(Shadow::AddShadowEffect(&probe, probe.cardWidget), 0);
@@ -179,7 +179,7 @@ void TestShadow::effectIsSetUpOnce()
     QCOMPARE(effect->blurRadius(), 20.0);
 }
 
-void TestShadow::adjustTakesTheCheapestWay()
+void TestShadow::adjustChangesOnlyWhatDiffers()
 {
     QWidget window;
     window.setGeometry(10, 10, 100, 100);
@@ -197,7 +197,7 @@ void TestShadow::adjustTakesTheCheapestWay()
     QCOMPARE(window.maximumSize(), QSize(90, 95));
 }
 
-void TestShadow::checkRectPushesInside_data()
+void TestShadow::checkRectMovesTheRectangleInside_data()
 {
     QTest::addColumn<QRect>("rect");
     QTest::addColumn<QRect>("pushed");
@@ -210,7 +210,7 @@ void TestShadow::checkRectPushesInside_data()
     QTest::newRow("too tall") << QRect(0, 0, 10, 81) << QRect(0, 0, 10, 81);
 }
 
-void TestShadow::checkRectPushesInside()
+void TestShadow::checkRectMovesTheRectangleInside()
 {
     QFETCH(QRect, rect);
     QFETCH(QRect, pushed);
@@ -218,7 +218,7 @@ void TestShadow::checkRectPushesInside()
     QCOMPARE(rect, pushed);
 }
 
-void TestShadow::adjustRefusesNull()
+void TestShadow::adjustRejectsNull()
 {
     Probe probe;
     QCOMPARE(Shadow::ShadowWinAdjust(nullptr, probe.shadowLayout, probe.cardWidget, QRect(), false), 1);
@@ -228,7 +228,7 @@ void TestShadow::adjustRefusesNull()
     QCOMPARE(probe.geometry().size(), QSize(302, 170));
 }
 
-void TestShadow::withoutEffectTheRectangleIsTheWindow()
+void TestShadow::windowWithoutEffectHasNoMargins()
 {
     Probe probe;
     QCOMPARE(probe.Place(QRect(-40, 50, 222, 111)), 0);
@@ -277,7 +277,7 @@ void TestShadow::cardAtAnEdgeLosesThatMargin()
     QVERIFY(Area().contains(probe.geometry()));
 }
 
-void TestShadow::windowOffTheDesktopComesBackUnclamped()
+void TestShadow::windowOffTheDesktopIsNotClamped()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -293,7 +293,7 @@ void TestShadow::windowOffTheDesktopComesBackUnclamped()
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 20, 20, 20));
 }
 
-void TestShadow::windowThatIsBuiltOffTheDesktopIsClamped()
+void TestShadow::firstPlacementClampsOffTheDesktop()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -309,14 +309,14 @@ void TestShadow::windowThatIsBuiltOffTheDesktopIsClamped()
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 7, 20, 20));
 }
 
-void TestShadow::windowThatIsBuiltTooLargeHasItsShadow_data()
+void TestShadow::firstPlacementOfATooLargeWindowKeepsItsMargins_data()
 {
     QTest::addColumn<QRect>("large");
     QTest::newRow("too wide") << Area().adjusted(-50, 10, 50, -10);
     QTest::newRow("too high") << Area().adjusted(10, -50, -10, 50);
 }
 
-void TestShadow::windowThatIsBuiltTooLargeHasItsShadow()
+void TestShadow::firstPlacementOfATooLargeWindowKeepsItsMargins()
 {
     QFETCH(QRect, large);
     Probe probe;
@@ -326,7 +326,7 @@ void TestShadow::windowThatIsBuiltTooLargeHasItsShadow()
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
 }
 
-void TestShadow::windowThatIsBuiltAsLargeAsTheDesktopHasNone()
+void TestShadow::firstPlacementAtTheSizeOfTheDesktopHasNoMargins()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -335,7 +335,7 @@ void TestShadow::windowThatIsBuiltAsLargeAsTheDesktopHasNone()
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(0, 0, 0, 0));
 }
 
-void TestShadow::windowThatIsBuiltWithoutEffectHasNoMargin()
+void TestShadow::firstPlacementWithoutEffectHasNoMargins()
 {
     Probe probe;
     const QRect rect(QPoint(200, 100), CARD);
@@ -346,7 +346,7 @@ void TestShadow::windowThatIsBuiltWithoutEffectHasNoMargin()
     QCOMPARE(Shadow::ShadowWinPlace(&probe, probe.shadowLayout, nullptr, rect), 1);
 }
 
-void TestShadow::fixedSizeClampsEvenOffTheDesktop()
+void TestShadow::fixedSizeIsClampedOffTheDesktop()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -381,7 +381,7 @@ void TestShadow::maskHasAHoleUnderTheCursorBesideTheCard()
     QCOMPARE(probe.Mask(), whole);
 }
 
-void TestShadow::nullIsHarmless()
+void TestShadow::nullIsIgnored()
 {
     QWidget widget;
     Shadow::AdjustWindow(nullptr, QRect(), QRect(1, 1, 5, 5), false);
@@ -390,7 +390,7 @@ void TestShadow::nullIsHarmless()
     QVERIFY(widget.mask().isEmpty());
 }
 
-void TestShadow::pressInTheBandDrags_data()
+void TestShadow::pressInTheDragAreaDrags_data()
 {
     QTest::addColumn<QPoint>("offset");
     QTest::addColumn<int>("button");
@@ -403,7 +403,7 @@ void TestShadow::pressInTheBandDrags_data()
     QTest::newRow("right button") << QPoint(10, 10) << int(Qt::RightButton) << false;
 }
 
-void TestShadow::pressInTheBandDrags()
+void TestShadow::pressInTheDragAreaDrags()
 {
     QFETCH(QPoint, offset);
     QFETCH(int, button);
@@ -463,7 +463,7 @@ void TestShadow::dragIsClampedWithShadowOnly()
     QCOMPARE(probe.geometry(), ended);
 }
 
-void TestShadow::pointerOverTheShadowReachesWhatLiesBehind()
+void TestShadow::pointerOverTheShadowCutsAHoleIntoTheMask()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -477,7 +477,7 @@ void TestShadow::pointerOverTheShadowReachesWhatLiesBehind()
     QCOMPARE(probe.Mask(), QRegion(0, 0, 340, 208));
 }
 
-void TestShadow::mouseEventsAreLeftToWhomeverLiesBelow()
+void TestShadow::mouseEventsAreIgnored()
 {
     Probe probe;
     for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease}) {

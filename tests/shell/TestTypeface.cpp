@@ -30,23 +30,23 @@ class TestTypeface : public QObject
     Q_OBJECT
 
 private slots:
-    void applicationHasItAtTwelvePixels();
-    void postscriptNameIsThatFace();
-    void pointsAreThoseOf96DotsPerInch();
-    void desktopDecidesNothing();
-    void textIsDrawnInOneFaceWithoutIt();
-    void othersStandInForItWhereItIsMissing();
-    void localeIsTheUsers();
+    void applicationFontIsTheFamilyAtTwelvePixels();
+    void postscriptNameSelectsTheFamily();
+    void pointSizesAssume96DotsPerInch();
+    void desktopSettingsHaveNoEffect();
+    void fontsHaveLatinAndChineseLetters();
+    void missingFamilyHasSubstitutes();
+    void localeIsThatOfTheUser();
 };
 
-void TestTypeface::applicationHasItAtTwelvePixels()
+void TestTypeface::applicationFontIsTheFamilyAtTwelvePixels()
 {
     QCOMPARE(QApplication::font().family(), FAMILY);
     QCOMPARE(QFontInfo(QApplication::font()).pixelSize(), 12);
     QCOMPARE(QFontInfo(QApplication::font()).family() == FAMILY, !IsMissing());
 }
 
-void TestTypeface::postscriptNameIsThatFace()
+void TestTypeface::postscriptNameSelectsTheFamily()
 {
     const QRawFont named = QRawFont::fromFont(Pixels(FAMILY, 14), QFontDatabase::SimplifiedChinese);
     const QRawFont asked = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::SimplifiedChinese);
@@ -61,7 +61,7 @@ void TestTypeface::postscriptNameIsThatFace()
     }
 }
 
-void TestTypeface::pointsAreThoseOf96DotsPerInch()
+void TestTypeface::pointSizesAssume96DotsPerInch()
 {
     // The X server says 144.
     QWidget widget;
@@ -72,14 +72,14 @@ void TestTypeface::pointsAreThoseOf96DotsPerInch()
     QCOMPARE(QFontInfo(widget.font()).pixelSize(), 12);
 }
 
-void TestTypeface::desktopDecidesNothing()
+void TestTypeface::desktopSettingsHaveNoEffect()
 {
     QCOMPARE(QApplication::style()->objectName(), QStringLiteral("fusion"));
     QCOMPARE(QApplication::palette().color(QPalette::Text), QColor(Qt::black));
     QCOMPARE(QApplication::font("QMenu"), QApplication::font());
 }
 
-void TestTypeface::textIsDrawnInOneFaceWithoutIt()
+void TestTypeface::fontsHaveLatinAndChineseLetters()
 {
     // Whatever comes out has the letters.
     for (const QString& family : {FAMILY, POSTSCRIPT_NAME}) {
@@ -89,7 +89,7 @@ void TestTypeface::textIsDrawnInOneFaceWithoutIt()
     }
 }
 
-void TestTypeface::othersStandInForItWhereItIsMissing()
+void TestTypeface::missingFamilyHasSubstitutes()
 {
     // Qt keeps them in lower case.
     const QStringList others{QStringLiteral("source han sans sc"),  QStringLiteral("source han sans cn"),
@@ -101,7 +101,7 @@ void TestTypeface::othersStandInForItWhereItIsMissing()
     QCOMPARE(QFont::substitutes(POSTSCRIPT_NAME), QStringList(FAMILY.toLower()) + standIns);
 }
 
-void TestTypeface::localeIsTheUsers()
+void TestTypeface::localeIsThatOfTheUser()
 {
     QCOMPARE(QByteArray(std::setlocale(LC_CTYPE, nullptr)), qgetenv("LC_ALL"));
 }

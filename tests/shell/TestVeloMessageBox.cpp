@@ -16,35 +16,35 @@ class TestVeloMessageBox : public QObject
     Q_OBJECT
 
 private slots:
-    void isBuiltAsTold_data();
-    void isBuiltAsTold();
-    void looksDiffer_data();
-    void looksDiffer();
+    void widgetsHaveTheirProperties_data();
+    void widgetsHaveTheirProperties();
+    void shadowDecidesTheAppearance_data();
+    void shadowDecidesTheAppearance();
     void buttonTextsAreSet_data();
     void buttonTextsAreSet();
     void rightButtonTextsAreSet();
     void messageIsSplitAtItsFirstLineFeed_data();
     void messageIsSplitAtItsFirstLineFeed();
-    void messageIsTextWhateverMarksItHolds();
+    void messageIsPlainText();
     void warningIsShownOnce();
-    void livingBoxesAreCounted();
-    void buttonSignalsWhileStillOpenAndCloses_data();
-    void buttonSignalsWhileStillOpenAndCloses();
-    void closeButtonSignalsNothing();
-    void noButtonSignalsNothingAndCloses();
-    void fontOfNothingIsHarmless();
-    void centresOverTheMainWindowsCard_data();
-    void centresOverTheMainWindowsCard();
-    void bandEndsInItsCorners_data();
-    void bandEndsInItsCorners();
+    void existingBoxesAreCounted();
+    void buttonEmitsBeforeTheBoxCloses_data();
+    void buttonEmitsBeforeTheBoxCloses();
+    void closeButtonEmitsNothing();
+    void noButtonEmitsNothingAndCloses();
+    void fontOfNullIsIgnored();
+    void isCentredOnTheMainWindowsCard_data();
+    void isCentredOnTheMainWindowsCard();
+    void dragAreaIncludesItsCorners_data();
+    void dragAreaIncludesItsCorners();
 };
 
-void TestVeloMessageBox::isBuiltAsTold_data()
+void TestVeloMessageBox::widgetsHaveTheirProperties_data()
 {
     AddBothLooks();
 }
 
-void TestVeloMessageBox::isBuiltAsTold()
+void TestVeloMessageBox::widgetsHaveTheirProperties()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -80,12 +80,12 @@ void TestVeloMessageBox::isBuiltAsTold()
     QCOMPARE(Find<QPushButton>(box, "btnClose")->accessibleName(), QStringLiteral("关闭"));
 }
 
-void TestVeloMessageBox::looksDiffer_data()
+void TestVeloMessageBox::shadowDecidesTheAppearance_data()
 {
     AddBothLooks();
 }
 
-void TestVeloMessageBox::looksDiffer()
+void TestVeloMessageBox::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -171,7 +171,7 @@ void TestVeloMessageBox::messageIsSplitAtItsFirstLineFeed()
     QVERIFY(!Find<QLabel>(box, "textMsg")->wordWrap());
 }
 
-void TestVeloMessageBox::messageIsTextWhateverMarksItHolds()
+void TestVeloMessageBox::messageIsPlainText()
 {
     const QString text = QStringLiteral("/home/<b>folder</b>&amp;<br>");
     VeloMessageBox box(nullptr);
@@ -193,7 +193,7 @@ void TestVeloMessageBox::warningIsShownOnce()
     QVERIFY(!Find(box, "warnIcon")->isVisibleTo(&box));
 }
 
-void TestVeloMessageBox::livingBoxesAreCounted()
+void TestVeloMessageBox::existingBoxesAreCounted()
 {
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
     {
@@ -206,7 +206,7 @@ void TestVeloMessageBox::livingBoxesAreCounted()
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
 
-void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses_data()
+void TestVeloMessageBox::buttonEmitsBeforeTheBoxCloses_data()
 {
     QTest::addColumn<QByteArray>("button");
     QTest::addColumn<int>("left");
@@ -215,7 +215,7 @@ void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses_data()
     QTest::newRow("right") << QByteArray("btnRight") << 0 << 1;
 }
 
-void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses()
+void TestVeloMessageBox::buttonEmitsBeforeTheBoxCloses()
 {
     QFETCH(QByteArray, button);
     QFETCH(int, left);
@@ -239,7 +239,7 @@ void TestVeloMessageBox::buttonSignalsWhileStillOpenAndCloses()
     QVERIFY(!box.isVisible());
 }
 
-void TestVeloMessageBox::closeButtonSignalsNothing()
+void TestVeloMessageBox::closeButtonEmitsNothing()
 {
     VeloMessageBox box(nullptr);
     QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
@@ -251,7 +251,7 @@ void TestVeloMessageBox::closeButtonSignalsNothing()
     QVERIFY(!box.isVisible());
 }
 
-void TestVeloMessageBox::noButtonSignalsNothingAndCloses()
+void TestVeloMessageBox::noButtonEmitsNothingAndCloses()
 {
     VeloMessageBox box(nullptr);
     QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
@@ -262,7 +262,7 @@ void TestVeloMessageBox::noButtonSignalsNothingAndCloses()
     QVERIFY(!box.isVisible());
 }
 
-void TestVeloMessageBox::fontOfNothingIsHarmless()
+void TestVeloMessageBox::fontOfNullIsIgnored()
 {
     VeloMessageBox box(nullptr);
     box.SetDefaultTextFont(nullptr, 3);
@@ -272,7 +272,7 @@ void TestVeloMessageBox::fontOfNothingIsHarmless()
     QCOMPARE(label.font().letterSpacingType(), QFont::AbsoluteSpacing);
 }
 
-void TestVeloMessageBox::centresOverTheMainWindowsCard_data()
+void TestVeloMessageBox::isCentredOnTheMainWindowsCard_data()
 {
     QTest::addColumn<QSize>("pageSize");
     // The middle of an odd length and of an even one.
@@ -280,7 +280,7 @@ void TestVeloMessageBox::centresOverTheMainWindowsCard_data()
     QTest::newRow("a pixel more") << QSize(469, 303);
 }
 
-void TestVeloMessageBox::centresOverTheMainWindowsCard()
+void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
 {
     QFETCH(QSize, pageSize);
     const Look look(true);
@@ -296,12 +296,12 @@ void TestVeloMessageBox::centresOverTheMainWindowsCard()
     QCOMPARE(box.mapToGlobal(Find(box, "widget_bg")->pos()), wanted);
 }
 
-void TestVeloMessageBox::bandEndsInItsCorners_data()
+void TestVeloMessageBox::dragAreaIncludesItsCorners_data()
 {
     AddBothLooks();
 }
 
-void TestVeloMessageBox::bandEndsInItsCorners()
+void TestVeloMessageBox::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);

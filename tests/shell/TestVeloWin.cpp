@@ -43,38 +43,38 @@ private slots:
     void init();
     void cleanup();
 
-    void isBuiltAsTold();
+    void widgetsHaveTheirProperties();
     void stackingPutsTheCloseButtonOverItsCover();
-    void looksDiffer_data();
-    void looksDiffer();
+    void shadowDecidesTheAppearance_data();
+    void shadowDecidesTheAppearance();
     void coversStayOnAllPagesWithoutShadow();
-    void whatAReportChangesCoversItsPlace();
+    void widgetsThatAReportChangesAreOpaque();
     void listHasOneRow();
-    void noRowChangesNothing();
+    void deselectedRowChangesNothing();
     void rowResetsBothPages();
     void minimiseButtonMinimises();
-    void menuIsBuiltAsTold_data();
-    void menuIsBuiltAsTold();
-    void menuStandsUnderItsButton_data();
-    void menuStandsUnderItsButton();
+    void menuHasItsProperties_data();
+    void menuHasItsProperties();
+    void menuIsPlacedBelowItsButton_data();
+    void menuIsPlacedBelowItsButton();
     void menuFollowsTheWindow();
-    void menuHidesAtFocusOut();
-    void whatOthersLoseIsNothingToTheMenu();
-    void menuEntriesLeadToTheirPages_data();
-    void menuEntriesLeadToTheirPages();
+    void menuHidesOnFocusOut();
+    void eventsOfOtherObjectsDoNotHideTheMenu();
+    void menuEntriesShowTheirPages_data();
+    void menuEntriesShowTheirPages();
     void aboutPageRestoresTheRow();
     void clickOnTheRowLeavesTheSettings();
-    void exitButtonShowsOneQuestion();
-    void closeShowsTheQuestionAndStays();
-    void questionStandsInTheMiddle();
-    void confirmStopsThenQuitsThenTells();
-    void nobodyNeedsToBeTold();
+    void exitButtonShowsTheQuestionOnce();
+    void closeShowsTheQuestionAndIsIgnored();
+    void questionIsCentred();
+    void confirmStopsThenQuitsThenCallsTheHook();
+    void exitWorksWithoutAHook();
     void dragKeepsTheCardOnTheScreen();
-    void dragIsHeldAtTheFarCorner();
-    void menuButtonLosesItsHoverLookWithTheMenu_data();
-    void menuButtonLosesItsHoverLookWithTheMenu();
-    void bandEndsAt895And43_data();
-    void bandEndsAt895And43();
+    void dragIsClampedAtTheFarCorner();
+    void menuButtonIsNotHoveredAfterTheMenuHides_data();
+    void menuButtonIsNotHoveredAfterTheMenuHides();
+    void dragAreaEndsAt895And43_data();
+    void dragAreaEndsAt895And43();
     void iconButtonsHaveNames();
 
 private:
@@ -113,7 +113,7 @@ QDialog& TestVeloWin::Menu()
     qFatal("there is no menu");
 }
 
-void TestVeloWin::isBuiltAsTold()
+void TestVeloWin::widgetsHaveTheirProperties()
 {
     QCOMPARE(static_cast<int>(window->windowFlags()) & 0xFFFF, 10241);
     QCOMPARE(window->windowModality(), Qt::WindowModal);
@@ -157,12 +157,12 @@ void TestVeloWin::stackingPutsTheCloseButtonOverItsCover()
                                  QStringLiteral("justCover"), QStringLiteral("exitBtn")}));
 }
 
-void TestVeloWin::looksDiffer_data()
+void TestVeloWin::shadowDecidesTheAppearance_data()
 {
     AddBothLooks();
 }
 
-void TestVeloWin::looksDiffer()
+void TestVeloWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
     const Look look(shadow);
@@ -201,7 +201,7 @@ void TestVeloWin::coversStayOnAllPagesWithoutShadow()
     QVERIFY(Find(other, "justCover")->isVisible() && Find(other, "justCover2")->isVisible());
 }
 
-void TestVeloWin::whatAReportChangesCoversItsPlace()
+void TestVeloWin::widgetsThatAReportChangesAreOpaque()
 {
     // Then Qt paints nothing of the card below it.
     for (const char* name : {"PreScreenBtn", "ScreenLabel", "StatusFrame"}) {
@@ -245,7 +245,7 @@ void TestVeloWin::listHasOneRow()
     QCOMPARE(List().currentRow(), 1);
 }
 
-void TestVeloWin::noRowChangesNothing()
+void TestVeloWin::deselectedRowChangesNothing()
 {
     Stack().setCurrentIndex(1);
     List().setCurrentRow(-1);
@@ -272,12 +272,12 @@ void TestVeloWin::minimiseButtonMinimises()
     QVERIFY(window->isMinimized());
 }
 
-void TestVeloWin::menuIsBuiltAsTold_data()
+void TestVeloWin::menuHasItsProperties_data()
 {
     AddBothLooks();
 }
 
-void TestVeloWin::menuIsBuiltAsTold()
+void TestVeloWin::menuHasItsProperties()
 {
     QFETCH(bool, shadow);
     window.reset();
@@ -317,12 +317,12 @@ void TestVeloWin::menuIsBuiltAsTold()
     QVERIFY(!Find(menu, "set")->styleSheet().contains(QStringLiteral("radius")));
 }
 
-void TestVeloWin::menuStandsUnderItsButton_data()
+void TestVeloWin::menuIsPlacedBelowItsButton_data()
 {
     AddBothLooks();
 }
 
-void TestVeloWin::menuStandsUnderItsButton()
+void TestVeloWin::menuIsPlacedBelowItsButton()
 {
     QFETCH(bool, shadow);
     window.reset();
@@ -357,7 +357,7 @@ void TestVeloWin::menuFollowsTheWindow()
     Menu().hide();
 }
 
-void TestVeloWin::menuHidesAtFocusOut()
+void TestVeloWin::menuHidesOnFocusOut()
 {
     window->ShowMenu();
     QVERIFY(Menu().isVisible());
@@ -366,7 +366,7 @@ void TestVeloWin::menuHidesAtFocusOut()
     QVERIFY(!Menu().isVisible());
 }
 
-void TestVeloWin::whatOthersLoseIsNothingToTheMenu()
+void TestVeloWin::eventsOfOtherObjectsDoNotHideTheMenu()
 {
     window->ShowMenu();
     auto* button = Find<QPushButton>(*window, "menu");
@@ -383,7 +383,7 @@ void TestVeloWin::whatOthersLoseIsNothingToTheMenu()
     Menu().hide();
 }
 
-void TestVeloWin::menuEntriesLeadToTheirPages_data()
+void TestVeloWin::menuEntriesShowTheirPages_data()
 {
     QTest::addColumn<QByteArray>("entry");
     QTest::addColumn<int>("page");
@@ -396,7 +396,7 @@ void TestVeloWin::menuEntriesLeadToTheirPages_data()
                            << QStringLiteral("Velodesk show about page.");
 }
 
-void TestVeloWin::menuEntriesLeadToTheirPages()
+void TestVeloWin::menuEntriesShowTheirPages()
 {
     QFETCH(QByteArray, entry);
     QFETCH(int, page);
@@ -435,7 +435,7 @@ void TestVeloWin::clickOnTheRowLeavesTheSettings()
     QCOMPARE(List().currentRow(), 0);
 }
 
-void TestVeloWin::exitButtonShowsOneQuestion()
+void TestVeloWin::exitButtonShowsTheQuestionOnce()
 {
     Click("exitBtn");
     QPointer<ExitWin> first = window->findChild<ExitWin*>();
@@ -448,7 +448,7 @@ void TestVeloWin::exitButtonShowsOneQuestion()
                           QStringLiteral("Velodesk show exit window.")));
 }
 
-void TestVeloWin::closeShowsTheQuestionAndStays()
+void TestVeloWin::closeShowsTheQuestionAndIsIgnored()
 {
     QVERIFY(!window->close());
     QVERIFY(window->isVisible());
@@ -457,7 +457,7 @@ void TestVeloWin::closeShowsTheQuestionAndStays()
                           QStringLiteral("Velodesk closeEvent show exit window.")));
 }
 
-void TestVeloWin::questionStandsInTheMiddle()
+void TestVeloWin::questionIsCentred()
 {
     window->ShowExitWin();
     const QRect around = window->geometry();
@@ -467,7 +467,7 @@ void TestVeloWin::questionStandsInTheMiddle()
     QCOMPARE(question->pos(), corner);
 }
 
-void TestVeloWin::confirmStopsThenQuitsThenTells()
+void TestVeloWin::confirmStopsThenQuitsThenCallsTheHook()
 {
     QStringList order;
     window->exitHook = [this, &order] {
@@ -487,7 +487,7 @@ void TestVeloWin::confirmStopsThenQuitsThenTells()
     disconnect(qApp, nullptr, this, nullptr);
 }
 
-void TestVeloWin::nobodyNeedsToBeTold()
+void TestVeloWin::exitWorksWithoutAHook()
 {
     window->ExitVeloWin();
     QCOMPARE(log->Messages().last(), QStringLiteral("Velodesk exit."));
@@ -505,7 +505,7 @@ void TestVeloWin::dragKeepsTheCardOnTheScreen()
     QCOMPARE(card->size(), QSize(896, 504));
 }
 
-void TestVeloWin::dragIsHeldAtTheFarCorner()
+void TestVeloWin::dragIsClampedAtTheFarCorner()
 {
     // By the card's size at the press, of which the window has no other note.
     window.reset();
@@ -521,14 +521,14 @@ void TestVeloWin::dragIsHeldAtTheFarCorner()
     QCOMPARE(window->maximumSize(), QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
 }
 
-void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu_data()
+void TestVeloWin::menuButtonIsNotHoveredAfterTheMenuHides_data()
 {
     QTest::addColumn<bool>("leaves");
     QTest::newRow("pointer has left") << true;
     QTest::newRow("pointer is on it") << false;
 }
 
-void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu()
+void TestVeloWin::menuButtonIsNotHoveredAfterTheMenuHides()
 {
     QFETCH(bool, leaves);
     auto* button = Find<QPushButton>(*window, "menu");
@@ -552,7 +552,7 @@ void TestVeloWin::menuButtonLosesItsHoverLookWithTheMenu()
     }
 }
 
-void TestVeloWin::bandEndsAt895And43_data()
+void TestVeloWin::dragAreaEndsAt895And43_data()
 {
     QTest::addColumn<QPoint>("offset");
     QTest::addColumn<bool>("drags");
@@ -561,7 +561,7 @@ void TestVeloWin::bandEndsAt895And43_data()
     QTest::newRow("below") << QPoint(300, 44) << false;
 }
 
-void TestVeloWin::bandEndsAt895And43()
+void TestVeloWin::dragAreaEndsAt895And43()
 {
     QFETCH(QPoint, offset);
     QFETCH(bool, drags);

@@ -92,18 +92,18 @@ private slots:
     void cleanup();
 
     void idleClientRepeatsInit();
-    void eachStateIsSentAtOnceAndLogged();
+    void eachStateIsSentImmediatelyAndLogged();
     void currentStateIsTheLastOne_data();
     void currentStateIsTheLastOne();
     void statesRepeatOnceASecond();
-    void missingServerStopsTheStart();
+    void missingServerFailsTheConnect();
     void sendConnectsAfterAFailedStart();
-    void sendToAServerThatAcceptsNobodyTimesOut();
+    void sendToAServerThatDoesNotAcceptTimesOut();
     void sendWaitsForAServerThatIsBusy();
-    void badStatusIsRefused();
+    void invalidStatusIsRejected();
     void failedSendIsLoggedTwice();
-    void stopAfterADropGoesThroughANewConnection();
-    void restartedServerHearsTheStateAgain();
+    void stopAfterADisconnectUsesANewConnection();
+    void restartedServerReceivesTheState();
     void callFromAnotherThreadIsQueued();
 
 private:
@@ -136,7 +136,7 @@ void TestConnClient::idleClientRepeatsInit()
     QVERIFY(inited.wait(TWO_REPEATS_MS));
 }
 
-void TestConnClient::eachStateIsSentAtOnceAndLogged()
+void TestConnClient::eachStateIsSentImmediatelyAndLogged()
 {
     ConnServer server(Path(), nullptr);
     server.ServerStart();
@@ -218,7 +218,7 @@ void TestConnClient::statesRepeatOnceASecond()
     QVERIFY2(elapsed > 1500 && elapsed < 2400, qPrintable(QString::number(elapsed)));
 }
 
-void TestConnClient::missingServerStopsTheStart()
+void TestConnClient::missingServerFailsTheConnect()
 {
     ConnClient client(Path());
     QCOMPARE(client.ConnToServer(), -1);
@@ -242,7 +242,7 @@ void TestConnClient::sendConnectsAfterAFailedStart()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Client start connect.")));
 }
 
-void TestConnClient::sendToAServerThatAcceptsNobodyTimesOut()
+void TestConnClient::sendToAServerThatDoesNotAcceptTimesOut()
 {
     const FullServer server(Path());
     QVERIFY(server.IsFull());
@@ -274,7 +274,7 @@ void TestConnClient::sendWaitsForAServerThatIsBusy()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
 }
 
-void TestConnClient::badStatusIsRefused()
+void TestConnClient::invalidStatusIsRejected()
 {
     ConnServer server(Path(), nullptr);
     server.ServerStart();
@@ -303,7 +303,7 @@ void TestConnClient::failedSendIsLoggedTwice()
     QCOMPARE(log->Lines().last().level, ERROR_LEVEL);
 }
 
-void TestConnClient::stopAfterADropGoesThroughANewConnection()
+void TestConnClient::stopAfterADisconnectUsesANewConnection()
 {
     ConnServer server(Path(), nullptr);
     server.ServerStart();
@@ -317,7 +317,7 @@ void TestConnClient::stopAfterADropGoesThroughANewConnection()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("Client start connect.")));
 }
 
-void TestConnClient::restartedServerHearsTheStateAgain()
+void TestConnClient::restartedServerReceivesTheState()
 {
     auto server = std::make_unique<ConnServer>(Path(), nullptr);
     server->ServerStart();

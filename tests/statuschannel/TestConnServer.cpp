@@ -102,36 +102,36 @@ private slots:
     void init() { log = std::make_unique<CapturedLog>(); }
     void cleanup() { log.reset(); }
 
-    void everyTransitionFires_data();
-    void everyTransitionFires();
-    void badMessageIsLoggedAndDropped_data();
-    void badMessageIsLoggedAndDropped();
+    void everyTransitionEmitsItsSignal_data();
+    void everyTransitionEmitsItsSignal();
+    void invalidMessageIsLoggedAndDropped_data();
+    void invalidMessageIsLoggedAndDropped();
     void otherMembersAreIgnored();
     void unknownStatusChangesNothing_data();
     void unknownStatusChangesNothing();
-    void repeatsAreSilent();
-    void clientIsHeardAndItsEndNoted();
+    void repeatsEmitNothing();
+    void clientIsServedAndItsDisconnectIsLogged();
     void twoMessagesInOneReadAreBothLost();
     void messageInTwoPiecesIsRejectedTwice();
     void twoClientsShareOneStatus();
-    void statusOutlivesItsClient();
+    void statusIsKeptAfterADisconnect();
     void staleSocketIsTakenOver();
-    void nameInUseByALivingServerIsTakenOver();
+    void nameInUseByAListeningServerIsTakenOver();
     void secondListenFailingIsReported();
-    void otherListenErrorLeavesItDeaf();
-    void newConnectionWithoutAPendingOneIsRefused();
-    void newConnectionIsTaken();
+    void otherListenErrorIsIgnored();
+    void newConnectionSlotFailsWithoutAPendingConnection();
+    void pendingConnectionIsAccepted();
     void receivingWithoutASenderIsLogged();
-    void endOfSomethingElseIsOnlyLogged();
-    void acceptedSocketLivesAsLongAsTheServer();
-    void lastWordsOfAClientAreHeard();
-    void closedConnectionCostsAtMostFourKibibytes();
+    void disconnectOfAnotherSenderIsOnlyLogged();
+    void acceptedSocketIsDestroyedWithTheServer();
+    void messageOfAClientThatHasDisconnectedIsRead();
+    void closedConnectionKeepsAtMostFourKibibytes();
 
 private:
     std::unique_ptr<CapturedLog> log;
 };
 
-void TestConnServer::everyTransitionFires_data()
+void TestConnServer::everyTransitionEmitsItsSignal_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("message");
@@ -153,7 +153,7 @@ void TestConnServer::everyTransitionFires_data()
     QTest::newRow("stop-stop") << stop << stop << NOTHING;
 }
 
-void TestConnServer::everyTransitionFires()
+void TestConnServer::everyTransitionEmitsItsSignal()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, message);
@@ -168,7 +168,7 @@ void TestConnServer::everyTransitionFires()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestConnServer::badMessageIsLoggedAndDropped_data()
+void TestConnServer::invalidMessageIsLoggedAndDropped_data()
 {
     QTest::addColumn<QByteArray>("message");
     QTest::addColumn<QString>("line");
@@ -186,7 +186,7 @@ void TestConnServer::badMessageIsLoggedAndDropped_data()
                            << QStringLiteral("Json parse error garbage at the end of the document");
 }
 
-void TestConnServer::badMessageIsLoggedAndDropped()
+void TestConnServer::invalidMessageIsLoggedAndDropped()
 {
     QFETCH(QByteArray, message);
     QFETCH(QString, line);
@@ -227,7 +227,7 @@ void TestConnServer::unknownStatusChangesNothing()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestConnServer::repeatsAreSilent()
+void TestConnServer::repeatsEmitNothing()
 {
     Channel channel;
     for (int i = 0; i < 5; ++i) {
@@ -239,7 +239,7 @@ void TestConnServer::repeatsAreSilent()
     QCOMPARE(channel.Fired(), QStringLiteral("0 1 1"));
 }
 
-void TestConnServer::clientIsHeardAndItsEndNoted()
+void TestConnServer::clientIsServedAndItsDisconnectIsLogged()
 {
     Channel channel;
     QCOMPARE(channel.server.ServerStart(), 0);
@@ -297,7 +297,7 @@ void TestConnServer::twoClientsShareOneStatus()
     QCOMPARE(channel.Fired(), QStringLiteral("0 3 3"));
 }
 
-void TestConnServer::statusOutlivesItsClient()
+void TestConnServer::statusIsKeptAfterADisconnect()
 {
     Channel channel;
     channel.server.ServerStart();
@@ -335,7 +335,7 @@ void TestConnServer::staleSocketIsTakenOver()
     QCOMPARE(log->Count(QStringLiteral("Start localserver failed.")), 0);
 }
 
-void TestConnServer::nameInUseByALivingServerIsTakenOver()
+void TestConnServer::nameInUseByAListeningServerIsTakenOver()
 {
     Channel channel;
     QLocalServer other;
@@ -356,7 +356,7 @@ void TestConnServer::secondListenFailingIsReported()
     QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, QStringLiteral("Start localserver failed.")));
 }
 
-void TestConnServer::otherListenErrorLeavesItDeaf()
+void TestConnServer::otherListenErrorIsIgnored()
 {
     QTemporaryDir directory;
     ConnServer server(directory.filePath(QStringLiteral("none/status")).toStdString(), nullptr);
@@ -364,14 +364,14 @@ void TestConnServer::otherListenErrorLeavesItDeaf()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestConnServer::newConnectionWithoutAPendingOneIsRefused()
+void TestConnServer::newConnectionSlotFailsWithoutAPendingConnection()
 {
     Channel channel;
     QCOMPARE(channel.server.OnNewConnect(), -1);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestConnServer::newConnectionIsTaken()
+void TestConnServer::pendingConnectionIsAccepted()
 {
     Channel channel;
     channel.server.ServerStart();
@@ -392,7 +392,7 @@ void TestConnServer::receivingWithoutASenderIsLogged()
     QCOMPARE(log->Messages().size(), 1);
 }
 
-void TestConnServer::endOfSomethingElseIsOnlyLogged()
+void TestConnServer::disconnectOfAnotherSenderIsOnlyLogged()
 {
     Channel channel;
     QObject other;
@@ -401,7 +401,7 @@ void TestConnServer::endOfSomethingElseIsOnlyLogged()
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("App close the connect.")));
 }
 
-void TestConnServer::acceptedSocketLivesAsLongAsTheServer()
+void TestConnServer::acceptedSocketIsDestroyedWithTheServer()
 {
     Channel channel;
     channel.server.ServerStart();
@@ -415,7 +415,7 @@ void TestConnServer::acceptedSocketLivesAsLongAsTheServer()
     QCOMPARE(channel.server.findChildren<QLocalSocket*>().size(), 1);
 }
 
-void TestConnServer::lastWordsOfAClientAreHeard()
+void TestConnServer::messageOfAClientThatHasDisconnectedIsRead()
 {
     Channel channel;
     channel.server.ServerStart();
@@ -431,7 +431,7 @@ void TestConnServer::lastWordsOfAClientAreHeard()
     QVERIFY(!sockets.first()->isOpen());
 }
 
-void TestConnServer::closedConnectionCostsAtMostFourKibibytes()
+void TestConnServer::closedConnectionKeepsAtMostFourKibibytes()
 {
     constexpr int ROUNDS = 4;
     constexpr int CONNECTIONS = 500;

@@ -68,24 +68,24 @@ private slots:
     void init() { log = std::make_unique<CapturedLog>(); }
     void cleanup() { log.reset(); }
 
-    void reportsAndEndsWhenItIsAsked_data();
-    void reportsAndEndsWhenItIsAsked();
+    void reportsAndEndsOnRequest_data();
+    void reportsAndEndsOnRequest();
     void endsWithoutAnAssistant();
     void endsWithTheAssistant();
-    void documentShowsIt();
+    void documentContainsTheExample();
 
 private:
     std::unique_ptr<CapturedLog> log;
 };
 
-void TestExampleEngine::reportsAndEndsWhenItIsAsked_data()
+void TestExampleEngine::reportsAndEndsOnRequest_data()
 {
     QTest::addColumn<bool>("logs");
     QTest::newRow("silent") << false;
     QTest::newRow("with a log") << true;
 }
 
-void TestExampleEngine::reportsAndEndsWhenItIsAsked()
+void TestExampleEngine::reportsAndEndsOnRequest()
 {
     QFETCH(bool, logs);
     Engine engine;
@@ -148,7 +148,7 @@ void TestExampleEngine::endsWithTheAssistant()
     QCOMPARE(engine.process.exitCode(), 0);
 }
 
-void TestExampleEngine::documentShowsIt()
+void TestExampleEngine::documentContainsTheExample()
 {
     const QByteArray document = ReadAll(QStringLiteral(VELODESK_SOURCE_DIR "/docs/interfaces.md"));
     const QByteArray source = ReadAll(QStringLiteral(VELODESK_SOURCE_DIR "/packaging/example/engine.cpp"));

@@ -13,10 +13,10 @@ class TestLocalServer : public QObject
     Q_OBJECT
 
 private slots:
-    void listensAgainOnceThereAreDescriptors();
+    void listensAgainWhenDescriptorsAreFree();
 };
 
-void TestLocalServer::listensAgainOnceThereAreDescriptors()
+void TestLocalServer::listensAgainWhenDescriptorsAreFree()
 {
     const CapturedLog log;
     const QTemporaryDir directory;

@@ -80,32 +80,32 @@ private slots:
     void init();
     void cleanup();
 
-    void constructionWiresTheEngine();
-    void startAndEndAreTold();
-    void crashIsToldBeforeTheEnd();
+    void constructionRegistersTheEngine();
+    void startAndEndAreReported();
+    void crashIsReportedBeforeTheEnd();
     void reportsCarryTypeAndEvent();
-    void unknownTypeIsRefusedInSilence();
-    void reportOfNobodyIsNotToldOn_data();
-    void reportOfNobodyIsNotToldOn();
-    void forgottenApplicationComesBack_data();
-    void forgottenApplicationComesBack();
-    void forgottenApplicationIsNotHeard();
-    void reallocatingTwiceWiresOnce();
-    void wiringThatIsCutTellsNothing();
-    void applicationForgottenAndBroughtBackIsHeardOnce();
-    void stoppingAForgottenApplicationLeavesTheEventLoopAlive_data();
-    void stoppingAForgottenApplicationLeavesTheEventLoopAlive();
-    void listenerOfTheEndMayStartAgain();
-    void listenerOfAFailedStartMayStartAgain();
-    void listenerMayStopEverything_data();
-    void listenerMayStopEverything();
-    void stopWithWaitingEscalates();
+    void unknownTypeIsNeitherStartedNorStopped();
+    void slotCalledWithoutSenderEmitsNothing_data();
+    void slotCalledWithoutSenderEmitsNothing();
+    void removedApplicationIsRegisteredAgainOnUse_data();
+    void removedApplicationIsRegisteredAgainOnUse();
+    void signalsOfARemovedApplicationAreNotForwarded();
+    void reallocatingTwiceConnectsOnce();
+    void signalsAreNotForwardedWhileUnregistered();
+    void signalsOfAReregisteredApplicationAreForwardedOnce();
+    void stoppingARemovedApplicationKeepsTheEventLoopRunning_data();
+    void stoppingARemovedApplicationKeepsTheEventLoopRunning();
+    void slotOfAppFinishedMayStartAgain();
+    void slotOfAppErrorMayStartAgain();
+    void slotMayCallStopAll_data();
+    void slotMayCallStopAll();
+    void stopWithWaitingKillsAfterTheTimeout();
     void stopAllWithoutAChildOnlyLogs();
-    void stopAllWithoutAThreadToSpareStopsTheChild();
-    void stopAllIsHeardOnTheMainThreadLater_data();
-    void stopAllIsHeardOnTheMainThreadLater();
-    void destructorStopsAgainAndReachesNobody();
-    void endDuringTheDestructorReachesNobody();
+    void stopAllStopsTheChildWhenNoThreadCanBeCreated();
+    void stopAllEmitsOnTheMainThreadAfterItsReturn_data();
+    void stopAllEmitsOnTheMainThreadAfterItsReturn();
+    void destructorStopsAgain();
+    void destructorEmitsNothing();
 
 private:
     void StartChildren(int count);
@@ -140,7 +140,7 @@ void TestAppManager::StartChildren(int count)
     }
 }
 
-void TestAppManager::constructionWiresTheEngine()
+void TestAppManager::constructionRegistersTheEngine()
 {
     const AppManager another;
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
@@ -150,7 +150,7 @@ void TestAppManager::constructionWiresTheEngine()
     QCOMPARE(another.GetTypeFromApp(stranger), AppManager::APP_TYPE_END);
 }
 
-void TestAppManager::startAndEndAreTold()
+void TestAppManager::startAndEndAreReported()
 {
     UseShell(QStringLiteral("exit 3"));
     QSignalSpy started(manager.get(), &AppManager::AppStarted);
@@ -167,7 +167,7 @@ void TestAppManager::startAndEndAreTold()
     QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), 0);
 }
 
-void TestAppManager::crashIsToldBeforeTheEnd()
+void TestAppManager::crashIsReportedBeforeTheEnd()
 {
     UseShell(QStringLiteral("kill -SEGV $$"));
     QStringList order;
@@ -191,7 +191,7 @@ void TestAppManager::reportsCarryTypeAndEvent()
     }
 }
 
-void TestAppManager::unknownTypeIsRefusedInSilence()
+void TestAppManager::unknownTypeIsNeitherStartedNorStopped()
 {
     manager->StartApp(AppManager::APP_TYPE_END);
     manager->StopApp(AppManager::APP_TYPE_END, true);
@@ -203,7 +203,7 @@ void TestAppManager::unknownTypeIsRefusedInSilence()
     COMPARE_LISTS(log->Messages(QStringLiteral("stop app[%1]").arg(AppManager::APP_TYPE_END)), QStringList());
 }
 
-void TestAppManager::reportOfNobodyIsNotToldOn_data()
+void TestAppManager::slotCalledWithoutSenderEmitsNothing_data()
 {
     QTest::addColumn<QByteArray>("slot");
     for (const char* slot : {"Started", "EventInited", "EventRunning", "EventStopped"}) {
@@ -211,7 +211,7 @@ void TestAppManager::reportOfNobodyIsNotToldOn_data()
     }
 }
 
-void TestAppManager::reportOfNobodyIsNotToldOn()
+void TestAppManager::slotCalledWithoutSenderEmitsNothing()
 {
     QFETCH(QByteArray, slot);
     const QSignalSpy started(manager.get(), &AppManager::AppStarted);
@@ -221,7 +221,7 @@ void TestAppManager::reportOfNobodyIsNotToldOn()
     QCOMPARE(reports.size(), 0);
 }
 
-void TestAppManager::forgottenApplicationComesBack_data()
+void TestAppManager::removedApplicationIsRegisteredAgainOnUse_data()
 {
     QTest::addColumn<bool>("start");
     QTest::addColumn<QString>("line");
@@ -229,7 +229,7 @@ void TestAppManager::forgottenApplicationComesBack_data()
     QTest::newRow("stop") << false << QStringLiteral("stop app[0]");
 }
 
-void TestAppManager::forgottenApplicationComesBack()
+void TestAppManager::removedApplicationIsRegisteredAgainOnUse()
 {
     QFETCH(bool, start);
     QFETCH(QString, line);
@@ -249,7 +249,7 @@ void TestAppManager::forgottenApplicationComesBack()
     QVERIFY(finished.wait());
 }
 
-void TestAppManager::forgottenApplicationIsNotHeard()
+void TestAppManager::signalsOfARemovedApplicationAreNotForwarded()
 {
     QSignalSpy event(manager.get(), &AppManager::AppEvent);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
@@ -266,7 +266,7 @@ void TestAppManager::forgottenApplicationIsNotHeard()
     QCOMPARE(manager->GetTypeFromApp(App()), AppManager::APP_TYPE_END);
 }
 
-void TestAppManager::reallocatingTwiceWiresOnce()
+void TestAppManager::reallocatingTwiceConnectsOnce()
 {
     manager->ReAllocResource();
     manager->ReAllocResource();
@@ -275,7 +275,7 @@ void TestAppManager::reallocatingTwiceWiresOnce()
     QCOMPARE(event.count(), 1);
 }
 
-void TestAppManager::wiringThatIsCutTellsNothing()
+void TestAppManager::signalsAreNotForwardedWhileUnregistered()
 {
     QSignalSpy started(manager.get(), &AppManager::AppStarted);
     QSignalSpy error(manager.get(), &AppManager::AppError);
@@ -300,7 +300,7 @@ void TestAppManager::wiringThatIsCutTellsNothing()
     QCOMPARE(heard(), QList<int>({1, 1, 1, 3}));
 }
 
-void TestAppManager::applicationForgottenAndBroughtBackIsHeardOnce()
+void TestAppManager::signalsOfAReregisteredApplicationAreForwardedOnce()
 {
     UseShell(QStringLiteral("kill -SEGV $$"));
     for (int i = 0; i < 3; ++i) {
@@ -322,14 +322,14 @@ void TestAppManager::applicationForgottenAndBroughtBackIsHeardOnce()
     QCOMPARE(event.count(), 3);
 }
 
-void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive_data()
+void TestAppManager::stoppingARemovedApplicationKeepsTheEventLoopRunning_data()
 {
     QTest::addColumn<QString>("script");
     QTest::newRow("ends") << FOREVER;
     QTest::newRow("ignores") << DEAF;
 }
 
-void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive()
+void TestAppManager::stoppingARemovedApplicationKeepsTheEventLoopRunning()
 {
     QFETCH(QString, script);
     UseShell(script);
@@ -348,7 +348,7 @@ void TestAppManager::stoppingAForgottenApplicationLeavesTheEventLoopAlive()
     QCOMPARE(App().*OpenApp::Count(), 0);
 }
 
-void TestAppManager::listenerOfTheEndMayStartAgain()
+void TestAppManager::slotOfAppFinishedMayStartAgain()
 {
     constexpr int RUNS = 5;
     UseShell(QStringLiteral("exit 0"));
@@ -374,7 +374,7 @@ void TestAppManager::listenerOfTheEndMayStartAgain()
     QCOMPARE(App().*OpenApp::Count(), 0);
 }
 
-void TestAppManager::listenerOfAFailedStartMayStartAgain()
+void TestAppManager::slotOfAppErrorMayStartAgain()
 {
     constexpr int RUNS = 5;
     App().*OpenApp::Program() = QStringLiteral("/nowhere/engine");
@@ -395,7 +395,7 @@ void TestAppManager::listenerOfAFailedStartMayStartAgain()
     QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), RUNS);
 }
 
-void TestAppManager::listenerMayStopEverything_data()
+void TestAppManager::slotMayCallStopAll_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<bool>("atStart");
@@ -404,7 +404,7 @@ void TestAppManager::listenerMayStopEverything_data()
     QTest::newRow("at the end") << QStringLiteral("exit 0") << false;
 }
 
-void TestAppManager::listenerMayStopEverything()
+void TestAppManager::slotMayCallStopAll()
 {
     QFETCH(QString, script);
     QFETCH(bool, atStart);
@@ -427,7 +427,7 @@ void TestAppManager::listenerMayStopEverything()
                 (App().*OpenApp::Processes()).front()->state() == QProcess::NotRunning);
 }
 
-void TestAppManager::stopWithWaitingEscalates()
+void TestAppManager::stopWithWaitingKillsAfterTheTimeout()
 {
     UseShell(DEAF);
     StartChildren(1);
@@ -448,7 +448,7 @@ void TestAppManager::stopAllWithoutAChildOnlyLogs()
     COMPARE_LISTS(log->Messages(QStringLiteral("process[")), QStringList());
 }
 
-void TestAppManager::stopAllWithoutAThreadToSpareStopsTheChild()
+void TestAppManager::stopAllStopsTheChildWhenNoThreadCanBeCreated()
 {
     UseShell(FOREVER);
     StartChildren(1);
@@ -464,7 +464,7 @@ void TestAppManager::stopAllWithoutAThreadToSpareStopsTheChild()
     QTRY_COMPARE(App().*OpenApp::Count(), 0);
 }
 
-void TestAppManager::stopAllIsHeardOnTheMainThreadLater_data()
+void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<int>("children");
@@ -475,7 +475,7 @@ void TestAppManager::stopAllIsHeardOnTheMainThreadLater_data()
     QTest::newRow("two ignore") << DEAF << 2;
 }
 
-void TestAppManager::stopAllIsHeardOnTheMainThreadLater()
+void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn()
 {
     QFETCH(QString, script);
     QFETCH(int, children);
@@ -500,7 +500,7 @@ void TestAppManager::stopAllIsHeardOnTheMainThreadLater()
     QTRY_COMPARE(finished, 2);
 }
 
-void TestAppManager::destructorStopsAgainAndReachesNobody()
+void TestAppManager::destructorStopsAgain()
 {
     UseShell(FOREVER);
     StartChildren(1);
@@ -513,7 +513,7 @@ void TestAppManager::destructorStopsAgainAndReachesNobody()
     QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), 1);
 }
 
-void TestAppManager::endDuringTheDestructorReachesNobody()
+void TestAppManager::destructorEmitsNothing()
 {
     UseShell(FOREVER);
     StartChildren(1);

@@ -12,9 +12,9 @@ private slots:
     void init();
     void cleanup();
 
-    void enabledOnesComeBack();
-    void exceptionBringsThemBackToo();
-    void destroyedOnesAreLeftOut();
+    void enabledNotifiersAreEnabledAgain();
+    void notifiersAreEnabledAgainAfterAnException();
+    void destroyedNotifiersAreSkipped();
 
 private:
     QList<QSocketNotifier*> Notifiers() const { return process->findChildren<QSocketNotifier*>(); }
@@ -46,7 +46,7 @@ QList<bool> TestPausedNotifiers::States() const
     return states;
 }
 
-void TestPausedNotifiers::enabledOnesComeBack()
+void TestPausedNotifiers::enabledNotifiersAreEnabledAgain()
 {
     const QList<bool> before = States();
     // The one for writing waits until there is something to write.
@@ -59,7 +59,7 @@ void TestPausedNotifiers::enabledOnesComeBack()
     QCOMPARE(States(), before);
 }
 
-void TestPausedNotifiers::exceptionBringsThemBackToo()
+void TestPausedNotifiers::notifiersAreEnabledAgainAfterAnException()
 {
     const QList<bool> before = States();
     try {
@@ -71,7 +71,7 @@ void TestPausedNotifiers::exceptionBringsThemBackToo()
     QCOMPARE(States(), before);
 }
 
-void TestPausedNotifiers::destroyedOnesAreLeftOut()
+void TestPausedNotifiers::destroyedNotifiersAreSkipped()
 {
     QList<bool> before;
     {

@@ -31,10 +31,10 @@ private slots:
     void cleanup();
 
     void knowsProgramArgumentAndSocket();
-    void runWithoutAProcessIsDropped();
-    void runWithAProcessIsPassedOn();
-    void runAfterTheLastProcessEndedIsDropped();
-    void repeatedRunStaysDroppedUntilTheStatusChanges();
+    void runWithoutAProcessEmitsNothing();
+    void runWithAProcessIsForwarded();
+    void runAfterTheEndOfTheLastProcessEmitsNothing();
+    void repeatedRunEmitsNothingUntilTheStatusChanges();
     void initAndStopNeedNoProcess();
 
 private:
@@ -69,7 +69,7 @@ void TestTandraApp::knowsProgramArgumentAndSocket()
     QCOMPARE(app->arguments, QStringList(QStringLiteral("-4711")));
 }
 
-void TestTandraApp::runWithoutAProcessIsDropped()
+void TestTandraApp::runWithoutAProcessEmitsNothing()
 {
     QSignalSpy running(app.get(), &BaseApp::AppEventRunning);
     engine->write(R"({"status":"run"})");
@@ -78,7 +78,7 @@ void TestTandraApp::runWithoutAProcessIsDropped()
     QVERIFY(log->Messages().filter(QStringLiteral("event running")).isEmpty());
 }
 
-void TestTandraApp::runWithAProcessIsPassedOn()
+void TestTandraApp::runWithAProcessIsForwarded()
 {
     QSignalSpy running(app.get(), &BaseApp::AppEventRunning);
     app->count = 1;
@@ -89,7 +89,7 @@ void TestTandraApp::runWithAProcessIsPassedOn()
     QVERIFY(log->Messages().filter(QStringLiteral("event running")).isEmpty());
 }
 
-void TestTandraApp::runAfterTheLastProcessEndedIsDropped()
+void TestTandraApp::runAfterTheEndOfTheLastProcessEmitsNothing()
 {
     QSignalSpy running(app.get(), &BaseApp::AppEventRunning);
     QSignalSpy finished(app.get(), &BaseApp::AppFinished);
@@ -102,7 +102,7 @@ void TestTandraApp::runAfterTheLastProcessEndedIsDropped()
     QCOMPARE(running.count(), 0);
 }
 
-void TestTandraApp::repeatedRunStaysDroppedUntilTheStatusChanges()
+void TestTandraApp::repeatedRunEmitsNothingUntilTheStatusChanges()
 {
     QSignalSpy running(app.get(), &BaseApp::AppEventRunning);
     QSignalSpy inited(app.get(), &BaseApp::AppEventInited);

@@ -26,7 +26,7 @@ private slots:
     void init();
     void cleanup();
 
-    void eachIsKnownByItsType();
+    void eachApplicationHasItsType();
     void bothAreStoppedAndReportTheirEnd_data();
     void bothAreStoppedAndReportTheirEnd();
 
@@ -52,7 +52,7 @@ void TestTwoApplications::cleanup()
     log.reset();
 }
 
-void TestTwoApplications::eachIsKnownByItsType()
+void TestTwoApplications::eachApplicationHasItsType()
 {
     QCOMPARE(manager->GetTypeFromApp(*Singleton<TandraApp>::GetInstance()), AppManager::TANDRA_APP);
     QCOMPARE(manager->GetTypeFromApp(*Singleton<ExtraApp>::GetInstance()), AppManager::EXTRA_APP);
