@@ -201,8 +201,8 @@ private slots:
     void cleanup();
 
     void kernelBytesNeedABuffer();
-    void lengthOfZeroOpensAndClosesTheDevice_data();
-    void lengthOfZeroOpensAndClosesTheDevice();
+    void lengthBelowOneReadsNothing_data();
+    void lengthBelowOneReadsNothing();
     void deviceThatCannotBeOpenedFails();
     void kernelBytesFillTheBufferExactly();
     void shortReadsAreContinued();
@@ -342,14 +342,14 @@ void TestRandomCode::kernelBytesNeedABuffer()
     QCOMPARE(between.opens, 0);
 }
 
-void TestRandomCode::lengthOfZeroOpensAndClosesTheDevice_data()
+void TestRandomCode::lengthBelowOneReadsNothing_data()
 {
     QTest::addColumn<int>("length");
     QTest::newRow("0") << 0;
     QTest::newRow("-1") << -1;
 }
 
-void TestRandomCode::lengthOfZeroOpensAndClosesTheDevice()
+void TestRandomCode::lengthBelowOneReadsNothing()
 {
     QFETCH(int, length);
     QByteArray buffer(4, UNTOUCHED);
