@@ -5,7 +5,7 @@
 #include <QMap>
 #include <algorithm>
 
-/// What a settings file holds and what a save makes of it, said a second time, briefly and for tests alone.
+/// A simple second implementation of reading and saving a settings file, used as a model by the tests.
 struct IniModel
 {
     bool valid = true;
@@ -52,8 +52,8 @@ struct IniModel
         }
     }
 
-    /// A file as the blocks of its sections: comment lines and section line, and then the key lines. Both
-    /// levels are sorted, since neither has an order.
+    /// A file as the blocks of its sections: comment lines and section line, then the key lines. Both levels
+    /// are sorted, because their order is unspecified.
     using Blocks = QList<QList<QByteArray>>;
 
     Blocks Saved() const
@@ -79,7 +79,7 @@ struct IniModel
         return blocks;
     }
 
-    /// The blocks of a saved text, whose every line ends in a line feed.
+    /// Returns the blocks of a saved text, in which every line ends with a line feed.
     static Blocks Split(const QByteArray& text)
     {
         Blocks blocks;

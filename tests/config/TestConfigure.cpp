@@ -158,7 +158,7 @@ void TestConfigure::fileThatCannotBeCreatedIsLogged()
 
 void TestConfigure::permissionThatCannotBeSetIsLogged()
 {
-    // A directory that may not be searched lets the mode of what is in it be neither read nor set.
+    // In a directory without search permission the mode of a file can be neither read nor set.
     WriteAll(path, "text");
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0600);

@@ -15,7 +15,7 @@ namespace {
 const QString DATA = QStringLiteral("/Velodesk/");
 const QString LOG = QStringLiteral("/Velodesk/log");
 
-/// Every text in the order of its name; <data> and <log> are what the two directory getters give.
+/// All texts in the order of their names; <data> and <log> are the results of the two directory getters.
 constexpr struct
 {
     Velodesk::StrConstName name;
@@ -35,7 +35,7 @@ constexpr struct
 };
 constexpr int TEXT_COUNT = int(std::size(TEXTS));
 
-/// A line for each text, with its number.
+/// Returns a line for each text, with its number.
 QStringList Table(const QString& dataDir, const QString& logDir)
 {
     QStringList lines;
@@ -48,7 +48,7 @@ QStringList Table(const QString& dataDir, const QString& logDir)
     return lines;
 }
 
-/// What the probe prints: the table, and a constant that it read before main().
+/// Returns the probe's output: the table, and a constant that it read before main().
 QStringList Probed(const QString& dataDir, const QString& logDir)
 {
     return Table(dataDir, logDir) << QStringLiteral("early Tandra");
@@ -79,7 +79,7 @@ private slots:
     void missingHomeIsReplacedByTheRootDirectory();
 
 private:
-    /// What the probe prints in a world that may not be written but for this test's own directory.
+    /// Returns the probe's output in a file system that is read-only except for this test's directory.
     QStringList Probe(const QByteArray& home, const QStringList& directories = {});
     QStringList Run(const QStringList& world, const QByteArray& home, const QStringList& directories);
 
@@ -190,7 +190,7 @@ void TestConstant::directoriesExistBeforeMain()
     QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0700));
     QCOMPARE(ModeOf(home + LOG), mode_t(0700));
     QCOMPARE(ModeOf(home), mode_t(0755));
-    // No file is made, and nothing for the engine.
+    // No file is created, and no directory of the engine.
     COMPARE_LISTS(QDir(home + DATA).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                   QStringList(QStringLiteral("log")));
     QVERIFY(QDir(home + LOG).isEmpty());
@@ -236,7 +236,7 @@ void TestConstant::readOnlyHomeGivesATableWithoutDirectories()
     QCOMPARE(Probe(home.toLocal8Bit()), Probed(QString(), QString()));
     SetMode(home, 0700);
     QVERIFY(QDir(home).isEmpty());
-    // A log directory alone that cannot be made.
+    // Only the log directory cannot be created.
     QVERIFY(QDir().mkdir(home + DATA));
     SetMode(home + QStringLiteral("/Velodesk"), 0500);
     QCOMPARE(Probe(home.toLocal8Bit()), Probed(home + DATA, QString()));
@@ -245,11 +245,11 @@ void TestConstant::readOnlyHomeGivesATableWithoutDirectories()
 
 void TestConstant::missingHomeIsReplacedByTheRootDirectory()
 {
-    // For whoever may write there: here in a root of its own.
+    // A process that may write to the root directory: here in a separate root file system.
     const QString programs = QFileInfo(QStringLiteral(CONSTANTPROBE)).path();
     QStringList world{QStringLiteral("--proc"), QStringLiteral("/proc"), QStringLiteral("--ro-bind"),
                       programs, programs};
-    // A link into /usr or, on older systems, a folder of its own: bound, the one is the other.
+    // /lib is a link into /usr or, on older systems, a folder; a bind mount works for both.
     for (const QString& folder : {QStringLiteral("/usr"), QStringLiteral("/lib"), QStringLiteral("/lib64")}) {
         world << QStringLiteral("--ro-bind") << folder << folder;
     }

@@ -14,7 +14,7 @@ const QString DISK = QStringLiteral("/opt/");
 constexpr char ROOM[] = "262144";
 } // namespace
 
-/// On a file system of 256 KiB with nothing left on it.
+/// Runs on a full file system of 256 KiB.
 class TestFullDisk : public QObject
 {
     Q_OBJECT
@@ -28,7 +28,7 @@ private slots:
     void erasingNeedsNoRoom();
 
 private:
-    /// Takes all the room that is left.
+    /// Fills the remaining space.
     static void Fill()
     {
         QFile filler(DISK + QStringLiteral("filler"));
@@ -79,7 +79,8 @@ void TestFullDisk::settingWithoutRoomDoesNotChangeOtherFiles()
     WriteAll(path, "[a]\nb=c\n");
     WriteAll(other, "untouched");
     Fill();
-    // Written in place and without a look at the outcome: this file is cut, and what is left is still read.
+    // The file is rewritten in place and the result is not checked: it is cut, and the rest can still be
+    // read.
     IniParser::GetInstance().SetKeyValue(Local(path), "a", "b", std::string(300000, 'v'));
     QVERIFY(IniParser::GetInstance().GetKeyValueString(Local(path), "a", "b").size() < 300000);
     QCOMPARE(ReadAll(other), QByteArray("untouched"));

@@ -48,7 +48,7 @@ class Opens
 public:
     explicit Opens(const QString& path) : events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
     {
-        // Of events in a row that are alike the kernel makes one.
+        // The kernel merges consecutive equal events, so watch closing too.
         inotify_add_watch(events, Local(path).c_str(), IN_OPEN | IN_CLOSE);
     }
     ~Opens() { close(events); }
@@ -59,7 +59,7 @@ public:
     {
         inotify_event event{};
         int count = 0;
-        // Of a watched file, unlike of a folder, an event brings no name.
+        // The event of a watched file has no name, unlike that of a directory.
         while (read(events, &event, sizeof event) == sizeof event) {
             count += (event.mask & IN_OPEN) != 0 ? 1 : 0;
         }
@@ -344,7 +344,7 @@ void TestIniParser::invalidKeyLineFails()
     ConfigFile file;
     QCOMPARE(parser->ParsingKeyValuePairs(file, section.toStdString(), line.toStdString()), -1);
     QVERIFY(file.sections.empty());
-    // The comment is taken in before the line is judged.
+    // The comment is stored before the line is checked.
     QCOMPARE(file.inlineComments.size(), std::size_t(line.contains(';') ? 1 : 0));
 }
 
@@ -466,7 +466,7 @@ void TestIniParser::keyNamedLikeACommentedSectionIsNotSaved()
 
 void TestIniParser::keyNamedLikeACommentedKeyIsSaved()
 {
-    // But for a 0, as the name of a comment line has it.
+    // The names differ only by the index 0, which the name of a comment line has.
     WriteAll(path, "[s]\nk=1\nk0=2;c\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
     QCOMPARE(parser->Save(Path()), 0);
@@ -491,7 +491,7 @@ void TestIniParser::savingAnEmptyEntryKeepsTheFile()
     QCOMPARE(parser->Save(Path()), -1);
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS the config file is empty!")));
     QCOMPARE(ReadAll(path), QByteArray(";one\n[s]\n"));
-    // By now there is an entry, without sections.
+    // Now there is an entry without sections.
     QVERIFY(parser->CheckMapEmpty(Path(), "s"));
     QCOMPARE(lines->Take(), QStringList(Warning("config file %s is empty!", path)));
 }
@@ -691,7 +691,7 @@ void TestIniParser::unreadableFileReturnsTheFailureValuesAndIsKept_data()
 void TestIniParser::unreadableFileReturnsTheFailureValuesAndIsKept()
 {
     QFETCH(QByteArray, text);
-    // What was read from the file when it was good does not stand in for it.
+    // The content that was loaded earlier is not used.
     WriteAll(path, "[s]\na=true\n");
     QCOMPARE(parser->GetKeyValueBool(Path(), "s", "a"), true);
     WriteAll(path, text);
@@ -704,7 +704,7 @@ void TestIniParser::unreadableFileReturnsTheFailureValuesAndIsKept()
     parser->SetKeyValue(Path(), "s", "a", 5);
     parser->SetKeyValue(Path(), "s", "a", true);
     QVERIFY(ReadAll(path) == text);
-    // No line but the load's own.
+    // Each call logs only the line of its load.
     const QStringList taken = lines->Take();
     QCOMPARE(taken.size(), 4);
     QCOMPARE(taken.count(taken.first()), 4);
@@ -824,7 +824,7 @@ void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
     const auto upTo = [&random](int limit) {
         return static_cast<int>(random() % static_cast<unsigned int>(limit));
     };
-    // Few names, so that they meet; the numbers and slashes let names run into one another.
+    // Few names, so that they are often equal; digits and slashes make combined names collide.
     const QList<QByteArray> pieces{"a",           "b", "a/b", "a1", "0",  "/", ";",
                                    "=",           "[", "]",   " ",  "\r", "#", QByteArray(1, '\0'),
                                    "\xe8\xbf\x9e"};
@@ -865,7 +865,7 @@ void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
         }
         const QByteArray shown = text.toPercentEncoding("\n ;=[]/#");
         IniModel model(text);
-        // A new file is quicker than a rewritten one, whose bytes the file system wants on disk.
+        // Creating a file is faster than rewriting one, whose data the file system flushes to disk.
         QFile::remove(path);
         WriteAll(path, text);
         const std::unique_ptr<ConfigFile> file = parser->GetConfig(Path());
@@ -885,7 +885,7 @@ void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
         } else {
             QVERIFY2(IniModel::Split(ReadAll(path)) == model.Saved(), shown.constData());
         }
-        // Once more from the start, and with a change.
+        // Repeat it from the start with a change.
         QFile::remove(path);
         WriteAll(path, text);
         parser->SetKeyValue(Path(), "a", "b", "value");

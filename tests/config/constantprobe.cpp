@@ -5,7 +5,7 @@
 #include "config/Constant.h"
 
 namespace {
-/// Read during the static initialisation of this file, which the linker may put before that of the tables.
+/// Initialised during the static initialisation of this file, which may precede that of the tables.
 const std::string EARLY = GetConstant(Velodesk::ENGINE_SECTION);
 
 void Tell(const char* name)
@@ -17,8 +17,8 @@ void Tell(const char* name)
 }
 } // namespace
 
-/// constantprobe COUNT [DIRECTORY...]: prints whether the directories existed before main(), and then that
-/// many texts.
+/// constantprobe COUNT [DIRECTORY...]: prints whether the directories existed before main(), then COUNT
+/// texts.
 int main(int argc, char* argv[])
 {
     for (int i = 2; i < argc; ++i) {

@@ -4,7 +4,7 @@
 #include "platform/Singleton.h"
 
 namespace {
-/// Says when it ends, and that the tables are still there.
+/// Prints a line in the destructor, which also verifies that the tables still exist.
 template <int number>
 class Speaker
 {
@@ -21,7 +21,7 @@ int main()
     SingletonNew<Speaker<3>>::GetInstance();
     Singleton<Speaker<4>>::GetInstance();
     SingletonNew<Speaker<5>>::GetInstance();
-    // Ended early and made anew: late now, and ended once.
+    // Destroyed and created again: now it is the last one, and it is destroyed once.
     Singleton<Speaker<2>>::Destroy();
     Singleton<Speaker<2>>::GetInstance();
     return 0;

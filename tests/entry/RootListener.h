@@ -4,11 +4,11 @@
 #include <QList>
 #include <memory>
 
-/// Hears what is sent to the root window, as a window manager does, over an X connection of its own.
+/// Receives the client messages to the root window, as a window manager does, over a separate X connection.
 class RootListener
 {
 public:
-    /// A client message as it came.
+    /// A received client message.
     struct Message
     {
         bool sentByAClient;
@@ -18,13 +18,13 @@ public:
         QList<long> data;
     };
 
-    /// On the display of DISPLAY. Ends the program if there is none.
+    /// Connects to the display of DISPLAY; ends the program if there is none.
     RootListener();
     ~RootListener();
     RootListener(const RootListener&) = delete;
     RootListener& operator=(const RootListener&) = delete;
 
-    /// The messages since the last call.
+    /// Returns the messages since the last call.
     QList<Message> Take();
 
 private:

@@ -24,7 +24,7 @@ struct Line
     QString message;
 };
 
-/// One start of the program as it was built, under any name and with any arguments.
+/// Starts the built program once, with any name and any arguments.
 class Start
 {
 public:
@@ -50,7 +50,7 @@ public:
     Start(const Start&) = delete;
     Start& operator=(const Start&) = delete;
 
-    /// -1 if it has not ended by itself.
+    /// Returns the exit code; -1 if the program did not exit by itself.
     int ExitCode()
     {
         return process.waitForFinished(ENDED_MS) && process.exitStatus() == QProcess::NormalExit
@@ -69,7 +69,7 @@ private:
     QProcess process;
 };
 
-/// A signal set of a process, by its name in proc(5).
+/// Returns a signal set of a process by its name in proc(5).
 qulonglong SignalSet(qint64 pid, const char* name)
 {
     QFile status(QStringLiteral("/proc/%1/status").arg(pid));
@@ -202,7 +202,7 @@ void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay()
     QFETCH(QString, name);
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
-    // An application object would end the program here.
+    // Constructing an application object would end the program here.
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     Start start({}, name, arguments, environment, Folder());
     QCOMPARE(start.ExitCode(), 1);
@@ -210,7 +210,7 @@ void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay()
     QCOMPARE(Log().first().level, QStringLiteral("ERROR"));
     QCOMPARE(Log().first().module, QStringLiteral("VELODESK"));
     QCOMPARE(Log().first().file, QStringLiteral("VeloMain.cpp"));
-    // The log's place is made before anything is looked at; the settings are not.
+    // The log's directory is created before any check; the settings file is not.
     COMPARE_LISTS(
         QDir(Home() + QStringLiteral("/Velodesk")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
         QStringList(QStringLiteral("log")));
@@ -246,7 +246,7 @@ void TestCommandLine::logLinesHaveTheOrderOfTheStages()
     const QStringList messages = Messages();
     QCOMPARE(messages.at(0),
              QStringLiteral("chmod %1.").arg(Home() + QStringLiteral("/Velodesk//velodesk.conf")));
-    // As the distribution and its compositor have it.
+    // The line depends on the distribution and its compositor.
     QVERIFY2(messages.at(1) == QLatin1String("Use Shadow") ||
                  messages.at(1) == QLatin1String("Don't Use Shadow"),
              qPrintable(messages.at(1)));
@@ -275,7 +275,7 @@ void TestCommandLine::unusableHomeEndsTheStart()
     } else {
         environment.insert(QStringLiteral("HOME"), home);
     }
-    // Where nobody can make a directory in the root of the file system, as for an ordinary user.
+    // Make the root of the file system read-only, as it is for an ordinary user.
     const QStringList readOnly{QStringLiteral("bwrap"),
                                QStringLiteral("--ro-bind"),
                                QStringLiteral("/"),
@@ -292,7 +292,7 @@ void TestCommandLine::unusableHomeEndsTheStart()
     Start start(readOnly, NAME, {QStringLiteral("1")}, environment, Folder());
     QCOMPARE(start.ExitCode(), 1);
     COMPARE_LISTS(QDir(Home()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
-    // It has not come to the check for another instance.
+    // The program ends before the check for another instance.
     COMPARE_LISTS(QDir(Folder()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
                   QStringList());
     QVERIFY(!QFile::exists(QStringLiteral("/Velodesk")));
@@ -343,7 +343,7 @@ void TestCommandLine::laterInstanceEndsWithZero()
             modules.append(line.module);
         }
     }
-    // Once where it is found out, once where it is acted on.
+    // It is logged where it is detected and where it is handled.
     QCOMPARE(modules, QStringList({QStringLiteral("UTILS"), QStringLiteral("VELODESK")}));
     QCOMPARE(Messages().count(QStringLiteral("Active application.")), 1);
     QCOMPARE(Messages().count(MAIN_WINDOW), 1);
@@ -352,7 +352,7 @@ void TestCommandLine::laterInstanceEndsWithZero()
 
 void TestCommandLine::directoriesAreCreatedBeforeTheFirstCommandRuns()
 {
-    // Stands for the first command of a start and notes what it finds.
+    // Replaces the first command of a start and records what exists.
     QFile head(Folder() + QStringLiteral("/head"));
     QVERIFY(head.open(QIODevice::WriteOnly));
     head.write("#!/bin/sh\nls \"$HOME\" >>\"$TMPDIR/found\"\n");
@@ -381,7 +381,7 @@ void TestCommandLine::blockedOrIgnoredSignalsAreRestored()
     Start start({QStringLiteral("env"), option}, NAME, {QStringLiteral("1")}, environment, Folder());
     QTRY_VERIFY_WITH_TIMEOUT(Messages().contains(MAIN_WINDOW), ENDED_MS);
     QCOMPARE(SignalSet(start.Pid(), "SigBlk:"), 0ULL);
-    // Qt ignores SIGPIPE itself, and restores it for children.
+    // Qt itself ignores SIGPIPE, and restores it for children.
     QCOMPARE(SignalSet(start.Pid(), "SigIgn:") & ~SetOf(SIGPIPE), 0ULL);
     QCOMPARE(kill(static_cast<pid_t>(start.Pid()), SIGTERM), 0);
     QCOMPARE(start.ExitCode(), 0);
@@ -421,7 +421,7 @@ void TestCommandLine::signalEndsTheProgramInOrder()
     const QString socket = Folder() + QStringLiteral("/VelodeskServer");
     Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
     QTRY_VERIFY_WITH_TIMEOUT(agreed ? Messages().contains(MAIN_WINDOW) : QFile::exists(socket), ENDED_MS);
-    // The handlers are there by now: they are installed behind the socket and before any window.
+    // The handlers are installed after the socket and before any window.
     QTRY_VERIFY((SignalSet(start.Pid(), "SigCgt:") & SetOf(SIGTERM)) != 0);
     QCOMPARE(kill(static_cast<pid_t>(start.Pid()), signal), 0);
     QCOMPARE(start.ExitCode(), 0);

@@ -36,11 +36,11 @@ constexpr int ENDED_MS = 10000;
 class OpenApplication : public SingleApplication
 {
 public:
-    /// What the slot that runs was called by.
+    /// Gives access to QObject::sender(), the sender of the running slot.
     static auto Sender() { return &OpenApplication::sender; }
 };
 
-/// Does something as soon as anybody asks for its window.
+/// Calls a function when its window is requested.
 class AskedWindow : public QWidget
 {
 public:
@@ -59,7 +59,7 @@ private:
     std::function<void()> answer;
 };
 
-/// A socket beneath the library's own, for a peer or a server that does not behave.
+/// A plain socket without Qt, for a peer or a server that misbehaves.
 class RawSocket
 {
 public:
@@ -86,7 +86,7 @@ private:
     sockaddr_un address{};
 };
 
-/// Runs as one instance that makes the check and ends: "result running" on the standard output.
+/// Runs as an instance that makes the check and ends; prints "result running".
 int RunInstance(int argc, char** argv)
 {
     const CapturedLog log;
@@ -136,7 +136,7 @@ private slots:
     void activationMessageNamesTheGivenWindow();
 
 private:
-    /// An application of this test's own name, listening.
+    /// Creates an application with this test's socket name that listens.
     void Start();
     QProcess& StartInstance();
     QString SocketPath() const { return QDir::tempPath() + QLatin1Char('/') + name; }
@@ -231,7 +231,7 @@ void TestSingleApplication::laterInstanceConnectsAndDoesNotListen()
     QTRY_COMPARE(log->Messages(), QStringList(ACTIVE));
     QVERIFY(log->Contains(INFO, UTILS, ACTIVE));
     QVERIFY(!application->IsRunning());
-    // The first one has stayed what it was.
+    // The first instance is unchanged.
     StartInstance();
     QTRY_COMPARE_WITH_TIMEOUT(instance->state(), QProcess::NotRunning, ENDED_MS);
     QTRY_COMPARE(log->Count(ACTIVE), 2);
@@ -386,7 +386,7 @@ void TestSingleApplication::serverThatNeverAnswersCountsAsNotRunning()
     QVERIFY2(timer.elapsed() >= 450, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(!application->IsRunning());
     QCOMPARE(log->Count(RUNNING), 0);
-    // The name is this instance's now.
+    // This instance uses the name now.
     QProcess& later = StartInstance();
     QTRY_COMPARE_WITH_TIMEOUT(later.state(), QProcess::NotRunning, ENDED_MS);
     QTRY_COMPARE(log->Count(ACTIVE), 1);
@@ -516,7 +516,7 @@ void TestSingleApplication::pendingConnectionIsAccepted()
     QTRY_COMPARE_WITH_TIMEOUT(log->Count(ACTIVE), 1, ENDED_MS);
     auto* listening = qobject_cast<QLocalServer*>(server);
     QVERIFY(listening != nullptr);
-    // Nobody takes the next one but who asks.
+    // Only an explicit call accepts the next connection.
     disconnect(listening, nullptr, application.get(), nullptr);
     {
         const RawSocket peer(SocketPath());
@@ -544,7 +544,7 @@ void TestSingleApplication::activationMessageNamesTheGivenWindow()
     };
     const int descriptors = open();
     RawxWindowOpt::ActivexWindow(0x1234567);
-    // A thread of Qt may have had one of its own open for a moment.
+    // A thread of Qt may have opened a descriptor for a moment.
     QTRY_VERIFY(open() <= descriptors);
     const QList<RootListener::Message> messages = root.Take();
     QCOMPARE(messages.size(), 1);

@@ -85,7 +85,7 @@ void TestStartEnvironment::environmentIsRestored()
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("120"));
     QVERIFY(!qEnvironmentVariableIsSet("QT_STYLE_OVERRIDE"));
     QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"));
-    // Once: what the program sets itself afterwards stays.
+    // Only the first call restores: later values of the program are kept.
     qputenv("QT_FONT_DPI", "100");
     environment.GiveBack();
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("100"));

@@ -10,8 +10,8 @@
 
 #include "support/ModalActor.h"
 
-/// Plays its steps on the modal dialogs that come one after another, one step a dialog. A dialog that comes
-/// after the last step, or whose step has failed, is closed, so that no test hangs on it.
+/// Runs one step on each of the following modal dialogs. Closes a dialog after the last step, or one whose
+/// step failed, so that no test blocks.
 class DialogScript
 {
 public:
@@ -22,9 +22,9 @@ public:
     DialogScript(const DialogScript&) = delete;
     DialogScript& operator=(const DialogScript&) = delete;
 
-    /// How many dialogs have come.
+    /// Returns the number of dialogs that were shown.
     int Seen() const { return seen; }
-    /// Whether each step had its dialog and no other dialog came.
+    /// Whether each step ran and no other dialog was shown.
     bool IsPlayedOut() const { return seen == static_cast<int>(steps.size()); }
 
 private:

@@ -6,7 +6,7 @@
 
 #include "config/Constant.h"
 
-/// The settings file in the test's home, behind the program's back.
+/// Direct access to the settings file in the test's home, without the program's classes.
 namespace SettingsFile {
 inline QString Path()
 {
@@ -27,7 +27,7 @@ inline QByteArray Content()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The value behind "key=" in that section; null if there is none.
+/// Returns the value of "key=" in that section; null if there is none.
 inline QByteArray Value(const QByteArray& section, const QByteArray& key)
 {
     QByteArray current;

@@ -54,7 +54,7 @@ void InstallEngine(const QByteArray& script, int permissions = RUNS, const QByte
     file.setPermissions(static_cast<QFile::Permissions>(permissions));
 }
 
-/// What one of the manager's four signals says.
+/// The content of one of the manager's four signals.
 struct Event
 {
     enum Signal
@@ -132,7 +132,7 @@ private:
     QPushButton& Button() { return *Find<QPushButton>(*page, "PreScreenBtn"); }
     bool ShowsCasting() { return Button().text() == QStringLiteral("结束投屏"); }
     void Click() { QTest::mouseClick(&Button(), Qt::LeftButton); }
-    /// The button, the label and the picture in one text.
+    /// Returns the button, the label and the image as one text.
     QString Display() const;
     void CompareDisplay(bool casting);
 
@@ -215,7 +215,7 @@ void TestCastControl::statesHaveTheirAppearance()
     page->SetPreScreenStatus(!casting);
     page->SetPreScreenStatus(casting);
     CompareDisplay(casting);
-    // What the style sheet comes to: the fill, and the border where there is one.
+    // The result of the style sheet: the fill colour and, if there is one, the border.
     const QImage picture = Button().grab().toImage();
     const QColor blue(0x2B, 0x6F, 0xF2);
     QCOMPARE(QColor(picture.pixel(16, 16)), casting ? QColor(Qt::white) : blue);
@@ -317,7 +317,7 @@ void TestCastControl::clickStartsTheEngine()
     CompareDisplay(false);
     QVERIFY(started.wait());
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("App started.")));
-    // It runs, but no phone has connected yet.
+    // The engine runs, but no phone is connected yet.
     CompareDisplay(false);
     QCOMPARE(log->Count(CORRUPTED), 0);
 }
@@ -335,7 +335,7 @@ void TestCastControl::clickWhileCastingStopsTheEngine()
     Click();
     COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({STOP_CLICK, QStringLiteral("stop app[0]")}));
     QVERIFY(log->Contains(INFO, VELODESK, STOP_CLICK));
-    // Not waited for: the display goes on until the end is reported.
+    // The click does not wait: the casting state is shown until the end is reported.
     QCOMPARE(finished.count(), 0);
     CompareDisplay(true);
     QVERIFY(finished.wait());
@@ -362,7 +362,7 @@ void TestCastControl::clickRepeatsItsRequest()
 
 void TestCastControl::changeIsPaintedImmediately()
 {
-    // Place by place, or Qt would draw all that lies between them.
+    // The widgets are painted one by one, otherwise Qt paints the area between them too.
     class Order : public QObject
     {
     public:
@@ -416,7 +416,7 @@ void TestCastControl::castEndedByTheEngineIsStartedAgain()
     CompareDisplay(false);
     log->Clear();
     Click();
-    // The first process lives on, and another request is made all the same.
+    // The first process is still running, and another request is made.
     COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, QStringLiteral("start app[0]"),
                                                 QStringLiteral("processVector size is 1"),
                                                 QStringLiteral("delete 0 invalid process")}));
@@ -510,7 +510,7 @@ void TestCastControl::otherMessageBoxSuppressesTheWarning()
         CompareDisplay(false);
         QVERIFY(nobody.IsPlayedOut());
     }
-    // Gone, it is in nobody's way.
+    // After its destruction the warning is shown.
     DialogScript script({[](QWidget* dialog) {
         dialog->close();
     }});

@@ -34,7 +34,7 @@ void StoreName(const QByteArray& name)
     SettingsFile::Write("[Tandra]\ndevicename=" + name + "\n");
 }
 
-/// Why a widget got the focus.
+/// Records the reason of a focus event.
 class FocusWatch : public QObject
 {
 public:
@@ -100,7 +100,7 @@ private:
     void Start();
     void Open() { QTest::mouseClick(&Pencil(), Qt::LeftButton); }
     void Return() { QTest::keyClick(&Field(), Qt::Key_Return); }
-    /// Opens the field, empties it and gives it another text, as an input method does.
+    /// Opens the field, empties it and enters another text as an input method does.
     void Rewrite(const QString& text);
     void Commit(const QString& text);
     int Width(const QString& text) const { return page->fontMetrics().horizontalAdvance(text) + 7; }
@@ -341,7 +341,7 @@ void TestDeviceName::cutRemovesTheEndWhereverTheCursorIs()
     QTest::keyClick(&Field(), Qt::Key_Home);
     QTest::keyClicks(&Field(), QStringLiteral("X"));
     QCOMPARE(Field().text(), QStringLiteral("Xabcdefghijklmn"));
-    // Where setting the text leaves it.
+    // The position that setText() leaves.
     QCOMPARE(Field().cursorPosition(), 15);
 }
 
@@ -363,7 +363,7 @@ void TestDeviceName::fieldHasTheWidthOfTheTypedText()
         QTest::keyClicks(&Field(), QString(letter));
         QCOMPARE(Field().size(), QSize(Width(typed), 20));
     }
-    // One too many: it is measured although it has been cut off, until the next edit.
+    // One character too many: it is included in the width although it is cut off, until the next edit.
     QTest::keyClicks(&Field(), QStringLiteral("W"));
     QCOMPARE(Field().text(), typed);
     QCOMPARE(Field().size(), QSize(Width(typed + QStringLiteral("W")), 20));
@@ -388,7 +388,7 @@ void TestDeviceName::rowIsCentred_data()
     QTest::newRow("Latin") << QStringLiteral("My_PC-1") << 12;
     QTest::newRow("Latin, other font") << QStringLiteral("My_PC-12") << 13;
     QTest::newRow("Chinese") << QStringLiteral("维乐电脑一") << 12;
-    // Wider than the row: the division goes towards zero, from both sides.
+    // Wider than the row: the division rounds towards zero on both sides.
     QTest::newRow("wide") << QStringLiteral("WWWWWWWWWWWWWWW") << 40;
     QTest::newRow("wide, other font") << QStringLiteral("WWWWWWWWWWWWWWi") << 41;
     QTest::newRow("wide, third font") << QStringLiteral("WWWWWWWWWWWWWii") << 43;
@@ -478,7 +478,7 @@ void TestDeviceName::endOfAnEditStoresTheName()
     const QString line = Changed(QStringLiteral("Old"), QStringLiteral("新new"));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), line));
-    // And the next edit begins from there.
+    // The next edit begins with that name.
     page->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(page.get()));
     Rewrite(QStringLiteral("Next"));
@@ -521,7 +521,7 @@ void TestDeviceName::emptyNameRestoresThePreviousName()
 
 void TestDeviceName::changeWithoutAnEditIsNotLogged()
 {
-    // Neither before the first edit nor after one.
+    // A change is logged neither before the first edit nor after one.
     for (const QString& name : {QStringLiteral("Quiet"), QStringLiteral("Silent")}) {
         Field().setText(name);
         page->ComputerNameEditEditingFinished();
@@ -581,7 +581,7 @@ void TestDeviceName::unwritableSettingsLeaveTheNewNameOnThePage()
     QCOMPARE(Field().text(), QStringLiteral("New"));
     QVERIFY(Pencil().isVisible());
     QCOMPARE(SettingsFile::DeviceName(), QByteArray("Old"));
-    // It is the name in force all the same.
+    // The new name is used nevertheless.
     Rewrite(QString());
     Return();
     QCOMPARE(Field().text(), QStringLiteral("New"));

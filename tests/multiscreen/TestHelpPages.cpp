@@ -69,7 +69,7 @@ private slots:
 private:
     static void AddEntries();
     void Click(const QByteArray& name);
-    /// A click where the window shows the widget, so that what lies on top gets it.
+    /// Clicks at the widget's position in the window, so that the topmost widget gets the click.
     void ClickOn(const QByteArray& name);
     SerProEdit* View(const QByteArray& frame)
     {
@@ -227,7 +227,7 @@ void TestHelpPages::textIsLoadedAgainAtTheTop()
     QScrollBar* bar = View(entry.frame)->verticalScrollBar();
     QTRY_VERIFY(bar->maximum() > 0);
     QCOMPARE(bar->value(), 0);
-    // Whatever the height of a line.
+    // This holds for any line height.
     for (int pixelSize = 8; pixelSize < 24; ++pixelSize) {
         QFont font = page->font();
         font.setPixelSize(pixelSize);
@@ -321,7 +321,7 @@ void TestHelpPages::otherEventsDoNotChangeTheText()
     SendMouse(*icon, QEvent::MouseMove, QPoint(5, 5));
     SendMouse(*icon, QEvent::MouseButtonPress, QPoint(5, 5));
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);
-    // The filter hands everything on: a press is still a press.
+    // The event filter passes all events on: a press is still handled as a press.
     QVERIFY(static_cast<QPushButton*>(icon)->isDown());
     QEvent hoverLeave(QEvent::HoverLeave);
     QEvent leave(QEvent::Leave);
@@ -330,7 +330,7 @@ void TestHelpPages::otherEventsDoNotChangeTheText()
     QCoreApplication::sendEvent(icon, &hoverLeave);
     QCOMPARE(TextStyle(entry), HOVER_STYLE);
     QCoreApplication::sendEvent(icon, &leave);
-    // Nor does the mouse over anything else.
+    // Entering other widgets has no effect either.
     QCoreApplication::sendEvent(Find(*page, entry.picture.constData()), &enter);
     QCoreApplication::sendEvent(page.get(), &enter);
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);

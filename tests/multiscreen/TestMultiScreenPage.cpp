@@ -31,7 +31,7 @@ const QString TRANSPARENT_BTN = QStringLiteral("background-color:transparent;bor
 const QString HELP_TEXT = QStringLiteral(
     "QPushButton {color: #1F1F1F;}QPushButton:hover {color: #2B6FF2;}QPushButton:pressed {color: #2B6FF2;}");
 
-/// The rules of a style sheet without its white space.
+/// Returns the rules of a style sheet without white space.
 QString Dense(QString styleSheet)
 {
     return styleSheet.remove(QLatin1Char('\n')).remove(QLatin1Char(' '));
@@ -321,7 +321,7 @@ void TestMultiScreenPage::fontsAreSet()
     QCOMPARE(font.family(), QStringLiteral("Noto Sans CJK SC"));
     QCOMPARE(font.pixelSize(), pixelSize);
     QCOMPARE(font.weight(), weight);
-    // Kept in 64ths of a pixel.
+    // QFont stores it in 64ths of a pixel.
     QVERIFY2(qAbs(font.letterSpacing() - spacing) < 1.0 / 64,
              qPrintable(QString::number(font.letterSpacing())));
     QCOMPARE(font.letterSpacingType(), QFont::AbsoluteSpacing);
@@ -469,7 +469,7 @@ void TestMultiScreenPage::firstStartStoresTheDesktopPath()
 void TestMultiScreenPage::laterStartKeepsThePath()
 {
     QCOMPARE(SettingsFile::SavePath(), QByteArray("/x"));
-    // Shown with the settings view, not before.
+    // The label has the form's text until the settings view is shown.
     QCOMPARE(Find<QLabel>(*page, "savePath")->text(), QStringLiteral("/home/zelmora/Velodesk"));
 }
 
@@ -515,7 +515,7 @@ void TestMultiScreenPage::iconButtonsOfAllWindowsHaveChineseNames()
     QMap<QString, int> seen;
     for (const QWidget* window : QApplication::allWidgets()) {
         const auto* button = qobject_cast<const QAbstractButton*>(window);
-        // The two covers square the corners of the plain look and are nothing to press.
+        // The two covers make the corners square without shadow; they are not for pressing.
         if (button == nullptr || !button->text().isEmpty() ||
             button->objectName().startsWith(QLatin1String("justCover"))) {
             continue;
@@ -526,7 +526,7 @@ void TestMultiScreenPage::iconButtonsOfAllWindowsHaveChineseNames()
         QVERIFY2(IsChinese(name), qPrintable(button->objectName() + QLatin1Char(' ') + name));
         ++seen[name];
     }
-    // Of the main window, the agreement, the message box and the quit question.
+    // The buttons of the main window, the agreement, the message box and the exit question.
     QCOMPARE(seen.value(QStringLiteral("关闭")), 4);
     QCOMPARE(seen.value(QStringLiteral("最小化")), 2);
     QCOMPARE(seen.value(QStringLiteral("菜单")), 1);

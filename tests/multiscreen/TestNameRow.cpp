@@ -24,7 +24,8 @@ QImage OnWhite(QWidget& widget)
     return image;
 }
 
-/// Every inked pixel of `wanted` is in `seen`; what is more there, such as a cursor, does not count.
+/// Whether `seen` contains every non-background pixel of `wanted`; additional pixels, such as a cursor, are
+/// allowed.
 bool HoldsInk(const QImage& seen, const QImage& wanted)
 {
     for (int y = 0; y < wanted.height(); ++y) {
@@ -51,7 +52,7 @@ int LastInk(const QImage& image)
 }
 } // namespace
 
-/// The name, to its last pixel.
+/// Verifies that the name is shown to its last pixel.
 class TestNameRow : public QObject
 {
     Q_OBJECT
@@ -75,7 +76,7 @@ private slots:
 private:
     QLineEdit& Field() { return *Find<QLineEdit>(*page, "ComputerNameEdit"); }
     void Start(const QString& name);
-    /// The text as the field draws it, with room to spare.
+    /// Returns the text as the field paints it in a wider field.
     QImage Wanted(const QString& text);
 
     std::unique_ptr<CapturedLog> log;
@@ -146,7 +147,7 @@ void TestNameRow::pencilCoversNothing()
     QFETCH(QString, name);
     Start(name);
     const auto& pencil = *Find<QPushButton>(*page, "NameEditBtn");
-    // The first column of its picture is empty.
+    // The first column of the pencil's image is empty.
     QVERIFY(Field().x() + LastInk(Wanted(name)) <= pencil.x());
 }
 

@@ -42,7 +42,7 @@ void Store(const QByteArray& path)
     SettingsFile::Write("[Tandra]\nfileStorePath=" + path + "\n");
 }
 
-/// Takes `folder` in the dialog, as a person does who types the path.
+/// Chooses `folder` in the dialog by typing its path.
 void Choose(QWidget* dialog, const QString& folder)
 {
     dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(folder);
@@ -285,7 +285,7 @@ void TestSettingsView::disabledClearButtonIsGrey()
     QCOMPARE(pixel(inside), QColor(0xFF, 0xFF, 0xFF));
     QCOMPARE(pixel(border), QColor(0xDB, 0xDB, 0xDB));
     clear->setEnabled(false);
-    // Four and twenty per cent of black.
+    // The colours are 4 % and 20 % of black.
     QVERIFY2(qAbs(pixel(inside).red() - 245) <= 1, qPrintable(pixel(inside).name()));
     QVERIFY2(pixel(border).red() < 210, qPrintable(pixel(border).name()));
 }
@@ -405,7 +405,7 @@ void TestSettingsView::folderWithoutPermissionsIsRejected()
     DialogScript script({[&chosen](QWidget* dialog) { Choose(dialog, chosen); },
                          [this](QWidget* box) {
                              CompareBox(box, page.get(), NO_RIGHTS);
-                             // Nothing is taken while the box is up.
+                             // Nothing is stored while the box is open.
                              QCOMPARE(SavePath(), folder->path());
                              Confirm(box);
                          },
@@ -476,7 +476,7 @@ void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
     QFETCH(QString, name);
     QFETCH(QString, logged);
     const QString path = Made(name);
-    // By its place, because a line of text holds no line feed.
+    // Select it by its index, because a line edit cannot contain a line feed.
     DialogScript script({[&path](QWidget* dialog) {
                              qobject_cast<QFileDialog*>(dialog)->setDirectory(path);
                              Choose(dialog, QString());

@@ -141,7 +141,7 @@ void TestTrustedDevices::questionIsAsked()
         QVERIFY(Find(*box, "btnLeft")->isVisible() && Find(*box, "btnRight")->isVisible());
         QCOMPARE(Find<QPushButton>(*box, "btnLeft")->text(), QStringLiteral("取消"));
         QCOMPARE(Find<QPushButton>(*box, "btnRight")->text(), QStringLiteral("确定"));
-        // Nothing happens before the answer.
+        // Nothing is erased before the answer.
         COMPARE_LISTS(log->Messages(), QStringList(ASKED));
         QCOMPARE(Present(), Sorted(NAMES));
         box->close();
@@ -332,9 +332,9 @@ void TestTrustedDevices::clearButtonIsGreyAfterwards()
     QCOMPARE(fill(), QColor(Qt::white));
     DialogScript script({Confirm});
     Click();
-    // Four per cent of black on the white page.
+    // The colour is 4 % of black on the white page.
     QVERIFY2(qAbs(fill().red() - 245) <= 1, qPrintable(fill().name()));
-    // And a disabled button asks nothing.
+    // A disabled button shows no question.
     log->Clear();
     Click();
     COMPARE_LISTS(log->Messages(), QStringList());

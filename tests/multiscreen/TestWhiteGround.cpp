@@ -9,7 +9,7 @@ namespace {
 constexpr QRect PLACE(20, 30, 61, 40);
 constexpr Qt::GlobalColor PAGE_COLOR = Qt::yellow;
 
-/// A widget of one colour, or of none, that counts how often it is painted.
+/// A widget with or without a background colour that counts its paint events.
 class Layer : public QWidget
 {
 public:
@@ -27,7 +27,7 @@ private:
     const QBrush ground;
 };
 
-/// A page with a frame on it, in a window or as a window of its own.
+/// A page with a frame, inside a window or as a window itself.
 struct Scene
 {
     explicit Scene(bool hasGround, bool isWindow = false, Qt::GlobalColor color = PAGE_COLOR)
@@ -38,7 +38,7 @@ struct Scene
         }
         frame = new Layer(&page);
         frame->setGeometry(PLACE);
-        // As the form's frames have it, for the style to draw them.
+        // As for the form's frames: the style paints the background.
         frame->setAttribute(Qt::WA_StyledBackground);
         if (hasGround) {
             new WhiteGround(frame, &page);
@@ -58,7 +58,7 @@ struct Scene
 };
 } // namespace
 
-/// Run once as it is, and once where everything is drawn larger.
+/// CTest runs it twice: at a scale factor of 1, and with a larger one.
 class TestWhiteGround : public QObject
 {
     Q_OBJECT
@@ -78,7 +78,7 @@ private:
 
 void TestWhiteGround::initTestCase()
 {
-    // Half transparent: drawn twice it would be darker.
+    // The colour is semi-transparent: painted twice it would be darker.
     QImage half(30, 20, QImage::Format_ARGB32);
     half.fill(QColor(0, 0, 255, 128));
     half.setPixelColor(3, 2, Qt::red);
@@ -92,7 +92,7 @@ void TestWhiteGround::backgroundIsWhiteOnAPageOfTheWindow()
     QCOMPARE(without.Pixel(), QColor(PAGE_COLOR));
     Scene with(true);
     QCOMPARE(with.Pixel(), QColor(Qt::white));
-    // The whole place and nothing else.
+    // The whole area of the frame is white, and nothing else changes.
     QImage expected = without.Picture();
     QPainter(&expected).fillRect(PLACE, Qt::white);
     QVERIFY(with.Picture() == expected);
@@ -109,7 +109,7 @@ void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
 {
     Scene scene(true);
     QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
-    // A style sheet takes from a widget what it had been told of its ground.
+    // Setting a style sheet resets the widget's background attributes.
     for (const char* style : {"", "background-color:blue", "border:2px solid red"}) {
         scene.frame->setStyleSheet(QLatin1String(style));
         QVERIFY(scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
@@ -120,7 +120,7 @@ void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
         scene.frame->repaint();
         QCOMPARE(scene.page.paints, paints);
     }
-    // Of other events it keeps out.
+    // Other events are not handled.
     scene.frame->setAttribute(Qt::WA_OpaquePaintEvent, false);
     static int warnings;
     warnings = 0;
@@ -130,7 +130,7 @@ void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
     QCoreApplication::sendEvent(scene.frame, &other);
     qInstallMessageHandler(before);
     QVERIFY(!scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
-    // Qt says so if one paints at any other time than when it is asked for.
+    // Qt prints a warning if a widget paints outside a paint event.
     QCOMPARE(warnings, 0);
 }
 
@@ -144,7 +144,7 @@ void TestWhiteGround::widgetHasTheAppearanceOfItsStyle_data()
 void TestWhiteGround::widgetHasTheAppearanceOfItsStyle()
 {
     QFETCH(bool, isWindow);
-    // A page of the window is taken for white, one that is a window for what it is.
+    // The background of a page inside a window counts as white; a page that is a window keeps its own.
     const Qt::GlobalColor color = isWindow ? PAGE_COLOR : Qt::white;
     Scene plain(false, isWindow, color);
     Scene fast(true, isWindow, color);

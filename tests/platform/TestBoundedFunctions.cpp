@@ -170,7 +170,7 @@ void TestBoundedFunctions::formattingToNullFails()
 void TestBoundedFunctions::badFormatFails()
 {
     Buffer buffer = Fresh();
-    // A wide character that has no bytes in any encoding.
+    // A wide character that no encoding can represent.
     const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
     QCOMPARE(snprintf_s(buffer.data(), buffer.size(), buffer.size() - 1, "%ls", unwritable.c_str()), -1);
 }

@@ -43,7 +43,7 @@ constexpr char CONFIGURATION[] = "<busconfig><type>system</type><listen>unix:tmp
                                  "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/>"
                                  "</policy></busconfig>";
 
-/// What stands between the code under test and the bus library.
+/// Controls the intercepted calls of the bus library.
 struct Between
 {
     std::function<void()> beforeTheSenderIsAsked;
@@ -52,20 +52,20 @@ struct Between
     int pidResult = 0;
     bool replyIsLost = false;
     bool textIsLost = false;
-    // The library promises no more than that success is not negative.
+    // The library only documents that success is not negative.
     bool successIsNought = false;
     int callResult = 0;
     uint64_t timeout = 0;
     uint64_t asked = 0;
-    /// What the library has given and not got back.
+    /// The objects that the library has returned and that are not released yet.
     std::set<const void*> held;
 
     int Success(int result) const { return successIsNought ? qMin(result, 0) : result; }
 };
-/// One for each thread that calls.
+/// One per calling thread.
 thread_local Between between;
 
-/// A system bus that only this process knows of, for as long as the object lives.
+/// A system bus that only this process uses; it exists as long as the object.
 class PrivateBus
 {
 public:
@@ -91,7 +91,7 @@ public:
         daemon.waitForFinished();
     }
 
-    /// From now on the bus accepts connections and messages and answers nothing, until it is resumed.
+    /// Pauses the bus until Resume(): it accepts connections and messages without answering.
     void Pause() const { kill(static_cast<pid_t>(daemon.processId()), SIGSTOP); }
     void Resume() const { kill(static_cast<pid_t>(daemon.processId()), SIGCONT); }
 
@@ -102,7 +102,7 @@ private:
 
 using Answer = std::function<int(sd_bus_message*)>;
 
-/// The daemon's part, played by a thread of this process.
+/// Acts as the daemon on a thread of this process.
 class Server
 {
 public:
@@ -123,7 +123,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Leaves the bus, which knows of it when this returns.
+    /// Disconnects from the bus; on return the bus knows it.
     void Leave()
     {
         if (!thread.joinable()) {
@@ -140,7 +140,7 @@ public:
         }
     }
 
-    /// What was called, as "destination path interface member signature argument"; once this has left.
+    /// The calls as "destination path interface member signature argument"; complete after Leave().
     QStringList calls;
 
 private:
@@ -214,7 +214,7 @@ const Answer NONE = [](sd_bus_message*) {
     return 0;
 };
 
-/// A call, with what it leaves in the two texts; both are filled before it.
+/// The result of a call. Both texts are filled beforehand to show what the call changes.
 struct Outcome
 {
     int code = 0;
@@ -272,7 +272,7 @@ int WrappedCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_erro
 {
     between.timeout = usec;
     if (between.callResult < 0) {
-        // Without a word of why.
+        // Without a reason.
         return between.callResult;
     }
     const int result = RealCall(bus, message, usec, error, reply);
@@ -437,7 +437,7 @@ void TestDaemonBus::cleanup()
     log.reset();
 }
 
-/// Each line as "LEVEL TAG message".
+/// Returns each line as "LEVEL TAG message".
 QStringList TestDaemonBus::Levels() const
 {
     QStringList texts;
@@ -476,7 +476,7 @@ void TestDaemonBus::callIsAddressedToTheDaemon()
     const QString address =
         QStringLiteral("com.zelmora.velodesk /com/zelmora/velodesk com.zelmora.velodesk velodeskd s ");
     QCOMPARE(server.calls, QStringList({address + QStringLiteral("velodeskd --exit"), address}));
-    // What connecting took is part of the limit.
+    // The time of connecting is part of the limit.
     QVERIFY2(between.timeout <= TIMEOUT_US && between.timeout > TIMEOUT_US / 2,
              qPrintable(QString::number(between.timeout)));
     QCOMPARE(between.asked, uint64_t(1));
@@ -806,7 +806,7 @@ void TestDaemonBus::commandThatCannotBeSentFails()
 
 void TestDaemonBus::commandThatIsNotUtf8Fails()
 {
-    // The bus carries UTF-8 and nothing else; older releases of the library find that while they send.
+    // The bus accepts only UTF-8; older releases of the library detect it when they send.
     const Server server(Text("done"));
     const Outcome outcome = Call("\xff");
     QVERIFY(outcome.code < 0);

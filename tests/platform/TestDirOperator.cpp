@@ -24,7 +24,7 @@ const QString ERROR = QStringLiteral("ERROR");
 const QString INFO = QStringLiteral("INFO");
 const QString NO_DIR = QStringLiteral("dir:%1 not exist!");
 
-/// The names in a directory, in the order in which they are come upon.
+/// Returns the names in a directory in the order of readdir().
 QStringList EntriesInOrder(const QString& path)
 {
     QStringList names;
@@ -112,7 +112,7 @@ private slots:
 
 private:
     QString At(const QString& name) const { return directory->filePath(name); }
-    /// That all lines have that level and the tag of the shared code, and these messages.
+    /// Verifies that all lines have that level, the tag of the shared code and these messages.
     void CompareLines(const QString& level, const QStringList& messages) const;
 
     std::unique_ptr<QTemporaryDir> directory;
@@ -435,7 +435,7 @@ void TestDirOperator::firstEntryThatCannotBeRemovedStops()
     }
     SetMode(At("a/closed"), 0700);
     QCOMPARE(result, -1);
-    // What came before it is gone, what comes behind it is left.
+    // The entries before it are removed, those after it are kept.
     QStringList left = order.mid(order.indexOf(QStringLiteral("closed")));
     QStringList found = EntriesInOrder(At("a"));
     left.sort();
@@ -497,12 +497,12 @@ void TestDirOperator::entryTypeDecidesTheRemoval()
 
 void TestDirOperator::lengthOfAnEntrysPathIsLimited()
 {
-    // With the slash and 95 characters of a name this is one more than fits.
+    // With the slash and a name of 95 characters this is one character too long.
     const std::string path(4000, 'x');
     dirent longest = Entry(QByteArray(94, 'y'), DT_REG);
     dirent tooLong = Entry(QByteArray(95, 'y'), DT_REG);
     QCOMPARE(dirs.RemoveDirAll(path, &longest), -1);
-    // The line of the failing removal would be too long for the log.
+    // The log line of the failed removal would be too long for the log.
     CompareLines(QString(), {});
     QVERIFY(dirs.RemoveDirAll(path, &tooLong) < 0);
     CompareLines(

@@ -26,7 +26,7 @@ struct Row
 #family " " #name, family::name, value, message                                                      \
     }
 
-// The three codes of directories read as the failures of files that have their numbers.
+// The three codes of directories have the messages of the file codes with the same numbers.
 const Row ROWS[] = {
     ROW(CommonStatus, ACTION_SUCCESS, 0, "Action success"),
     ROW(CommonStatus, ACTION_FAILED, 1, "Action failed"),
@@ -210,7 +210,7 @@ void TestErrorInfo::everyOtherNumberIsUnknown()
     for (const Row& row : ROWS) {
         known.insert(row.value);
     }
-    // The two families that share three numbers.
+    // The two groups of codes that share three numbers.
     QCOMPARE(known.size(), ROW_COUNT - 3);
     for (int code = -1000; code <= 2000; ++code) {
         QVERIFY2((MessageOf(code) != "Unknown error") == known.contains(code),

@@ -24,7 +24,7 @@ constexpr unsigned int NO_SIZE = 0xFFFFFFFFU;
 constexpr unsigned int PRIVATE = 384;
 constexpr char UNTOUCHED = '#';
 
-/// No file may grow, for as long as the object lives.
+/// Prevents files from growing as long as the object exists.
 class FullDisk
 {
 public:
@@ -299,7 +299,7 @@ void TestFileOperator::plainWritingCreatesNoFile()
     QFETCH(QString, name);
     const QString asked = At(name);
     QCOMPARE(Files().WriteToFile(Local(asked), "ab", 0, "out", PRIVATE), INVALID_FILE_PATH);
-    // The missing file is asked for before the content and the mode.
+    // The missing file is checked before the content and the mode.
     QCOMPARE(Files().WriteToFile(Local(asked), "", 0, "write", PRIVATE), INVALID_FILE_PATH);
     QVERIFY(!QFileInfo::exists(At("missing")));
 }
@@ -339,7 +339,7 @@ void TestFileOperator::fileThatCannotBeOpenedFails()
 
 void TestFileOperator::permissionThatCannotBeSetFails()
 {
-    // The name of a thread is a file that may be written, but nobody may change its permissions.
+    // The file with a thread's name is writable, but its permissions cannot be changed.
     std::array<char, 16> name{};
     prctl(PR_GET_NAME, name.data());
     const int result = Files().WriteToFileForce("/proc/thread-self/comm", "ab", 0, "out", PRIVATE);
@@ -406,7 +406,7 @@ void TestFileOperator::unknownModeReadsNothing()
     std::vector<std::string> lines;
     QCOMPARE(Files().ReadFile(Local(path), buffer.data(), 3, 0, mode.toStdString()), -1);
     QCOMPARE(FileOperator::GetInstance().ReadFile(Local(path), 3, 0, lines, mode.toStdString()), -1);
-    // Not even the buffer is looked at.
+    // The buffer is not checked either.
     QCOMPARE(Files().ReadFile(Local(path), nullptr, 3, 0, mode.toStdString()), -1);
     QCOMPARE(buffer, QByteArray(16, UNTOUCHED));
     QVERIFY(lines.empty());

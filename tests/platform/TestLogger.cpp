@@ -34,7 +34,7 @@ constexpr int PLACE = 7;
 
 const char* const STAMP = R"(\[\d\d-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\])";
 
-/// The time zone of this process, for as long as the object lives.
+/// Sets the time zone of this process as long as the object exists.
 class TimeZone
 {
 public:
@@ -56,7 +56,7 @@ QStringList LinesOf(const QByteArray& content)
     return QString::fromUtf8(content).split(QLatin1Char('\n'), QString::SkipEmptyParts);
 }
 
-/// Without the time stamp, which is 28 characters with its brackets and blank.
+/// Removes the time stamp, which has 28 characters with its brackets and the space.
 QString Bare(const QByteArray& content)
 {
     QString text = QString::fromUtf8(content);
@@ -166,7 +166,7 @@ private slots:
     void linesOfManyThreadsStayWholeAcrossARotation();
 
 private:
-    /// Lets the log be a file of that many bytes, of which almost none are on disk.
+    /// Makes the log a sparse file of that size.
     void Grow(qint64 size) const;
     QString Old() const { return path + QStringLiteral(".old"); }
 
@@ -273,7 +273,7 @@ void TestLogger::wordsOfAllLevels()
 
 void TestLogger::timeIsLocalAndHasMicroseconds()
 {
-    // Half an hour off, so that neither UTC nor a whole-hour zone can pass for it.
+    // The offset has half an hour, so that neither UTC nor a whole-hour zone gives the same time.
     const TimeZone zone("TST-05:30");
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const QString stamp = QString::fromStdString(logger->GetTimestamp());
@@ -283,7 +283,7 @@ void TestLogger::timeIsLocalAndHasMicroseconds()
                  .match(stamp)
                  .hasMatch(),
              qPrintable(stamp));
-    // The two-digit year is read as 19..; the millisecond is all that QDateTime knows.
+    // QDateTime reads the two-digit year as 19.. and supports only milliseconds.
     QDateTime told = QDateTime::fromString(stamp.left(21), QStringLiteral("yy-MM-dd hh:mm:ss.zzz"));
     told.setTimeSpec(Qt::UTC);
     told = told.addYears(100).addSecs(-(5 * 60 + 30) * 60);
@@ -354,7 +354,7 @@ void TestLogger::longMessageIsWrittenWholeOrDropped()
 void TestLogger::badFormatLeavesNoLine()
 {
     logger->Init(Local(path));
-    // A wide character that has no bytes in any encoding.
+    // A wide character that no encoding can represent.
     const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
     logger->WriteLog(INFO, "Place.cpp", PLACE, "TAG", "%ls", unwritable.c_str());
     QCOMPARE(ReadAll(path), QByteArray());
@@ -574,7 +574,7 @@ void TestLogger::logThatCannotBeOpenedIsDisabled()
         WriteText(*logger, "text");
     }
     SetMode(directory->path(), 0700);
-    // Nor is it opened by a later line.
+    // A later line does not open it either.
     WriteText(*logger, "text");
     QVERIFY(!QFileInfo::exists(path));
 }
@@ -650,7 +650,7 @@ void TestLogger::directoryIsReplacedByAFile()
 
 void TestLogger::linkToADirectoryEmptiesItAndIsKept()
 {
-    // The directory is looked at through the link, but the link itself is no directory to remove.
+    // The check follows the link to the directory, but the link itself cannot be removed as a directory.
     const QString target = directory->filePath(QStringLiteral("target"));
     QVERIFY(QDir().mkdir(target));
     WriteAll(target + QStringLiteral("/file"), "text");
@@ -666,7 +666,7 @@ void TestLogger::oversizeLogIsOpenAfterInit()
 {
     Grow(LIMIT + 1);
     Brevora::Logger& shared = *Singleton<Brevora::Logger>::GetInstance();
-    // The guard in front of opening logs a line of its own, to this very log.
+    // The check before opening logs a line to this log.
     shared.Init(Local(path));
     WriteText(shared, "text");
     WriteText(shared, "more");
@@ -701,7 +701,7 @@ void TestLogger::oversizeTargetOfALinkIsNotTouched()
 }
 
 namespace {
-/// In a class of its own: Qt's columns hold no bare pointers to functions.
+/// A wrapper class, because Qt's test columns cannot contain function pointers.
 struct PlainFunction
 {
     void (*write)(const char*, const char*, const char*, ...);
@@ -823,7 +823,7 @@ void TestLogger::linesAfterAFailedWriteAreWhole()
     logger->Init(Local(path));
     logger->WriteLog(2, "A.cpp", 1, "TAG", "first");
     const qint64 size = QFileInfo(path).size();
-    // A limit on the size of files stands in for a full disk, with room for some bytes of a line.
+    // A file size limit replaces a full disk; it leaves room for some bytes of a line.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
@@ -855,7 +855,7 @@ void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
 {
     constexpr int THREADS = 8;
     constexpr int LINES = 500;
-    // Room for about a quarter of the lines, so that the rotation falls amid them.
+    // Room for about a quarter of the lines, so that the rotation happens between them.
     constexpr qint64 ROOM = 200000;
     Grow(LIMIT - ROOM);
     logger->Init(Local(path));
@@ -884,7 +884,7 @@ void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
     for (const QString& line : lines) {
         const QRegularExpressionMatch match = whole.match(line);
         QVERIFY2(match.hasMatch(), qPrintable(line));
-        // Each thread's lines are in their order.
+        // The lines of each thread are in order.
         QCOMPARE(match.captured(1).toInt(), next[match.captured(2).toUInt()]++);
     }
     QCOMPARE(lines.size(), THREADS * LINES);

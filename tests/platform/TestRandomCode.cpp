@@ -37,14 +37,14 @@ const char* const UPPER = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 const char* const DIGITS = "0123456789";
 const char* const OTHERS = "~@#%^*_=+[{}],./?";
 
-/// What one read of the device gives: bytes, or a failure.
+/// The result of one read of the device: bytes or an error.
 struct Read
 {
     QByteArray bytes;
     int error = 0;
 };
 
-/// What stands between the code under test and the system and the random number library.
+/// Controls the intercepted calls of the system and of the random number library.
 struct Between
 {
     int device = -1;
@@ -297,7 +297,7 @@ QString LastOpenError(int error)
 
 const QString NO_SEED = QStringLiteral("get random seed failed.");
 
-/// The lines of a seed that cannot be had because the device cannot be opened.
+/// The log lines of a seed that fails because the device cannot be opened.
 QStringList LinesWithoutASeed(int error)
 {
     return {LastOpenError(error), QStringLiteral("Get random number failed."), NO_SEED};
@@ -452,7 +452,7 @@ void TestRandomCode::ninthFailedTryInARowEnds()
     between.reads.assign(reads.begin(), reads.end());
     QByteArray buffer(4, UNTOUCHED);
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), works ? 0 : GET_RANDOM_SEEDS_FAILED);
-    // Not one read too few or too many.
+    // Exactly these reads are made.
     QCOMPARE(between.asked.size(), reads.size());
     QCOMPARE(between.closes, 1);
     const QString message = QStringLiteral("get random number failed, out of try times.");
@@ -507,7 +507,7 @@ void TestRandomCode::numberWithoutRandomBytesIsZero()
 
 void TestRandomCode::alphabetsAreComplete()
 {
-    // Each number is one alphabet further than the place it stands for.
+    // Number i is i plus i times the alphabet's length, so only the remainder may count.
     const auto count = [](uint32_t length) {
         between.numbers.clear();
         for (uint32_t i = 0; i < length; ++i) {
@@ -586,7 +586,7 @@ void TestRandomCode::lengthsAreLimited()
 void TestRandomCode::generatorsNeedABuffer()
 {
     const QString message = QStringLiteral("null buf input, error code: Null pointer");
-    // The buffer is looked at before the length.
+    // The buffer is checked before the length.
     RandomCode::GetPasswdRandNum(nullptr, 1);
     QCOMPARE(RandomCode::GetPinRandNum(nullptr, 1), -1);
     COMPARE_LISTS(log->Messages(), QStringList({message, message}));
@@ -751,7 +751,7 @@ void TestRandomCode::poolHasALength()
     QFETCH(bool, valid);
     const unsigned char* pool = RandomCode::GetRandomPool(length);
     QCOMPARE(pool, valid ? RandomCode::GetRandomPool(POOL_SIZE) : nullptr);
-    // Both blanks are no-break spaces.
+    // Both spaces are no-break spaces.
     const QString message = QStringLiteral("Input\u00A0number[%1]\u00A0error").arg(static_cast<int>(length));
     COMPARE_LISTS(log->Messages(), valid ? QStringList() : QStringList(message));
     QCOMPARE(IsError(message), !valid);
@@ -761,7 +761,7 @@ void TestRandomCode::poolThatCannotBeFilledIsLogged()
 {
     between.openError = EMFILE;
     RandomCode::CreateRandomPool();
-    // The last blank is a no-break space.
+    // The last space is a no-break space.
     const QString message = QStringLiteral("create random pool\u00A0error");
     COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
     QVERIFY(IsError(message));
@@ -885,14 +885,14 @@ void TestRandomCode::fileIsOverwrittenThreeTimesAndRemoved()
 }
 
 namespace {
-/// The bytes of a text as strace -xx shows it.
+/// Returns the bytes of a text as strace -xx prints them.
 QByteArray Unescaped(const QString& shown)
 {
     QString digits = shown;
     return QByteArray::fromHex(digits.remove(QStringLiteral("\\x")).toLatin1());
 }
 
-/// What was done to the file, one word or two for each call; reading it is left out.
+/// Returns the system calls on the file, one or two words for each, without reads.
 QList<QByteArray> DoneTo(const QByteArray& file, const QByteArray& trace)
 {
     const QRegularExpression openFile(
@@ -937,7 +937,7 @@ void TestRandomCode::erasureMakesThreePassesOnly()
     const QString trace = directory->filePath(QStringLiteral("trace"));
     QProcess strace;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // A leak check would want to trace the program too.
+    // The leak sanitizer would also need to trace the program.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     strace.setProcessEnvironment(environment);
     strace.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -1054,7 +1054,7 @@ void TestRandomCode::passWithoutPermissionsFails()
         return ++calls == 2 ? -1 : 0;
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
-    // The first pass and what the second has written stay.
+    // The first pass and the bytes of the second are kept.
     QCOMPARE(ReadAll(path), QByteArray(4, '\1'));
     QCOMPARE(calls, 2);
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));

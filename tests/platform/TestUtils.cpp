@@ -17,7 +17,7 @@ using Brevora::Utils;
 namespace {
 bool fillingFails = false;
 
-/// No file can be opened, for as long as the object lives.
+/// Prevents files from being opened as long as the object exists.
 class NoMoreFiles
 {
 public:
@@ -37,7 +37,7 @@ private:
 
 using Judge = bool (*)(const std::string&);
 
-/// More than std::regex can take, which recurses for each byte.
+/// Longer than std::regex supports, which recurses for each byte.
 constexpr std::size_t LONG = std::size_t{1024} * 1024;
 
 std::string Repeated(const std::string& piece, std::size_t length)
@@ -51,7 +51,7 @@ std::string Repeated(const std::string& piece, std::size_t length)
 
 using Runner = std::string (*)(const std::string&);
 
-/// Every row once for each of the two ways to run a command.
+/// Adds each row for both ways to run a command.
 void AddForBoth(const char* name, const QByteArray& command, const QByteArray& output)
 {
     QTest::addRow("%s, as the utilities run it", name) << &Utils::ExecutePopenAndReturn << command << output;
@@ -196,7 +196,7 @@ void TestUtils::deletingAnEmptyTextLoopsForever()
     }
     int status = 0;
     QCOMPARE(waitpid(child, &status, 0), child);
-    // By the system, for want of processor time.
+    // The system kills the child at its processor time limit.
     QVERIFY(WIFSIGNALED(status));
     QCOMPARE(WTERMSIG(status), SIGKILL);
 }
@@ -459,7 +459,7 @@ void TestUtils::outputIsTrimmed_data()
     AddForBoth("highest exit code", "echo text; exit 255", "");
     AddForBoth("exit code 0", "echo text; exit 0", "text");
     AddForBoth("no such program", "no-such-program 2>/dev/null", "");
-    // Death by a signal leaves the exit code at 0.
+    // After the end by a signal the exit code is 0.
     AddForBoth("killed after output", "echo text; kill -9 $$", "text");
 }
 
@@ -513,9 +513,9 @@ void TestUtils::zeroByteHidesTheRestOfAChunk()
             "head -c " + std::to_string(length) + " /dev/zero | tr '\\0' x; printf '\\000yz'";
         return QByteArray::fromStdString(run(line));
     };
-    // The zero byte is the last of a piece, so the next one begins behind it.
+    // The zero byte is the last of a chunk, so the next chunk begins after it.
     QVERIFY(seen(piece - 1) == QByteArray(piece - 1, 'x') + "yz");
-    // It is the last but one.
+    // The zero byte is the last but one.
     QVERIFY(seen(piece - 2) == QByteArray(piece - 2, 'x') + "z");
 }
 
@@ -566,9 +566,9 @@ void TestUtils::failedBufferClearReturnsAnEmptyText()
     fillingFails = false;
     QCOMPARE(byUtils, std::string());
     QCOMPARE(silent, std::string());
-    // Which clears its buffer by itself.
+    // RunCommand() clears its buffer itself.
     QCOMPARE(byCommand, std::string("text"));
-    // No child is left to be waited for.
+    // No child process remains to be waited for.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), -1);
 }
 

@@ -1,6 +1,6 @@
 #include "platform/RandomCode.h"
 
-/// Erases the file that it is given, to be watched from outside.
+/// Erases the given file; the test traces it.
 int main(int argc, char* argv[])
 {
     return argc == 2 && Brevora::RandomCode::SafeCoverRemove(argv[1]) == 0 ? 0 : 1;

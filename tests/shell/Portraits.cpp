@@ -33,7 +33,7 @@ public:
 
 private:
     void Keep(const char* name, QWidget& window, bool golden = true);
-    /// The window as it is, then with all its buttons hovered, then with all of them pressed.
+    /// Adds the window in its normal state, then with all buttons hovered, then with all pressed.
     void KeepStates(const char* name, QWidget& window);
     void KeepPages(const char* name, QWidget& window, SerProEdit& view);
     void TakeAgreement();
@@ -43,7 +43,7 @@ private:
     void TakeAbout(VeloWin& window);
     void TakeMenu(VeloWin& window);
     void TakeDialogs(VeloWin& window, MultiScreen& page);
-    /// The modal dialog that `ask` opens.
+    /// Adds the modal dialog that `ask` opens.
     void KeepDialog(const char* name, const std::function<void()>& ask);
 
     Look look;
@@ -53,7 +53,7 @@ private:
 
 void Settle()
 {
-    // Deferred layout and polishing, so that a grab has nothing left to do.
+    // Process deferred layout and polishing, so that grab() does not do it.
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
 }
@@ -61,7 +61,7 @@ void Settle()
 void Hover(const QList<QPushButton*>& buttons, bool hovered)
 {
     for (QPushButton* button : buttons) {
-        // The attribute for the style, the move for the button, which looks where on it the pointer is.
+        // The style uses the attribute; the button uses the pointer's position.
         button->setAttribute(Qt::WA_UnderMouse, hovered);
         SendMouse(*button, QEvent::MouseMove, button->rect().center(), Qt::NoButton);
         button->update();
@@ -193,7 +193,7 @@ void Photographer::TakeDialogs(VeloWin& window, MultiScreen& page)
     auto& question = *window.findChild<ExitWin*>();
     KeepStates("quit", question);
     question.hide();
-    // There is no engine here.
+    // No engine is installed here.
     KeepDialog("warning", [&page] { page.ClickPreScreenBtn(); });
     KeepDialog("question", [&page] { page.ClearTrustDevices(); });
 }
@@ -212,7 +212,7 @@ void Photographer::KeepDialog(const char* name, const std::function<void()>& ask
 
 QList<Portrait> Photographer::Take()
 {
-    // Nothing in a picture may depend on the scratch home or on the time.
+    // Images must not depend on the scratch home or on the time.
     Singleton<Configure>::GetInstance()->SetSavePath("/home/user/Desktop");
     QApplication::setCursorFlashTime(0);
     TakeAgreement();

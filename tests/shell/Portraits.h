@@ -4,15 +4,15 @@
 #include <QList>
 #include <QString>
 
-/// A picture of a window as it draws itself, margins and shadow included, with alpha.
+/// An image of a window as it paints itself, with margins, shadow and alpha channel.
 struct Portrait
 {
     QString name;
     QImage image;
-    /// One that a change of the program must not alter unseen; the others are for people.
+    /// Whether the tests compare it with a golden image; the others are only for people.
     bool golden;
 };
 
-/// Every window, page and state in one of the two looks. Needs a display with room for the windows and a
-/// scratch home: it writes the settings file.
+/// Creates the images of every window, page and state, with or without shadow. Needs a display with room for
+/// the windows, and a scratch home because it writes the settings file.
 QList<Portrait> TakePortraits(bool shadow);

@@ -64,7 +64,7 @@ void TestAboutWin::widgetsHaveTheirProperties()
         QCOMPARE(used.family(), QStringLiteral("Noto Sans CJK SC"));
         QCOMPARE(used.pixelSize(), font.pixelSize);
         QCOMPARE(used.weight(), font.weight);
-        // A font keeps its spacing in 64ths of a pixel.
+        // QFont stores the spacing in 64ths of a pixel.
         QVERIFY(qAbs(used.letterSpacing() - 0.7) < 1.0 / 64);
     }
     for (const char* name : {"abtTitle", "proTiltle", "abtName", "abtVersion"}) {
@@ -90,7 +90,7 @@ void TestAboutWin::linkIsCentred()
 void TestAboutWin::startsWithTheAboutView()
 {
     QCOMPARE(View(), 0);
-    // As built, before the main window has reset it, the agreement is in front.
+    // After construction the agreement is the current view, until the main window resets it.
     const AboutWin alone(nullptr);
     QCOMPARE(Find<QStackedWidget>(alone, "aboutStack")->currentIndex(), 1);
 }
@@ -129,7 +129,7 @@ void TestAboutWin::headingAndDividerPrecedeTheAgreement()
 {
     const auto* view = Page().findChild<SerProEdit*>();
     const QString text = view->toPlainText();
-    // The divider is a picture, for which the text has a mark, and a line break.
+    // The divider is an image, which the text represents by a replacement character, and a line break.
     QVERIFY2(text.startsWith(QStringLiteral("维乐助手\n版本1.0\n\uFFFC\n")), qPrintable(text.left(40)));
     QVERIFY(view->toHtml().contains(QStringLiteral(":/velo/splitter")));
     const struct

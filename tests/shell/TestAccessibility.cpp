@@ -51,7 +51,7 @@ bool IsCover(const QPushButton* button)
 }
 } // namespace
 
-/// All windows as a screen reader has them.
+/// All windows from a screen reader's side.
 class TestAccessibility : public QObject
 {
     Q_OBJECT
@@ -77,7 +77,7 @@ private slots:
 
 private:
     QWidgetList Windows() const { return {agreement.get(), window.get(), question, box.get()}; }
-    /// Looks through an object and all below it, and takes down which widgets came by.
+    /// Checks an object and its descendants, and records their widgets in `seen`.
     void Walk(QAccessibleInterface& top);
     QWidget* Any(const char* name) const;
     QPushButton* Button(const char* name) const { return qobject_cast<QPushButton*>(Any(name)); }
@@ -150,7 +150,7 @@ void TestAccessibility::everyControlHasNameAndAction()
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget* widget : widgets) {
         if (qobject_cast<QPushButton*>(widget) != nullptr || qobject_cast<SerProEdit*>(widget) != nullptr) {
-            // The help view has no place before a document is opened.
+            // The help view has no parent frame before a document is opened.
             const bool wanted = widget->parentWidget() != nullptr;
             QVERIFY2(seen.count(widget) == (wanted ? 1 : 0), qPrintable(widget->objectName()));
         }

@@ -12,13 +12,13 @@ constexpr QSize CARD(300, 168);
 const QString ROUND = QStringLiteral("#card{background-color:white;border-radius:20px;}");
 const QString SQUARE = QStringLiteral("#card{background-color:white;}");
 
-/// What the window has painted on its own surface so far. QWidget::grab() would paint on another one.
+/// Returns the current content of the window's backing store. QWidget::grab() would paint on another surface.
 QImage Surface(const QWidget& window)
 {
     return static_cast<QImage*>(window.backingStore()->paintDevice())->copy();
 }
 
-/// The same after it has painted all of itself.
+/// Repaints the whole window and returns the content of its backing store.
 QImage OnScreen(QWidget& window)
 {
     if (!QTest::qWaitForWindowExposed(&window)) {
@@ -46,7 +46,7 @@ struct CardOnWindow
     QWidget card{&window};
 };
 
-/// Counts how often it is painted.
+/// A widget that counts its paint events.
 class PaintedArea : public QWidget
 {
 public:
@@ -59,8 +59,8 @@ protected:
 
 using CardChange = std::function<void(QWidget* window, QWidget* card)>;
 
-/// A translucent window with a card of that size and style, 20 pixels of room around it and a child on it.
-/// With `change` as it looks once that was done to a card that has been seen.
+/// Returns the image of a translucent window with a card of that size and style, margins of 20 pixels and a
+/// child widget. `change` is applied to the card after it was painted once.
 QImage Portrait(const QSize& size, const QString& style, const CardChange& addEffect,
                 const CardChange& change = nullptr)
 {
@@ -98,7 +98,7 @@ void AddQts(QWidget* window, QWidget* card)
     card->setGraphicsEffect(effect);
 }
 
-/// Empty if the two are as dark everywhere, to within one step of 255.
+/// Returns the first difference of the alpha channels that is larger than 1 (of 255); empty if there is none.
 QString Difference(const QImage& ours, const QImage& qts)
 {
     for (int y = 0; y < qts.height(); ++y) {
@@ -178,7 +178,7 @@ void TestCardShadow::changeOnTheCardRepaintsOnlyThatArea()
 {
     CardOnWindow probe;
     PaintedArea changed(&probe.card, QRect(100, 60, 20, 20));
-    // Nearer than the shadow is wide.
+    // The distance is smaller than the shadow's width.
     PaintedArea beside(&probe.card, QRect(125, 60, 20, 20));
     probe.window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&probe.window));
@@ -194,7 +194,7 @@ void TestCardShadow::changeOnTheCardRepaintsOnlyThatArea()
 void TestCardShadow::changesAroundACornerDoNotChangeItsShadow()
 {
     CardOnWindow probe;
-    // Qt clears these two places alone, and has all painted that lies between them.
+    // Qt clears only these two areas, but paints everything between them.
     PaintedArea below(&probe.card, QRect(0, 60, 20, 20));
     PaintedArea beside(&probe.card, QRect(60, 0, 20, 20));
     probe.window.show();

@@ -145,7 +145,8 @@ void TestExitWin::dragAreaIsTheTop32Rows()
     QCOMPARE(window.pos(), before);
     SendMouse(window, QEvent::MouseButtonRelease, card);
     SendMouse(window, QEvent::MouseButtonPress, card + QPoint(30, 31));
-    // Without shadow the press is remembered from the card's corner and the window's own is put there.
+    // Without shadow the press position is relative to the card, and the move is applied to the window's
+    // corner.
     const QPoint ends = window.mapToGlobal(card + QPoint(40, 51)) - QPoint(30, 31);
     SendMouse(window, QEvent::MouseMove, card + QPoint(40, 51));
     QCOMPARE(window.pos(), ends);
@@ -191,7 +192,7 @@ void TestExitWin::isCentredOnItsParent()
 
 void TestExitWin::isNotShownDuringConstruction()
 {
-    // What a window is shown by, on the screen.
+    // Counts the show events of windows.
     class Shows : public QObject
     {
     public:

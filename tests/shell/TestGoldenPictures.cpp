@@ -12,8 +12,9 @@
 
 namespace {
 const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/");
-/// The pictures were taken with this Qt. Newer ones give the same; the libraries beside an older one hint
-/// letters otherwise, and one set of pictures that bears it is kept up more surely than one for each release.
+/// The golden images were made with this version of Qt. Newer versions give equal images; the libraries of
+/// older releases hint letters differently. One set of images with a tolerance is easier to maintain than one
+/// set per release.
 const QVersionNumber TAKEN_WITH(5, 15, 8);
 } // namespace
 
@@ -53,7 +54,7 @@ void TestGoldenPictures::windowsEqualTheirGoldenImages()
         }
         const QRect difference = FindDifference(portrait.image, Golden(portrait.name), allowance);
         if (!difference.isEmpty()) {
-            // Beside the test, for people to look at.
+            // Save it beside the test, for people to inspect.
             portrait.image.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + portrait.name +
                                 QStringLiteral(".png"));
             different += QStringLiteral("%1 at %2,%3 %4x%5")
@@ -86,7 +87,7 @@ void TestGoldenPictures::everyGoldenImageBelongsToAWindow()
 void TestGoldenPictures::comparisonDetectsAMovedWidget()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
-    // The pencil, the smallest thing of the page, two pixels to the right.
+    // Move the pencil, the smallest widget of the page, two pixels to the right.
     QImage after = before;
     const QRect pencil(600, 424, 24, 24);
     QPainter painter(&after);
@@ -121,7 +122,7 @@ void TestGoldenPictures::comparisonDetectsAMissingLine()
         ++y;
     }
     QVERIFY(y < before.height());
-    // One row of the divider's two.
+    // Remove one of the divider's two rows.
     QImage after = before;
     for (int x = 0; x < after.width(); ++x) {
         if (after.pixel(x, y) == divider) {
@@ -152,7 +153,7 @@ void TestGoldenPictures::comparisonAcceptsAnotherRasteriser()
     QFont font(QStringLiteral("Noto Sans CJK SC"));
     font.setPixelSize(14);
     font.setHintingPreference(QFont::PreferNoHinting);
-    // Once by the font engine, once as outlines filled by the painter.
+    // Draw first with the font engine, then as outlines filled by the painter.
     QImage glyphs(560, 40, QImage::Format_ARGB32);
     glyphs.fill(Qt::white);
     QImage outlines = glyphs;

@@ -98,7 +98,7 @@ void TestProtocolWin::widgetsHaveTheirProperties()
     QCOMPARE(view->geometry(), QRect(12, 10, 694, 269));
     QCOMPARE(view->parentWidget(), Find(*window, "ContentFrame"));
     QVERIFY(view->toPlainText().size() > 1000);
-    // The words of the tick lie over everything else.
+    // The text of the tick is stacked above everything else.
     window->show();
     QCOMPARE(Find(*window, "widget_bg")->childAt(150, 399), static_cast<QWidget*>(Button("AgreeLabel")));
 }

@@ -11,7 +11,7 @@
 
 namespace {
 constexpr int NEVER = -1;
-/// How many of the allocations that may fail still succeed; the one after them does not.
+/// The number of allocations that succeed before one fails.
 int succeeding = NEVER;
 } // namespace
 
@@ -28,7 +28,7 @@ void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
     }
 }
 
-/// An allocation that fails is logged, and costs what it was for and nothing else.
+/// A failed allocation is logged, and only its object is missing.
 class TestScarceMemory : public QObject
 {
     Q_OBJECT

@@ -10,7 +10,7 @@
 #include "support/Looks.h"
 
 namespace {
-/// Stands where the desktop's browser does.
+/// Replaces the desktop's browser.
 class Browser : public QObject
 {
     Q_OBJECT
@@ -153,7 +153,7 @@ void TestSerProEdit::addressesAreFound()
 void TestSerProEdit::spanPositionsAreThoseOfTheView()
 {
     view->ProcessHtmlLinkUrl(QStringLiteral("<p>12345</p>") + ADDRESS);
-    // A paragraph of its own each: the text, and behind a paragraph break the link.
+    // Two paragraphs: the text, and the link after the paragraph break.
     QCOMPARE(view->toPlainText(), QStringLiteral("12345\n") + ADDRESS);
 }
 
@@ -233,7 +233,7 @@ void TestSerProEdit::headingIsKeptByTheLoad()
 
 void TestSerProEdit::loadShowsTheTop()
 {
-    // The cursor is in sight before the room above it is.
+    // The cursor is visible before the margin above the first paragraph is.
     const QString path = Write("<html><body><p style='margin-top:90px'>first</p>" +
                                QByteArray("<p>line</p>").repeated(200) + "</body></html>");
     QScrollBar* bar = view->verticalScrollBar();
@@ -267,7 +267,7 @@ void TestSerProEdit::viewsOfOneTextAreEqual()
 {
     const QString path = Write("<p style='font-weight:bold'>one</p><p>two <i>three</i></p>");
     view->InitUi(path);
-    // Read once for the first two, and again for the third.
+    // The document is read once for the first two views, and again for the third.
     for (int other = 0; other < 2; ++other) {
         SerProEdit second(nullptr);
         second.InitUi(path);
@@ -310,7 +310,7 @@ void TestSerProEdit::releaseCallsThePressHandler()
     const QPoint inside(10, 10);
     const QPoint below(10, view->viewport()->height() + 40);
     SendMouse(*view->viewport(), QEvent::MouseButtonPress, inside);
-    // The scrolling follows the pointer.
+    // The pointer's position controls the scrolling.
     QCursor::setPos(view->viewport()->mapToGlobal(below));
     SendMouse(*view->viewport(), QEvent::MouseMove, below);
     SendMouse(*view->viewport(), QEvent::MouseButtonRelease, inside);

@@ -17,7 +17,7 @@
 Q_DECLARE_METATYPE(QMargins)
 
 namespace {
-/// A window of 302 by 170 with a card, as all windows are built.
+/// A window of 302 by 170 pixels with a card, constructed as all windows of the program.
 class Probe : public CardWindow<QWidget>
 {
 public:
@@ -48,7 +48,7 @@ public:
     {
         const int result = Shadow::ShadowWinPlace(this, shadowLayout, cardWidget, cardRect);
         shadowLayout->activate();
-        // What is built can be made larger and smaller still.
+        // The first placement must not fix the size.
         return maximumSize() == QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) ? result : -1;
     }
     QRect CardOnScreen() const { return QRect(mapToGlobal(cardWidget->pos()), cardWidget->size()); }
@@ -128,7 +128,7 @@ void TestShadow::distributionAndCompositorDecideTheAppearance()
 {
     QFETCH(QByteArray, release);
     QFETCH(QByteArray, answer);
-    // In place of the file and of the compositor.
+    // Replace the commands that read the file and query the compositor.
     const QTemporaryDir commands;
     const auto stub = [&commands](const char* name, const QByteArray& output) {
         const QString path = commands.filePath(QLatin1String(name));
@@ -183,7 +183,7 @@ void TestShadow::adjustChangesOnlyWhatDiffers()
 {
     QWidget window;
     window.setGeometry(10, 10, 100, 100);
-    // The old rectangle is taken at its word: equal ones change nothing wherever the window stands.
+    // The given old rectangle counts, not the window's geometry: equal rectangles change nothing.
     Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(0, 0, 50, 50), false);
     QCOMPARE(window.geometry(), QRect(10, 10, 100, 100));
     Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(30, 40, 50, 50), true);
@@ -285,7 +285,7 @@ void TestShadow::windowOffTheDesktopIsNotClamped()
     QCOMPARE(probe.Place(QRect(-100, 50, 300, 168)), 0);
     QCOMPARE(probe.geometry(), QRect(-120, 30, 340, 208));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(1, 1, 1, 1));
-    // Still outside: the same again. From inside the next one clamps.
+    // The window is still outside, so it is not clamped. The next placement starts inside and clamps.
     probe.Place(QRect(100, 60, 300, 168));
     QCOMPARE(probe.geometry(), QRect(80, 40, 340, 208));
     probe.Place(QRect(-100, 60, 300, 168));
@@ -302,7 +302,7 @@ void TestShadow::firstPlacementClampsOffTheDesktop()
     QCOMPARE(probe.geometry(), QRect(180, 80, 340, 208));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
     QCOMPARE(probe.cardWidget->size(), CARD);
-    // As any other window it stops at an edge.
+    // It is clamped at an edge as any other window.
     probe.move(-500, -500);
     QCOMPARE(probe.Build(QRect(QPoint(-30, 7), CARD)), 0);
     QCOMPARE(probe.geometry(), QRect(0, 0, 320, 195));
@@ -446,7 +446,7 @@ void TestShadow::dragIsClampedWithShadowOnly()
     const QPoint wanted = probe.mapToGlobal(press) + QPoint(20, 30) - QPoint(10, 10);
     SendMouse(probe, QEvent::MouseMove, press + QPoint(20, 30));
     probe.shadowLayout->activate();
-    // Without shadow it is the window that is put where the card would have to go.
+    // Without shadow the window itself is placed at the card's position.
     QCOMPARE(shadow ? probe.CardOnScreen().topLeft() : probe.pos(), wanted);
     SendMouse(probe, QEvent::MouseMove, press - QPoint(500, 500));
     probe.shadowLayout->activate();
@@ -470,7 +470,7 @@ void TestShadow::pointerOverTheShadowCutsAHoleIntoTheMask()
     probe.Place(QRect(QPoint(100, 100), CARD));
     SendMouse(probe, QEvent::MouseMove, QPoint(5, 6));
     QCOMPARE(probe.Mask(), QRegion(0, 0, 340, 208) - QRegion(5, 6, 1, 1));
-    // Back on the card, whose widgets get the moves from then on.
+    // Entering the card restores the mask; from then on the card's widgets get the moves.
     const QPoint onCard = probe.cardWidget->rect().center();
     QEnterEvent enter(onCard, probe.cardWidget->mapTo(&probe, onCard), probe.cardWidget->mapToGlobal(onCard));
     QCoreApplication::sendEvent(probe.cardWidget, &enter);

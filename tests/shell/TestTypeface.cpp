@@ -24,7 +24,7 @@ bool IsMissing()
 }
 } // namespace
 
-/// Run once on the machine as it is, and once where that family is missing.
+/// CTest runs it twice: with the installed fonts, and with that family missing.
 class TestTypeface : public QObject
 {
     Q_OBJECT
@@ -55,7 +55,7 @@ void TestTypeface::postscriptNameSelectsTheFamily()
     QCOMPARE(asked.styleName(), named.styleName());
     if (!IsMissing()) {
         QCOMPARE(asked.familyName(), FAMILY);
-        // Latin letters too.
+        // Latin letters use the family too.
         const QRawFont latin = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::Latin);
         QCOMPARE(latin.familyName().toLower(), FAMILY.toLower());
     }
@@ -63,7 +63,7 @@ void TestTypeface::postscriptNameSelectsTheFamily()
 
 void TestTypeface::pointSizesAssume96DotsPerInch()
 {
-    // The X server says 144.
+    // The X server reports 144 dots per inch.
     QWidget widget;
     QCOMPARE(widget.logicalDpiX(), 96);
     QFont font(FAMILY);
@@ -81,7 +81,7 @@ void TestTypeface::desktopSettingsHaveNoEffect()
 
 void TestTypeface::fontsHaveLatinAndChineseLetters()
 {
-    // Whatever comes out has the letters.
+    // The font that is used has these letters.
     for (const QString& family : {FAMILY, POSTSCRIPT_NAME}) {
         const QFontMetrics metrics(Pixels(family, 14));
         QVERIFY(metrics.inFont(QLatin1Char('A')));
@@ -91,7 +91,7 @@ void TestTypeface::fontsHaveLatinAndChineseLetters()
 
 void TestTypeface::missingFamilyHasSubstitutes()
 {
-    // Qt keeps them in lower case.
+    // Qt stores the names in lower case.
     const QStringList others{QStringLiteral("source han sans sc"),  QStringLiteral("source han sans cn"),
                              QStringLiteral("noto sans sc"),        QStringLiteral("noto sans cjk tc"),
                              QStringLiteral("wenquanyi micro hei"), QStringLiteral("wenquanyi zen hei"),

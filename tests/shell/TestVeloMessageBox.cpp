@@ -113,7 +113,7 @@ void TestVeloMessageBox::buttonTextsAreSet_data()
     QTest::addColumn<QString>("second");
     QTest::addColumn<bool>("leftShown");
     QTest::addColumn<QString>("right");
-    // Others than the form's.
+    // Texts other than the form's.
     QTest::newRow("one") << QStringLiteral("是") << QString() << false << QStringLiteral("是");
     QTest::newRow("one, empty text") << QStringLiteral("是") << QStringLiteral("") << false
                                      << QStringLiteral("是");
@@ -275,7 +275,7 @@ void TestVeloMessageBox::fontOfNullIsIgnored()
 void TestVeloMessageBox::isCentredOnTheMainWindowsCard_data()
 {
     QTest::addColumn<QSize>("pageSize");
-    // The middle of an odd length and of an even one.
+    // The centres of an odd and of an even length.
     QTest::newRow("as it is") << QSize(468, 302);
     QTest::newRow("a pixel more") << QSize(469, 303);
 }
@@ -284,14 +284,14 @@ void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
 {
     QFETCH(QSize, pageSize);
     const Look look(true);
-    // The page stands at 168, 44 in the card.
+    // The page's position in the card is (168, 44).
     QWidget page;
     page.setGeometry(QRect(QPoint(250, 150), pageSize));
     VeloMessageBox box(&page);
     box.show();
     const QPoint corner = page.mapToGlobal(QPoint(-168, -44));
     const QRect area(corner, corner + QPoint(168 + pageSize.width() - 1, 44 + pageSize.height() - 1));
-    // Half of the card's 300 by 168.
+    // Half of the card's size, 300 by 168.
     const QPoint wanted((area.left() + area.right()) / 2 - 150, (area.top() + area.bottom()) / 2 - 84);
     QCOMPARE(box.mapToGlobal(Find(box, "widget_bg")->pos()), wanted);
 }

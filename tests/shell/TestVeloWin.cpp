@@ -20,7 +20,7 @@
 #include "support/Looks.h"
 
 namespace {
-/// Counts how often what it watches is painted.
+/// Counts the paint events of the watched widgets.
 class PaintCounter : public QObject
 {
 public:
@@ -203,7 +203,7 @@ void TestVeloWin::coversStayOnAllPagesWithoutShadow()
 
 void TestVeloWin::widgetsThatAReportChangesAreOpaque()
 {
-    // Then Qt paints nothing of the card below it.
+    // For opaque widgets Qt does not paint the card below.
     for (const char* name : {"PreScreenBtn", "ScreenLabel", "StatusFrame"}) {
         QVERIFY(Find(*window, name)->testAttribute(Qt::WA_OpaquePaintEvent));
     }
@@ -335,7 +335,8 @@ void TestVeloWin::menuIsPlacedBelowItsButton()
     const QPoint button = Find(*window, "menu")->mapToGlobal(QPoint(0, 0));
     const QWidget* card = Find(menu, "widget_bg");
     const QPoint corner = menu.pos() + card->pos();
-    // Right edge under right edge, top edge right under the button; the frame of the plain look stands out.
+    // The right edges are aligned and the menu's top is directly below the button; without shadow the frame
+    // is outside.
     QCOMPARE(corner.x() + 96, button.x() + 56 + (shadow ? 0 : -1));
     QCOMPARE(corner.y(), button.y() + 44 + (shadow ? 0 : 1));
     Menu().hide();
@@ -350,7 +351,7 @@ void TestVeloWin::menuFollowsTheWindow()
     Click("menu");
     QCOMPARE(Menu().pos(), before + QPoint(13, -17));
     Menu().hide();
-    // Nothing holds it on the screen.
+    // The menu is not clamped to the screen.
     window->move(window->pos() + QPoint(2000, 1500));
     Click("menu");
     QCOMPARE(Menu().pos(), before + QPoint(2013, 1483));
@@ -403,7 +404,7 @@ void TestVeloWin::menuEntriesShowTheirPages()
     QFETCH(int, view);
     QFETCH(int, row);
     QFETCH(QString, line);
-    // From the about page the other entries bring the stack back.
+    // The other entries leave the about page.
     Stack().setCurrentIndex(entry == "about" ? 0 : 1);
     Views().setCurrentIndex(3);
     Click("menu");
@@ -480,7 +481,7 @@ void TestVeloWin::confirmStopsThenQuitsThenCallsTheHook()
         QTest::mouseClick(Find(*window->findChild<ExitWin*>(), "exitBtn"), Qt::LeftButton);
     });
     QApplication::exec();
-    // The hook runs at once, before the event loop has ended.
+    // The hook is called immediately, before the event loop has ended.
     QCOMPARE(order,
              QStringList({QStringLiteral("stop app[0]"), QStringLiteral("told"), QStringLiteral("quit")}));
     QCOMPARE(log->Messages().last(), QStringLiteral("Velodesk exit."));
@@ -507,7 +508,7 @@ void TestVeloWin::dragKeepsTheCardOnTheScreen()
 
 void TestVeloWin::dragIsClampedAtTheFarCorner()
 {
-    // By the card's size at the press, of which the window has no other note.
+    // The clamping uses the card's size at the press, which the window does not store elsewhere.
     window.reset();
     const Look look(true);
     window = std::make_unique<VeloWin>(nullptr);

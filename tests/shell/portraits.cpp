@@ -1,11 +1,10 @@
-// Makes pictures of every window, page and state, in both looks.
+// Creates images of every window, page and state, with and without shadow.
 //
-//   portraits --sheet DIR    all of them, and an index.html to look through
-//   portraits --golden DIR   brings the golden images in DIR up to date: those that the tests' comparison
-//   rejects
-//                            are replaced, those of no window are removed
+//   portraits --sheet DIR    creates all images and an index.html that shows them
+//   portraits --golden DIR   updates the golden images in DIR: replaces those that the tests
+//                            reject, and removes those that belong to no window
 //
-// Needs a display and a scratch home; scripts/pictures brings both.
+// Needs a display and a scratch home; scripts/pictures provides both.
 
 #include <QApplication>
 #include <QDir>

@@ -7,7 +7,7 @@
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
-// Engines log there, and what they include of ours compiles beside it.
+// Engines use this log; its headers must compile together with the client's.
 #include <syslog.h>
 #include <thread>
 #include <unistd.h>
@@ -24,7 +24,7 @@ const QString INFO = QStringLiteral("INFO");
 const QString ERROR_LEVEL = QStringLiteral("ERROR");
 constexpr int TWO_REPEATS_MS = 2500;
 
-/// A server whose queue of connections is full, since it accepts none.
+/// A server whose connection queue is full, because it accepts none.
 class FullServer
 {
 public:
@@ -55,7 +55,7 @@ public:
     FullServer& operator=(const FullServer&) = delete;
 
     bool IsFull() const { return full; }
-    /// Takes the first of the queue; its descriptor.
+    /// Accepts the first connection of the queue; returns its descriptor.
     int Accept() const { return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC); }
 
 private:
@@ -63,17 +63,17 @@ private:
     std::vector<int> queue;
     bool full = false;
 };
-/// A server that reads nothing by itself.
+/// A server that does not read by itself.
 class PlainServer
 {
 public:
-    /// The other end of what the client connects to; null if it does not.
+    /// Returns the server's end of the client's connection; null if the client does not connect.
     QLocalSocket* Connect(ConnClient& client, const std::string& path)
     {
         if (!server.listen(QString::fromStdString(path)) || client.ConnToServer() != 0) {
             return nullptr;
         }
-        // The connection is there already, and only has to be taken.
+        // The connection already exists; it only has to be accepted.
         server.waitForNewConnection(5000);
         return server.nextPendingConnection();
     }
@@ -154,7 +154,7 @@ void TestConnClient::eachStateIsSentImmediatelyAndLogged()
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status init.")));
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status running.")));
     QVERIFY(log->Contains(INFO, UTILS, QStringLiteral("App status stop.")));
-    // Nothing is said of what went well, nor is there anything to connect again.
+    // Success is not logged, and no new connection is needed.
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("start connect")), QStringList());
 }
@@ -192,7 +192,7 @@ void TestConnClient::currentStateIsTheLastOne()
         return "{\"status\":\"" + state + "\"}";
     };
     const QByteArray wanted = message(first) + message(last) + message(last);
-    // Repeats may come before and after.
+    // Repeats may come before and after it.
     QByteArray arrived;
     QTRY_VERIFY((arrived += socket->readAll()).contains(wanted));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
@@ -223,7 +223,7 @@ void TestConnClient::missingServerFailsTheConnect()
     ConnClient client(Path());
     QCOMPARE(client.ConnToServer(), -1);
     QVERIFY(log->Contains(ERROR_LEVEL, UTILS, QStringLiteral("Connection client connect timeout.")));
-    // No repeats: a server that comes later hears nothing.
+    // Nothing is repeated: a server that starts later receives nothing.
     ConnServer server(Path(), nullptr);
     server.ServerStart();
     QSignalSpy inited(&server, &ConnServer::AppInited);
@@ -290,7 +290,7 @@ void TestConnClient::failedSendIsLoggedTwice()
 {
     ConnClient client(Path());
     client.SendStatusOnce(1);
-    // The socket is unconnected at once where nobody listens, so the write fails.
+    // The socket is unconnected immediately if there is no server, so the write fails.
     COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("Client start connect."),
                                                 QStringLiteral("Send message failed."),
                                                 QStringLiteral("Send message failed.")}));

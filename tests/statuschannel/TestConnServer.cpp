@@ -17,12 +17,12 @@
 namespace {
 const QString UTILS = QStringLiteral("UTILS");
 
-/// A server on a socket of its own with all its signals watched.
+/// A server with a separate socket and a spy for each signal.
 struct Channel
 {
     Channel() : path(directory.filePath(QStringLiteral("status"))), server(path.toStdString(), nullptr) {}
 
-    /// Which signals have fired since the last call, in their order of declaration.
+    /// Returns the counts of the emitted signals since the last call, in the order of their declaration.
     QString Fired()
     {
         const QString fired =
@@ -41,7 +41,7 @@ struct Channel
     QSignalSpy stopped{&server, &ConnServer::AppStoped};
 };
 
-/// Clients in the same process without sockets of Qt's, whose memory would be counted too.
+/// Clients in the same process. They use plain sockets, because the memory of Qt's would be counted too.
 class PlainClients
 {
 public:
@@ -57,7 +57,7 @@ public:
                 areConnected && client >= 0 &&
                 connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                 write(client, message.constData(), static_cast<size_t>(message.size())) == message.size();
-            // Not more of them at once than may wait to be taken.
+            // Connect no more at the same time than the queue accepts.
             QCoreApplication::processEvents();
         }
     }
@@ -77,7 +77,7 @@ private:
     bool areConnected = true;
 };
 
-/// Bytes that are allocated, with what the allocator needs for each piece.
+/// Returns the allocated bytes, including the allocator's overhead.
 std::size_t Allocated()
 {
 #if __GLIBC_PREREQ(2, 33)
@@ -195,7 +195,7 @@ void TestConnServer::invalidMessageIsLoggedAndDropped()
     QCOMPARE(channel.Fired(), NOTHING);
     COMPARE_LISTS(log->Messages(), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, line));
-    // What was stored before still stands: the same status again is news.
+    // The stored status is unchanged: the same status again is a change.
     QCOMPARE(channel.server.ParseMsg(R"({"status":"run"})"), 0);
     QCOMPARE(channel.Fired(), RUNNING);
 }
@@ -324,7 +324,8 @@ void TestConnServer::staleSocketIsTakenOver()
     {
         QLocalServer crashed;
         QVERIFY(crashed.listen(channel.path));
-        // A crash leaves the socket's file: kept under another name while the server removes its own.
+        // After a crash the socket's file remains: keep it under another name while the server removes its
+        // own.
         QVERIFY(QFile::rename(channel.path, channel.path + QStringLiteral(".kept")));
     }
     QVERIFY(QFile::rename(channel.path + QStringLiteral(".kept"), channel.path));
@@ -349,7 +350,8 @@ void TestConnServer::nameInUseByAListeningServerIsTakenOver()
 
 void TestConnServer::secondListenFailingIsReported()
 {
-    // A directory with content: in use to the first attempt, and not to be removed before the second.
+    // A directory with content: the name is in use at the first attempt and cannot be removed before the
+    // second.
     Channel channel;
     QVERIFY(QDir(channel.directory.path()).mkpath(QStringLiteral("status/content")));
     QCOMPARE(channel.server.ServerStart(), -1);
@@ -455,7 +457,7 @@ void TestConnServer::closedConnectionKeepsAtMostFourKibibytes()
         costs.append((Allocated() - before) / CONNECTIONS);
     }
     setrlimit(RLIMIT_NOFILE, &files);
-    // The first round also buys what stays for the next.
+    // The first round also allocates memory that later rounds reuse.
     for (int round = 1; round <= ROUNDS; ++round) {
         QVERIFY2(costs.at(round) <= ALLOWED, qPrintable(QString::number(costs.at(round))));
     }

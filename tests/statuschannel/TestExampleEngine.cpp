@@ -13,7 +13,7 @@
 #include "support/Files.h"
 
 namespace {
-/// The example engine in a home and a working folder of its own.
+/// The example engine with a separate home and working folder.
 class Engine
 {
 public:
@@ -40,7 +40,7 @@ public:
 
     void Start() { process.start(QString::fromUtf8(EXAMPLE_ENGINE), {QStringLiteral("1")}); }
 
-    /// Names of all files, sockets too.
+    /// Returns the names of all files, including sockets.
     QStringList Files() const
     {
         QStringList names;
@@ -141,7 +141,7 @@ void TestExampleEngine::endsWithTheAssistant()
     engine.Start();
     QTRY_COMPARE(running.count(), 1);
     QCOMPARE(engine.process.state(), QProcess::Running);
-    // As the end of the assistant closes it.
+    // The end of the assistant closes it in the same way.
     engine.process.closeWriteChannel();
     QTRY_COMPARE(engine.process.state(), QProcess::NotRunning);
     QCOMPARE(engine.process.exitStatus(), QProcess::NormalExit);

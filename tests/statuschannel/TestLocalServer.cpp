@@ -27,7 +27,7 @@ void TestLocalServer::listensAgainWhenDescriptorsAreFree()
     for (const FewDescriptors& client : clients) {
         client.Begin();
         QVERIFY(client.Connect(Local(path)));
-        // Qt has closed the socket, and there is no descriptor for another one.
+        // Qt has closed the socket, and there is no descriptor for a new one.
         QTRY_VERIFY(!QFile::exists(path));
         client.End();
         QTRY_VERIFY(QFile::exists(path));

@@ -2,7 +2,7 @@
 
 #include "supervision/BaseApp.h"
 
-/// One more supervised program.
+/// An additional supervised program.
 class ExtraApp : public BaseApp
 {
 public:

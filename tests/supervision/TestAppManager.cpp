@@ -30,14 +30,14 @@ BaseApp& App()
     return *Singleton<TandraApp>::GetInstance();
 }
 
-/// Lets the supervised program be a shell that runs `script`.
+/// Replaces the supervised program by a shell that runs `script`.
 void UseShell(const QString& script)
 {
     App().*OpenApp::Program() = QStringLiteral("/bin/sh");
     App().*OpenApp::Arguments() = QStringList{QStringLiteral("-c"), script};
 }
 
-/// No thread can be made as long as the object lives: none finds room for its stack.
+/// Prevents the creation of threads as long as the object exists: the default stack size is too large.
 class NoThreads
 {
 public:
@@ -67,7 +67,7 @@ private:
 };
 
 const QString FOREVER = QStringLiteral("exec sleep 60");
-/// Says in a file that it is ready, because nobody reads its output.
+/// Creates a file when it is ready, because its output is not read.
 const QString UNTIL_KILLED = QStringLiteral("; : >up.$$; while :; do sleep 0.05; done");
 const QString DEAF = QStringLiteral("trap '' TERM") + UNTIL_KILLED;
 } // namespace
@@ -161,7 +161,7 @@ void TestAppManager::startAndEndAreReported()
     QCOMPARE(started.first().first().value<AppManager::AppType>(), AppManager::TANDRA_APP);
     QCOMPARE(finished.first().at(1).toInt(), 3);
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("start app[0]")));
-    // Nor does a known application make for new wiring.
+    // A registered application is not registered again.
     manager->StopApp(AppManager::TANDRA_APP, false);
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("stop app[0]")));
     QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), 0);
@@ -197,7 +197,7 @@ void TestAppManager::unknownTypeIsNeitherStartedNorStopped()
     manager->StopApp(AppManager::APP_TYPE_END, true);
     COMPARE_LISTS(log->Messages(), QStringList({QStringLiteral("AppManager ReAllocResource"),
                                                 QStringLiteral("AppManager ReAllocResource")}));
-    // The loops do not look at the entry this has made.
+    // StopAll() ignores the map entry that these calls have created.
     manager->StopAll();
     QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
     COMPARE_LISTS(log->Messages(QStringLiteral("stop app[%1]").arg(AppManager::APP_TYPE_END)), QStringList());
@@ -358,8 +358,8 @@ void TestAppManager::slotOfAppFinishedMayStartAgain()
         children.append(ended);
         if (children.size() < RUNS) {
             manager->StartApp(AppManager::TANDRA_APP);
-            // Whoever is still at its signal finds it there, also in a loop of the listener's own, in which
-            // the next one may end.
+            // The process exists until its signal has been handled, also in a nested event loop of the slot,
+            // in which the next process may end.
             QTest::qWait(1);
             QVERIFY(!ended.isNull());
         }
@@ -488,13 +488,13 @@ void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn()
         ++finished;
     });
     manager->StopAll();
-    // Nothing of it before the event loop runs again; then all of it, on this thread.
+    // No signal is emitted before the event loop runs again; then all are, on this thread.
     QCOMPARE(finished, 0);
     QTRY_COMPARE(finished, 1);
     QCOMPARE(heardOn, thread());
     QTest::qWait(LOOP_GOES_ON_MS);
     QCOMPARE(App().*OpenApp::Count(), 0);
-    // The next start finds a clean house.
+    // The next start begins with an empty list of processes.
     UseShell(QStringLiteral("exit 0"));
     manager->StartApp(AppManager::TANDRA_APP);
     QTRY_COMPARE(finished, 2);
@@ -521,7 +521,7 @@ void TestAppManager::destructorEmitsNothing()
     connect(manager.get(), &AppManager::AppFinished, this, [&heard] { ++heard; });
     connect(manager.get(), &AppManager::AppError, this, [&heard] { ++heard; });
     {
-        // On this thread, where what the child's end sets off comes at once.
+        // Without threads StopAll() runs on this thread, so the child's end is handled immediately.
         const NoThreads none;
         manager.reset();
     }

@@ -49,7 +49,7 @@ QList<bool> TestPausedNotifiers::States() const
 void TestPausedNotifiers::enabledNotifiersAreEnabledAgain()
 {
     const QList<bool> before = States();
-    // The one for writing waits until there is something to write.
+    // The notifier for writing is enabled only while data is pending.
     QVERIFY(before.contains(true) && before.contains(false));
     {
         PausedNotifiers paused;

@@ -85,7 +85,7 @@ void TestTandraApp::runWithAProcessIsForwarded()
     engine->write(R"({"status":"run"})");
     QVERIFY(running.wait());
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("count is 1")));
-    // This class has no line of its own for the event.
+    // TandraApp logs nothing for this event.
     QVERIFY(log->Messages().filter(QStringLiteral("event running")).isEmpty());
 }
 

@@ -17,7 +17,7 @@ public:
 };
 } // namespace
 
-/// The manager with one more application in its list.
+/// The manager with an additional application in its list.
 class TestTwoApplications : public QObject
 {
     Q_OBJECT
