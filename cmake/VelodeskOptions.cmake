@@ -1,18 +1,18 @@
-# What every target of this project is compiled with; nothing here is global.
+# The compile options of every target of this project; nothing is set globally.
 add_library(velodesk_options INTERFACE)
 target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
-    # Qt 5.15.2 is the oldest we write to: what a later one deprecates may still be the only way.
+    # Qt 5.15.2 is the oldest supported version, where a function that a later one deprecates may be the only one.
     QT_NO_DEPRECATED_WARNINGS)
 # format-y2k: the log's lines begin with a two-digit year.
 target_compile_options(velodesk_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wno-format-y2k
     -fvisibility=hidden -fvisibility-inlines-hidden)
 if(CMAKE_COMPILE_WARNING_AS_ERROR AND CMAKE_VERSION VERSION_LESS 3.24)
-    # Older releases do not know the variable.
+    # CMake before 3.24 does not know this variable.
     target_compile_options(velodesk_options INTERFACE -Werror)
 endif()
 
-# A target of this project: our warnings, no compiler extensions.
+# Configures a target of this project: our warnings, no compiler extensions.
 #   velodesk_configure(TARGET [MOC_AND_UIC])   with MOC_AND_UIC for one with classes that have signals or forms
 function(velodesk_configure target)
     cmake_parse_arguments(ARG "MOC_AND_UIC" "" "" ${ARGN})
@@ -23,7 +23,7 @@ function(velodesk_configure target)
         AUTOMOC ${ARG_MOC_AND_UIC}
         AUTOUIC ${ARG_MOC_AND_UIC}
         POSITION_INDEPENDENT_CODE ON)
-    # Only for our own sources: neither linking nor installing a library passes the options on.
+    # PRIVATE to our own sources: neither linking nor installing a library passes the options on.
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velodesk_options>)
     set(scope PRIVATE)
     get_target_property(type ${target} TYPE)

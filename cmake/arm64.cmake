@@ -1,15 +1,15 @@
-# Debian's cross compiler, with libraries of the foreign architecture beside the machine's own.
+# Debian's cross compiler, with libraries of the foreign architecture beside the native ones.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
-# Not the emulator alone: a program that ends its children there could end everybody's.
+# Not the emulator directly: a program that terminates its children there could terminate all processes.
 get_filename_component(sandbox ${CMAKE_CURRENT_LIST_DIR}/../packaging/arm64/sandbox ABSOLUTE)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${sandbox})
 
-# Tools such as moc and uic are the machine's own.
+# Tools such as moc and uic are the native ones.
 set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu /)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -1,4 +1,5 @@
-# Sourced after setup.bash by scripts that work in root file systems of releases of Debian, made once in build/releases.
+# Sourced after setup.bash by scripts that work in root file systems of Debian's releases, which are created once in
+# build/releases.
 
 RELEASES=(bullseye bookworm trixie forky)
 
@@ -14,30 +15,30 @@ package_root() {
     [ "$architecture" = amd64 ] || [ "$architecture" = arm64 ] || misused
 }
 
-# Where this machine has its own packages from; the same place has the other releases.
+# The mirror of this machine's packages; it also has the other releases.
 debian_archive() {
     # shellcheck disable=SC2016 # The names in it are apt's.
     apt-get indextargets --format '$(ORIGIN) $(REPO_URI)' 'Created-By: Packages' | sed -n 's/^Debian //p' | head -n 1
 }
 
-# An empty Debian with apt. Further arguments go to mmdebstrap.
+# Creates a minimal Debian with apt. Further arguments go to mmdebstrap.
 make_root() {
     local release=$1 root=$2
     shift 2
     as_root rm -rf --one-file-system "$root"
     mkdir -p "${root%/*}"
-    # Old releases are not signed anew. A root that is lost with the power is made again.
+    # The signatures of old releases have expired. A root file system that is lost with the power is created again.
     as_root mmdebstrap --variant=apt --aptopt='Acquire::Check-Valid-Until "false"' --dpkgopt=force-unsafe-io \
         --keyring=/usr/share/keyrings/debian-archive-keyring.gpg "$@" \
         "$release" "$root" "deb $(debian_archive) $release main"
 }
 
-# Sets $root to the root in which things are built for a release; makes it if it is not there.
+# Sets $root to the root file system in which a release is built; creates it if it does not exist.
 release_root() {
     root=$PWD/build/releases/$1
     install_packages mmdebstrap gpgv debian-archive-keyring bubblewrap git
     mkdir -p "${root%/*}"
-    # Whoever comes second waits until the first has made it.
+    # A second process waits until the first has created it.
     local lock
     exec {lock}>"$root.lock"
     flock "$lock"
@@ -52,8 +53,8 @@ release_root() {
     exec {lock}>&-
 }
 
-# Runs a command as root in a root: with processes, /dev and /run of its own, and nothing of this machine but its
-# network and its clock. It ends with what has started it.
+# Runs a command as root in a root file system with its own processes, /dev and /run. It shares only the network and the
+# clock with this machine, and ends with the process that started it.
 #   in_root ROOT [OPTION OF BUBBLEWRAP...] -- COMMAND [ARGUMENT...]
 in_root() {
     local options=(--bind "$1" / --dev /dev --proc /proc --ro-bind /sys /sys --bind "$1/tmp" /tmp --tmpfs /run
@@ -69,11 +70,11 @@ in_root() {
     as_root bwrap "${options[@]}" "$@"
 }
 
-# Puts the last commit into a folder of a root, in place of the one that may stand there; what was built stays.
+# Copies the last commit into a folder of a root file system and replaces older sources there; its build is kept.
 copy_commit() {
     as_root mkdir -p "$1$2"
     as_root find "$1$2" -mindepth 1 -maxdepth 1 ! -name build ! -name .cache -exec rm -rf --one-file-system {} +
-    # A commit's files have its time, which says nothing about what was built from another one.
+    # The files have the time of their commit, which says nothing about builds of other commits.
     as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar HEAD |
         as_root tar --extract --touch --no-same-owner --directory "$1$2"
 }

@@ -1,9 +1,10 @@
-# Sourced by run, test and the scripts of scripts, bench and packaging: says what it installs, and builds with progress.
+# Sourced by run, test and the scripts of scripts, bench and packaging: installs packages, and builds and tests with
+# progress messages.
 
-# The compiler, its cache, and Build-Depends of debian/control without debhelper, which only builds packages.
+# The compiler, ccache, and Build-Depends of debian/control without debhelper, which is only for packages.
 mapfile -t PACKAGES_BUILD < <(printf '%s\n' g++ ccache &&
     sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\1/p' debian/control | grep -v '^debhelper')
-# What the assistant runs among: the stand-ins' sandbox and buses, and the fonts and commands it calls for.
+# Needed to run the assistant: the stand-ins' sandbox and buses, and the fonts and commands that it uses.
 PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
@@ -20,15 +21,16 @@ PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 li
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
 
-# The compiler's cache and temporary files belong to the working copy, like everything else that is written.
+# The compiler cache and temporary files are in the working copy, like everything else that is written.
 export CCACHE_DIR=${CCACHE_DIR-$PWD/.cache/ccache}
 export TMPDIR=$PWD/build/tmp
 mkdir -p "$TMPDIR"
 
-# The comment at the head of the script that has sourced this, after it went to the top of the working copy.
+# Prints the comment at the head of the script that has sourced this file and then changed to the top of the working
+# copy.
 head_comment() { (cd "${OLDPWD-.}" && sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"); }
 
-# Ends a script that was asked what it does.
+# Prints the help and ends the script if that was requested.
 explain() {
     case ${1-} in
         --help | -h)
@@ -38,7 +40,7 @@ explain() {
     esac
 }
 
-# Ends a script that was called in a way it does not know.
+# Prints the help and ends a script that was called with wrong arguments.
 misused() {
     head_comment >&2
     exit 2
@@ -56,7 +58,7 @@ install_packages() {
     for package in "$@"; do
         architecture=$native
         [ "${package%:*}" = "$package" ] || architecture=${package#*:}
-        # A line for each architecture that has it: another's library is of no use.
+        # dpkg-query prints one line per installed architecture; another one's library does not count.
         if ! dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
             grep -qxE "($architecture|all) installed"; then
             missing+=("$package")
@@ -70,7 +72,7 @@ install_packages() {
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-remove --no-install-recommends "${missing[@]}"
 }
 
-# Lets packages of another architecture be installed beside the machine's own.
+# Enables the installation of packages of another architecture.
 enable_architecture() {
     if [ "$(dpkg --print-architecture)" != "$1" ] && ! dpkg --print-foreign-architectures | grep -qx "$1"; then
         say "enabling packages for $1"
@@ -78,20 +80,20 @@ enable_architecture() {
     fi
 }
 
-# Headers that are compiled once are as good as their text to the compiler's cache.
+# Lets ccache accept precompiled headers, which depend only on their text.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
-# Whether the configured build in that folder has a setting, as CMake writes it: NAME:TYPE=VALUE.
+# Whether the configured build in that folder has a setting, written as CMake does: NAME:TYPE=VALUE.
 configured() { grep -qsx "$2" "build/$1/CMakeCache.txt"; }
 
-# Configures build/CONFIGURATION by its preset; what CMake says is shown if it fails. Further arguments go to CMake.
+# Configures build/CONFIGURATION by its preset; prints CMake's output if that fails. Further arguments go to CMake.
 configure() {
     local configuration=$1
     shift
     say "configuring $configuration"
     mkdir -p "build/$configuration"
     local arguments=(--preset "$configuration")
-    # Presets need CMake 3.21, and Debian 11 has 3.18: the same as the preset "base".
+    # Presets need CMake 3.21, and Debian 11 has 3.18: then use the settings of the preset "base".
     if ! cmake --list-presets >/dev/null 2>&1; then
         arguments=(-S . -B "build/$configuration" -G Ninja
             "-DCMAKE_PROJECT_velodesk_INCLUDE_BEFORE=$PWD/cmake/configurations/$configuration.cmake")
@@ -102,7 +104,7 @@ configure() {
     fi
 }
 
-# Configures where that was not done yet, and builds what has changed. Further arguments go to the builder.
+# Configures if needed, and builds what has changed. Further arguments go to the build tool.
 build() {
     local configuration=$1
     shift
@@ -110,14 +112,14 @@ build() {
         configure "$configuration" || return
     elif configured "$configuration" BUILD_TESTING:BOOL=OFF &&
         ! grep -q BUILD_TESTING "cmake/configurations/$configuration.cmake"; then
-        # ./run configured it without the tests.
+        # ./run has configured it without the tests.
         configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_WALK=ON || return
     fi
     say "building $configuration"
     cmake --build "build/$configuration" "$@"
 }
 
-# Builds only what ./run runs.
+# Builds only what ./run needs.
 build_walk() {
     if [ ! -f build/release/build.ninja ]; then
         configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
@@ -128,7 +130,7 @@ build_walk() {
     cmake --build build/release --target Velodesk standin-daemon standin-engine road
 }
 
-# Runs the tests of a configuration side by side. Arguments go to CTest.
+# Runs the tests of a configuration in parallel. Arguments go to CTest.
 run_tests() {
     local configuration=$1
     shift

@@ -1,9 +1,9 @@
-# Sourced after setup.bash: runs stages one after the other, with a log, a time and a line of the summary for each.
+# Sourced after setup.bash: runs stages one after the other, and records a log, the time and a summary line for each.
 
 stages_failed=0
 stages_summary=()
 
-# run_stage LOGS NAME COMMAND [ARGUMENT...]: what the command prints goes to LOGS/NAME.log and is shown if it fails.
+# run_stage LOGS NAME COMMAND [ARGUMENT...]: stores the output in LOGS/NAME.log and prints it if the command fails.
 run_stage() {
     local log=$1/$2.log name=$2 begin=$SECONDS word=ok
     shift 2
@@ -19,7 +19,7 @@ run_stage() {
     printf '%s\n' "${stages_summary[-1]}"
 }
 
-# Prints the table. Fails if a stage has.
+# Prints the summary. Fails if a stage has failed.
 sum_up() {
     say "summary"
     printf '%s\n' "${stages_summary[@]}"
