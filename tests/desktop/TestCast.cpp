@@ -11,22 +11,22 @@ private slots:
     void cleanup() { world.reset(); }
 
     void clickStartsAndStopsACast();
-    void engineIsGivenTheDaemonsNumber();
-    void displayWaitsForTheEnginesReport();
+    void engineGetsTheDaemonsProcessId();
+    void pageWaitsForTheEnginesReport();
     void reportOfTheEngineEndsTheCast();
     void crashEndsTheCast();
     void endedEngineEndsTheCast();
-    void engineThatIgnoresTheRequestGoesOn();
-    void unusableEngineIsWarnedOf_data();
-    void unusableEngineIsWarnedOf();
-    void directoryInTheEnginesPlaceFailsToStart();
+    void engineThatIgnoresTheRequestKeepsRunning();
+    void unusableEngineShowsAWarning_data();
+    void unusableEngineShowsAWarning();
+    void directoryInsteadOfTheEngineFailsToStart();
     void badMessageChangesNothing_data();
     void badMessageChangesNothing();
-    void nextRepeatPutsRightWhatWasLost();
-    void droppedConnectionComesBack();
-    void reportWithoutAProcessDoesNotCount();
-    void closedPhoneOfTheStandInEndsTheCast();
-    void endedCastTakesThePhoneOfTheStandInAlong();
+    void nextRepeatReplacesALostReport();
+    void droppedConnectionIsOpenedAgain();
+    void reportWithoutAProcessIsNotShown();
+    void closingTheStandInsPhoneEndsTheCast();
+    void endOfTheCastClosesTheStandInsPhone();
 
 private:
     void StartCast(const QString& script)
@@ -57,7 +57,7 @@ void TestCast::clickStartsAndStopsACast()
     VERIFY_SOON(world->ShowsCasting());
 }
 
-void TestCast::engineIsGivenTheDaemonsNumber()
+void TestCast::engineGetsTheDaemonsProcessId()
 {
     Begin();
     StartCast(QStringLiteral("report run\n"));
@@ -71,7 +71,7 @@ void TestCast::engineIsGivenTheDaemonsNumber()
     QVERIFY(world->EngineEvents().first().what.endsWith(QStringLiteral(" for ") + daemonPid));
 }
 
-void TestCast::displayWaitsForTheEnginesReport()
+void TestCast::pageWaitsForTheEnginesReport()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("report init\nawait phone\nreport run\n"));
@@ -116,7 +116,7 @@ void TestCast::endedEngineEndsTheCast()
     QVERIFY(!world->HasLog(QStringLiteral("]error:")));
 }
 
-void TestCast::engineThatIgnoresTheRequestGoesOn()
+void TestCast::engineThatIgnoresTheRequestKeepsRunning()
 {
     Begin();
     StartCast(QStringLiteral("ignore-terminate\nreport run\n"));
@@ -129,14 +129,14 @@ void TestCast::engineThatIgnoresTheRequestGoesOn()
     VERIFY_SOON(world->ShowsCasting());
 }
 
-void TestCast::unusableEngineIsWarnedOf_data()
+void TestCast::unusableEngineShowsAWarning_data()
 {
     QTest::addColumn<bool>("there");
     QTest::newRow("missing") << false;
     QTest::newRow("not executable") << true;
 }
 
-void TestCast::unusableEngineIsWarnedOf()
+void TestCast::unusableEngineShowsAWarning()
 {
     QFETCH(bool, there);
     Begin();
@@ -154,7 +154,7 @@ void TestCast::unusableEngineIsWarnedOf()
     QVERIFY(!world->HasLog(QStringLiteral("start app[0]")));
 }
 
-void TestCast::directoryInTheEnginesPlaceFailsToStart()
+void TestCast::directoryInsteadOfTheEngineFailsToStart()
 {
     Begin();
     QVERIFY(QFile::remove(EnginePath()));
@@ -200,7 +200,7 @@ void TestCast::badMessageChangesNothing()
     QCOMPARE(world->CountLog(QStringLiteral("[ERROR]")), complaint.isEmpty() ? 0 : 1);
 }
 
-void TestCast::nextRepeatPutsRightWhatWasLost()
+void TestCast::nextRepeatReplacesALostReport()
 {
     Begin();
     // Two reports without a pause arrive in one read and are lost; the repeat a second later is not.
@@ -208,7 +208,7 @@ void TestCast::nextRepeatPutsRightWhatWasLost()
     VERIFY_SOON(world->ShowsCasting());
 }
 
-void TestCast::droppedConnectionComesBack()
+void TestCast::droppedConnectionIsOpenedAgain()
 {
     Begin();
     StartCast(QStringLiteral("report run\nawait drop\ndrop\n"));
@@ -219,7 +219,7 @@ void TestCast::droppedConnectionComesBack()
     QCOMPARE(world->CountLog(QStringLiteral("count is 1")), 2);
 }
 
-void TestCast::reportWithoutAProcessDoesNotCount()
+void TestCast::reportWithoutAProcessIsNotShown()
 {
     Begin();
     // An engine that the assistant did not start: its first report is stored but not shown, and its repeats
@@ -239,7 +239,7 @@ void TestCast::reportWithoutAProcessDoesNotCount()
     QVERIFY(stranger.waitForFinished());
 }
 
-void TestCast::closedPhoneOfTheStandInEndsTheCast()
+void TestCast::closingTheStandInsPhoneEndsTheCast()
 {
     Begin();
     StartCast(QStringLiteral("report run\nshow\n"));
@@ -250,7 +250,7 @@ void TestCast::closedPhoneOfTheStandInEndsTheCast()
     QVERIFY(EngineTime(QStringLiteral("window closed")) > 0);
 }
 
-void TestCast::endedCastTakesThePhoneOfTheStandInAlong()
+void TestCast::endOfTheCastClosesTheStandInsPhone()
 {
     Begin();
     StartCast(QStringLiteral("report run\nshow\n"));

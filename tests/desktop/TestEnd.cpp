@@ -25,15 +25,15 @@ private slots:
     void quitAfterAStopLeavesNoEngine();
     void cancelKeepsTheCast_data();
     void cancelKeepsTheCast();
-    void closeCommandAsksFirst();
-    void blockedWindowAsksOnlyOnce();
+    void closeCommandShowsTheQuestion();
+    void blockedWindowShowsOneQuestion();
     void minimiseKeepsTheCast();
     void endOfTheSessionStopsTheEngineAndNotTheDaemon_data();
     void endOfTheSessionStopsTheEngineAndNotTheDaemon();
-    void daemonThatDoesNotAnswerDoesNotKeepTheProgram();
-    void busThatHangsDoesNotKeepTheProgram();
-    void signalEndsEveryStageInOrder_data();
-    void signalEndsEveryStageInOrder();
+    void quitSucceedsWhenTheDaemonDoesNotAnswer();
+    void quitSucceedsWhenTheBusDoesNotAnswer();
+    void signalEndsTheProgramInOrderAtEveryStage_data();
+    void signalEndsTheProgramInOrderAtEveryStage();
     void secondSignalDoesNotWaitForTheEngine();
 
 private:
@@ -130,7 +130,7 @@ void TestEnd::cancelKeepsTheCast()
     QCOMPARE(world->DaemonStatus(), 0);
 }
 
-void TestEnd::closeCommandAsksFirst()
+void TestEnd::closeCommandShowsTheQuestion()
 {
     Begin();
     world->Desktop().CloseWindow(world->BigWindow().id);
@@ -141,7 +141,7 @@ void TestEnd::closeCommandAsksFirst()
     QCOMPARE(world->AssistantStatus(), 0);
 }
 
-void TestEnd::blockedWindowAsksOnlyOnce()
+void TestEnd::blockedWindowShowsOneQuestion()
 {
     Begin();
     world->Desktop().CloseWindow(world->BigWindow().id);
@@ -203,7 +203,7 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 1);
 }
 
-void TestEnd::daemonThatDoesNotAnswerDoesNotKeepTheProgram()
+void TestEnd::quitSucceedsWhenTheDaemonDoesNotAnswer()
 {
     Begin({}, false);
     QVERIFY(world->StartAssistant({QStringLiteral("--misbehave"), QStringLiteral("silent")}));
@@ -214,7 +214,7 @@ void TestEnd::daemonThatDoesNotAnswerDoesNotKeepTheProgram()
     QVERIFY(world->HasLog(QStringLiteral("Failed to call method, reason: ")));
 }
 
-void TestEnd::busThatHangsDoesNotKeepTheProgram()
+void TestEnd::quitSucceedsWhenTheBusDoesNotAnswer()
 {
     Begin();
     world->PauseSystemBus();
@@ -230,7 +230,7 @@ void TestEnd::busThatHangsDoesNotKeepTheProgram()
     QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
 }
 
-void TestEnd::signalEndsEveryStageInOrder_data()
+void TestEnd::signalEndsTheProgramInOrderAtEveryStage_data()
 {
     QTest::addColumn<QString>("stage");
     QTest::addColumn<int>("signal");
@@ -242,7 +242,7 @@ void TestEnd::signalEndsEveryStageInOrder_data()
     QTest::newRow("menu") << "menu" << SIGTERM;
 }
 
-void TestEnd::signalEndsEveryStageInOrder()
+void TestEnd::signalEndsTheProgramInOrderAtEveryStage()
 {
     QFETCH(QString, stage);
     QFETCH(int, signal);

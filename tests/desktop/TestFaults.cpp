@@ -16,28 +16,28 @@ class TestFaults : public DesktopTest
 private slots:
     void cleanup() { world.reset(); }
 
-    void engineThatCrashesAtOnceLeavesTheIdleState();
-    void engineThatLeavesAChildBehindEnds();
-    void floodOfMessagesIsBorne_data();
-    void floodOfMessagesIsBorne();
-    void lackOfDescriptorsIsBorne();
-    void engineThatPrintsIsBorne();
+    void engineThatCrashesImmediatelyLeavesThePageIdle();
+    void quitSucceedsWhenTheEngineLeavesAChildBehind();
+    void programSurvivesAFloodOfMessages_data();
+    void programSurvivesAFloodOfMessages();
+    void programSurvivesALackOfDescriptors();
+    void programSurvivesAnEngineThatPrints();
     void engineSeesTheEndOfItsInputWhenTheProgramIsKilled();
-    void thousandConnectionsAreBorne();
-    void endWithoutABusIsAnEnd();
-    void daemonThatIsNotBelievedIsNoObstacle_data();
-    void daemonThatIsNotBelievedIsNoObstacle();
-    void unusableSettingsAreLeftAlone_data();
-    void unusableSettingsAreLeftAlone();
-    void settingsBehindALinkAreKeptThere();
-    void widenedOrNarrowedSettingsAreMended_data();
-    void widenedOrNarrowedSettingsAreMended();
+    void programSurvivesAThousandConnections();
+    void quitSucceedsWithoutABus();
+    void quitSucceedsWhenReplyComesFromAnotherProcess_data();
+    void quitSucceedsWhenReplyComesFromAnotherProcess();
+    void unusableSettingsAreNotChanged_data();
+    void unusableSettingsAreNotChanged();
+    void settingsAreWrittenToTheTargetOfALink();
+    void permissionsOfTheSettingsAreRestored_data();
+    void permissionsOfTheSettingsAreRestored();
     void removedLogDirectoryDoesNotStopTheProgram();
-    void homeWithoutRightsEndsTheStart();
+    void homeWithoutPermissionsEndsTheStart();
     void socketOfAnotherUserEndsTheStart();
     void lostDisplayEndsTheProgramAndTheEngine();
-    void lostWindowManagerIsBorne();
-    void startsAtTheSameInstantEndInOrder();
+    void programSurvivesTheEndOfTheWindowManager();
+    void simultaneousStartsEndInOrder();
 
 private:
     void WriteSettings(const QByteArray& content) const
@@ -73,7 +73,7 @@ private:
     }
 };
 
-void TestFaults::engineThatCrashesAtOnceLeavesTheIdleState()
+void TestFaults::engineThatCrashesImmediatelyLeavesThePageIdle()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("crash\n"));
@@ -86,7 +86,7 @@ void TestFaults::engineThatCrashesAtOnceLeavesTheIdleState()
     StillWorks();
 }
 
-void TestFaults::engineThatLeavesAChildBehindEnds()
+void TestFaults::quitSucceedsWhenTheEngineLeavesAChildBehind()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("report run\nlinger\n"));
@@ -103,7 +103,7 @@ void TestFaults::engineThatLeavesAChildBehindEnds()
     }
 }
 
-void TestFaults::floodOfMessagesIsBorne_data()
+void TestFaults::programSurvivesAFloodOfMessages_data()
 {
     QTest::addColumn<QString>("script");
     QTest::newRow("messages") << R"(flood 20000 {"status":"run"})";
@@ -111,7 +111,7 @@ void TestFaults::floodOfMessagesIsBorne_data()
     QTest::newRow("deep brackets") << "flood 100000 [";
 }
 
-void TestFaults::floodOfMessagesIsBorne()
+void TestFaults::programSurvivesAFloodOfMessages()
 {
     QFETCH(QString, script);
     Begin();
@@ -124,7 +124,7 @@ void TestFaults::floodOfMessagesIsBorne()
     VERIFY_SOON(world->ShowsIdle());
 }
 
-void TestFaults::lackOfDescriptorsIsBorne()
+void TestFaults::programSurvivesALackOfDescriptors()
 {
     Begin();
     const auto pid = static_cast<pid_t>(world->AssistantPid());
@@ -153,7 +153,7 @@ void TestFaults::lackOfDescriptorsIsBorne()
     VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
 }
 
-void TestFaults::engineThatPrintsIsBorne()
+void TestFaults::programSurvivesAnEngineThatPrints()
 {
     Begin();
     const int before = world->AssistantMemory();
@@ -174,7 +174,7 @@ void TestFaults::engineSeesTheEndOfItsInputWhenTheProgramIsKilled()
     QVERIFY(EngineDid(QStringLiteral("end of input")));
 }
 
-void TestFaults::thousandConnectionsAreBorne()
+void TestFaults::programSurvivesAThousandConnections()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("connections 1000\nreport run\n"));
@@ -187,7 +187,7 @@ void TestFaults::thousandConnectionsAreBorne()
     QVERIFY(descriptors.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size() < 100);
 }
 
-void TestFaults::endWithoutABusIsAnEnd()
+void TestFaults::quitSucceedsWithoutABus()
 {
     Begin();
     StillWorks();
@@ -198,7 +198,7 @@ void TestFaults::endWithoutABusIsAnEnd()
     QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
 }
 
-void TestFaults::daemonThatIsNotBelievedIsNoObstacle_data()
+void TestFaults::quitSucceedsWhenReplyComesFromAnotherProcess_data()
 {
     QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("line");
@@ -208,7 +208,7 @@ void TestFaults::daemonThatIsNotBelievedIsNoObstacle_data()
                                 << "sd_bus_message_read failed.";
 }
 
-void TestFaults::daemonThatIsNotBelievedIsNoObstacle()
+void TestFaults::quitSucceedsWhenReplyComesFromAnotherProcess()
 {
     QFETCH(QString, how);
     QFETCH(QString, line);
@@ -222,7 +222,7 @@ void TestFaults::daemonThatIsNotBelievedIsNoObstacle()
     QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
 }
 
-void TestFaults::unusableSettingsAreLeftAlone_data()
+void TestFaults::unusableSettingsAreNotChanged_data()
 {
     QTest::addColumn<QByteArray>("content");
     const QByteArray agreed = "[VelodeskServer]\nstatement=true\n";
@@ -234,7 +234,7 @@ void TestFaults::unusableSettingsAreLeftAlone_data()
     QTest::newRow("a byte too large") << large;
 }
 
-void TestFaults::unusableSettingsAreLeftAlone()
+void TestFaults::unusableSettingsAreNotChanged()
 {
     QFETCH(QByteArray, content);
     DesktopWorld::Options options;
@@ -253,7 +253,7 @@ void TestFaults::unusableSettingsAreLeftAlone()
     QCOMPARE(Settings(), content);
 }
 
-void TestFaults::settingsBehindALinkAreKeptThere()
+void TestFaults::settingsAreWrittenToTheTargetOfALink()
 {
     Begin({}, false);
     const QString target = world->Home() + QStringLiteral("/real.conf");
@@ -265,7 +265,7 @@ void TestFaults::settingsBehindALinkAreKeptThere()
     QVERIFY(Settings().contains("statement=true"));
 }
 
-void TestFaults::widenedOrNarrowedSettingsAreMended_data()
+void TestFaults::permissionsOfTheSettingsAreRestored_data()
 {
     QTest::addColumn<int>("mode");
     QTest::newRow("readable by all") << 0x6644;
@@ -273,7 +273,7 @@ void TestFaults::widenedOrNarrowedSettingsAreMended_data()
     QTest::newRow("closed") << 0;
 }
 
-void TestFaults::widenedOrNarrowedSettingsAreMended()
+void TestFaults::permissionsOfTheSettingsAreRestored()
 {
     QFETCH(int, mode);
     Begin({}, false);
@@ -295,7 +295,7 @@ void TestFaults::removedLogDirectoryDoesNotStopTheProgram()
     COMPARE_LISTS(world->Log(), QStringList());
 }
 
-void TestFaults::homeWithoutRightsEndsTheStart()
+void TestFaults::homeWithoutPermissionsEndsTheStart()
 {
     DesktopWorld::Options options;
     options.agreed = false;
@@ -336,7 +336,7 @@ void TestFaults::lostDisplayEndsTheProgramAndTheEngine()
     QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
 }
 
-void TestFaults::lostWindowManagerIsBorne()
+void TestFaults::programSurvivesTheEndOfTheWindowManager()
 {
     Begin();
     world->EndWindowManager();
@@ -344,7 +344,7 @@ void TestFaults::lostWindowManagerIsBorne()
     QuitByHand();
 }
 
-void TestFaults::startsAtTheSameInstantEndInOrder()
+void TestFaults::simultaneousStartsEndInOrder()
 {
     Begin({}, false);
     constexpr int ROUNDS = 50;

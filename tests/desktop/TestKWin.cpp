@@ -10,8 +10,8 @@ class TestKWin : public DesktopTest
 private slots:
     void cleanup() { world.reset(); }
 
-    void compositingDecidesTheLook_data();
-    void compositingDecidesTheLook();
+    void compositingDecidesTheAppearance_data();
+    void compositingDecidesTheAppearance();
 
 private:
     bool CompositorAnswers(const QByteArray& word) const
@@ -38,7 +38,7 @@ private:
     }
 };
 
-void TestKWin::compositingDecidesTheLook_data()
+void TestKWin::compositingDecidesTheAppearance_data()
 {
     QTest::addColumn<QString>("compose");
     QTest::addColumn<bool>("suspended");
@@ -48,7 +48,7 @@ void TestKWin::compositingDecidesTheLook_data()
     QTest::newRow("suspended") << "O2" << true << false;
 }
 
-void TestKWin::compositingDecidesTheLook()
+void TestKWin::compositingDecidesTheAppearance()
 {
     QFETCH(QString, compose);
     QFETCH(bool, suspended);

@@ -14,12 +14,12 @@ private slots:
     }
     void cleanup() { world.reset(); }
 
-    void windowIsBuiltWholeAndStandsInTheMiddleOfBoth();
+    void windowIsCentredOnBothMonitors();
     void cardStopsAtThePrimaryMonitorsEdges();
-    void questionStandsOverTheWindow();
+    void questionIsCentredOnTheWindow();
 };
 
-void TestMonitors::windowIsBuiltWholeAndStandsInTheMiddleOfBoth()
+void TestMonitors::windowIsCentredOnBothMonitors()
 {
     QCOMPARE(world->BigWindow().rect, QRect((2560 - 936) / 2, 128, 936, 544));
 }
@@ -46,7 +46,7 @@ void TestMonitors::cardStopsAtThePrimaryMonitorsEdges()
     desktop.Release();
 }
 
-void TestMonitors::questionStandsOverTheWindow()
+void TestMonitors::questionIsCentredOnTheWindow()
 {
     const QRect window = world->BigWindow().rect;
     world->ClickCard(CLOSE_BUTTON);

@@ -14,21 +14,21 @@ private slots:
     void nameIsTypedAndStored_data();
     void nameIsTypedAndStored();
     void clickBesideTheNameEndsTheEdit();
-    void emptiedNameComesBack();
+    void emptiedNameIsRestored();
     void menuIsDismissed_data();
     void menuIsDismissed();
-    void menuButtonIsNotLeftHovered();
-    void hoverOnAnIconColoursTheWords();
-    void helpLeadsThereAndBack();
-    void settingsWithoutAPhoneClearNothingAndLeadBack();
-    void folderIsChosen();
-    void unusableFolderIsRefused_data();
-    void unusableFolderIsRefused();
+    void menuButtonIsNotHoveredAfterTheMenuHides();
+    void hoverOnAnIconColoursTheText();
+    void helpPagesAreReachedAndLeft();
+    void clearingWithoutAPhoneDoesNothing();
+    void chosenFolderIsStored();
+    void unusableFolderIsRejected_data();
+    void unusableFolderIsRejected();
     void cancelledFolderChangesNothing();
     void clearingErasesTheThreeFiles();
-    void refusedClearingKeepsThem_data();
-    void refusedClearingKeepsThem();
-    void aboutShowsTheAgreementAndLeadsBack();
+    void cancelledClearingKeepsTheFiles_data();
+    void cancelledClearingKeepsTheFiles();
+    void aboutPageShowsTheAgreement();
 
 private:
     static constexpr int HELP = 0;
@@ -119,7 +119,7 @@ void TestPages::clickBesideTheNameEndsTheEdit()
     QCOMPARE(world->CountLog(QStringLiteral("PC device name changed!")), 1);
 }
 
-void TestPages::emptiedNameComesBack()
+void TestPages::emptiedNameIsRestored()
 {
     Begin();
     const QPoint pencil = world->PencilPos();
@@ -156,7 +156,7 @@ void TestPages::menuIsDismissed()
     VERIFY_SOON(world->ShowsIdle());
 }
 
-void TestPages::menuButtonIsNotLeftHovered()
+void TestPages::menuButtonIsNotHoveredAfterTheMenuHides()
 {
     Begin();
     const QPoint corner = world->OnCard(QPoint(168 + 562, 4));
@@ -170,7 +170,7 @@ void TestPages::menuButtonIsNotLeftHovered()
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
 }
 
-void TestPages::hoverOnAnIconColoursTheWords()
+void TestPages::hoverOnAnIconColoursTheText()
 {
     Begin();
     QVERIFY(world->ChooseFromMenu(HELP));
@@ -185,7 +185,7 @@ void TestPages::hoverOnAnIconColoursTheWords()
     VERIFY_SOON(world->PageHasColour(HELP_WORDS, BLUE) && !world->PageHasColour(PROBLEMS_WORDS, BLUE));
 }
 
-void TestPages::helpLeadsThereAndBack()
+void TestPages::helpPagesAreReachedAndLeft()
 {
     Begin();
     QVERIFY(world->ChooseFromMenu(HELP));
@@ -201,7 +201,7 @@ void TestPages::helpLeadsThereAndBack()
     VERIFY_SOON(world->ShowsIdle());
 }
 
-void TestPages::settingsWithoutAPhoneClearNothingAndLeadBack()
+void TestPages::clearingWithoutAPhoneDoesNothing()
 {
     Begin();
     OpenSettings();
@@ -217,7 +217,7 @@ void TestPages::settingsWithoutAPhoneClearNothingAndLeadBack()
     VERIFY_SOON(world->ShowsIdle());
 }
 
-void TestPages::folderIsChosen()
+void TestPages::chosenFolderIsStored()
 {
     Begin();
     const QString folder = world->Home() + QStringLiteral("/with blank");
@@ -230,7 +230,7 @@ void TestPages::folderIsChosen()
     QCOMPARE(world->SmallWindow().id, 0UL);
 }
 
-void TestPages::unusableFolderIsRefused_data()
+void TestPages::unusableFolderIsRejected_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<QString>("complaint");
@@ -242,7 +242,7 @@ void TestPages::unusableFolderIsRefused_data()
                                   << "ChangePath: directory %2 link";
 }
 
-void TestPages::unusableFolderIsRefused()
+void TestPages::unusableFolderIsRejected()
 {
     QFETCH(QString, kind);
     QFETCH(QString, complaint);
@@ -299,14 +299,14 @@ void TestPages::clearingErasesTheThreeFiles()
     QCOMPARE(world->CountLog(QStringLiteral("ClearTrustDevices.")), 1);
 }
 
-void TestPages::refusedClearingKeepsThem_data()
+void TestPages::cancelledClearingKeepsTheFiles_data()
 {
     QTest::addColumn<QPoint>("where");
     QTest::newRow("left button") << LEFT_BUTTON;
     QTest::newRow("close button") << SMALL_CLOSE_BUTTON;
 }
 
-void TestPages::refusedClearingKeepsThem()
+void TestPages::cancelledClearingKeepsTheFiles()
 {
     QFETCH(QPoint, where);
     BeginWithTrust();
@@ -319,7 +319,7 @@ void TestPages::refusedClearingKeepsThem()
     QVERIFY(!world->HasLog(QStringLiteral("RemoveFile")));
 }
 
-void TestPages::aboutShowsTheAgreementAndLeadsBack()
+void TestPages::aboutPageShowsTheAgreement()
 {
     Begin();
     QVERIFY(world->ChooseFromMenu(ABOUT));

@@ -14,16 +14,16 @@ private slots:
 
     void cardStopsAtTheScreensEdge_data();
     void cardStopsAtTheScreensEdge();
-    void windowsAreBuiltWithTheirShadowUnderAnyPanel_data();
-    void windowsAreBuiltWithTheirShadowUnderAnyPanel();
+    void windowsStartWithTheirShadowUnderAnyPanel_data();
+    void windowsStartWithTheirShadowUnderAnyPanel();
     void cardStopsBelowAPanelAndItsShadowDoesNot();
     void dragFollowsThePointer();
     void dragBeginsInTheTitleStripOnly();
-    void clickOnTheShadowFallsThrough();
-    void compositorDecidesTheLookOnThatSystem_data();
-    void compositorDecidesTheLookOnThatSystem();
+    void clickOnTheShadowReachesTheWindowBehind();
+    void compositorDecidesTheAppearanceOnThatSystem_data();
+    void compositorDecidesTheAppearanceOnThatSystem();
     void withoutShadowAWindowLeavesTheScreen();
-    void withoutShadowTheRoadIsTheSame();
+    void withoutShadowTheTourIsTheSame();
     void dialogsCanBeDragged();
 
 private:
@@ -83,7 +83,7 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     desktop.Release();
 }
 
-void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel_data()
+void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel_data()
 {
     QTest::addColumn<int>("edge");
     QTest::addColumn<bool>("agreed");
@@ -96,7 +96,7 @@ void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel_data()
     }
 }
 
-void TestPlacement::windowsAreBuiltWithTheirShadowUnderAnyPanel()
+void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel()
 {
     QFETCH(int, edge);
     QFETCH(bool, agreed);
@@ -164,7 +164,7 @@ void TestPlacement::dragBeginsInTheTitleStripOnly()
     VERIFY_SOON(world->BigWindow().rect == before.translated(1, 0));
 }
 
-void TestPlacement::clickOnTheShadowFallsThrough()
+void TestPlacement::clickOnTheShadowReachesTheWindowBehind()
 {
     Begin();
     const XDesktop& desktop = world->Desktop();
@@ -179,7 +179,7 @@ void TestPlacement::clickOnTheShadowFallsThrough()
     VERIFY_SOON(desktop.WindowUnderPointer() != 0);
 }
 
-void TestPlacement::compositorDecidesTheLookOnThatSystem_data()
+void TestPlacement::compositorDecidesTheAppearanceOnThatSystem_data()
 {
     const QString that = QStringLiteral("DISTRIB_ID=uos\n");
     QTest::addColumn<QString>("system");
@@ -196,7 +196,7 @@ void TestPlacement::compositorDecidesTheLookOnThatSystem_data()
                                             << "false" << true;
 }
 
-void TestPlacement::compositorDecidesTheLookOnThatSystem()
+void TestPlacement::compositorDecidesTheAppearanceOnThatSystem()
 {
     QFETCH(QString, system);
     QFETCH(QString, answer);
@@ -233,7 +233,7 @@ void TestPlacement::withoutShadowAWindowLeavesTheScreen()
     VERIFY_SOON(world->BigWindow().rect == after);
 }
 
-void TestPlacement::withoutShadowTheRoadIsTheSame()
+void TestPlacement::withoutShadowTheTourIsTheSame()
 {
     DesktopWorld::Options options = ThatSystem();
     options.agreed = false;

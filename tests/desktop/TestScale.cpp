@@ -12,8 +12,8 @@ private slots:
     void windowsAreTheSameAndLarger();
     void cardStopsAtTheScreensEdge_data() { windowsAreTheSameAndLarger_data(); }
     void cardStopsAtTheScreensEdge();
-    void clickOnTheShadowFallsThrough_data() { windowsAreTheSameAndLarger_data(); }
-    void clickOnTheShadowFallsThrough();
+    void clickOnTheShadowReachesTheWindowBehind_data() { windowsAreTheSameAndLarger_data(); }
+    void clickOnTheShadowReachesTheWindowBehind();
 
 private:
     /// Begins with a screen of 1280 by 800 device-independent pixels.
@@ -82,7 +82,7 @@ void TestScale::cardStopsAtTheScreensEdge()
     desktop.Release();
 }
 
-void TestScale::clickOnTheShadowFallsThrough()
+void TestScale::clickOnTheShadowReachesTheWindowBehind()
 {
     BeginScaled();
     const XDesktop& desktop = world->Desktop();

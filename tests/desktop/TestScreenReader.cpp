@@ -13,7 +13,7 @@ class TestScreenReader : public DesktopTest
 private slots:
     void cleanup();
 
-    void programIsUsedByPressAlone();
+    void programIsUsableByTheActionPressAlone();
 
 public slots:
     /// Records a signal of the program to screen readers.
@@ -216,7 +216,7 @@ QString TestScreenReader::Tree(const Node& top, int depth) const
     return lines;
 }
 
-void TestScreenReader::programIsUsedByPressAlone()
+void TestScreenReader::programIsUsableByTheActionPressAlone()
 {
     DesktopWorld::Options options;
     options.screenReader = true;

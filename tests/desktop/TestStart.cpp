@@ -12,13 +12,13 @@ class TestStart : public DesktopTest
 private slots:
     void cleanup() { world.reset(); }
 
-    void refusedCommandLines_data();
-    void refusedCommandLines();
+    void wrongCommandLineEndsTheStart_data();
+    void wrongCommandLineEndsTheStart();
     void homeUnsetEndsTheStart();
-    void acceptedAgreementLeadsStraightToTheMainWindow();
-    void windowsAreKnownByTheProgramsPicture_data();
-    void windowsAreKnownByTheProgramsPicture();
-    void acceptingLeadsToTheMainWindowAndIsRemembered();
+    void acceptedAgreementIsNotShownAgain();
+    void windowsHaveTheProgramsIcon_data();
+    void windowsHaveTheProgramsIcon();
+    void acceptingIsStoredAndShowsTheMainWindow();
     void tickTwiceLeavesTheButtonGrey();
     void closeButtonOfTheAgreementEndsTheDaemonToo();
     void closeCommandOfTheAgreementLeavesTheDaemonAlone();
@@ -26,7 +26,7 @@ private slots:
     void secondStartRaisesTheWindow_data();
     void secondStartRaisesTheWindow();
     void staleSocketIsTakenOver();
-    void unwritableSettingsDoNotKeepTheUserOut();
+    void programStartsWithUnwritableSettings();
     void noOpenGlIsLoaded_data();
     void noOpenGlIsLoaded();
     void noOtherFontsAreRead();
@@ -48,7 +48,7 @@ private:
     }
 };
 
-void TestStart::refusedCommandLines_data()
+void TestStart::wrongCommandLineEndsTheStart_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
@@ -61,7 +61,7 @@ void TestStart::refusedCommandLines_data()
     QTest::newRow("too large") << QStringList{name, "4294967296"} << "param analyze error!";
 }
 
-void TestStart::refusedCommandLines()
+void TestStart::wrongCommandLineEndsTheStart()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
@@ -81,7 +81,7 @@ void TestStart::homeUnsetEndsTheStart()
     QVERIFY(!QFileInfo::exists(QStringLiteral("/Velodesk")));
 }
 
-void TestStart::acceptedAgreementLeadsStraightToTheMainWindow()
+void TestStart::acceptedAgreementIsNotShownAgain()
 {
     Begin();
     VERIFY_SOON(world->ShowsIdle());
@@ -90,14 +90,14 @@ void TestStart::acceptedAgreementLeadsStraightToTheMainWindow()
     QCOMPARE(rect.topLeft(), QPoint((1280 - rect.width()) / 2, (800 - rect.height()) / 2));
 }
 
-void TestStart::windowsAreKnownByTheProgramsPicture_data()
+void TestStart::windowsHaveTheProgramsIcon_data()
 {
     QTest::addColumn<bool>("agreed");
     QTest::newRow("agreement") << false;
     QTest::newRow("main window") << true;
 }
 
-void TestStart::windowsAreKnownByTheProgramsPicture()
+void TestStart::windowsHaveTheProgramsIcon()
 {
     QFETCH(bool, agreed);
     DesktopWorld::Options options;
@@ -109,7 +109,7 @@ void TestStart::windowsAreKnownByTheProgramsPicture()
                  .convertToFormat(QImage::Format_ARGB32_Premultiplied));
 }
 
-void TestStart::acceptingLeadsToTheMainWindowAndIsRemembered()
+void TestStart::acceptingIsStoredAndShowsTheMainWindow()
 {
     DesktopWorld::Options options;
     options.agreed = false;
@@ -230,7 +230,7 @@ void TestStart::staleSocketIsTakenOver()
     VERIFY_SOON(world->ShowsCasting());
 }
 
-void TestStart::unwritableSettingsDoNotKeepTheUserOut()
+void TestStart::programStartsWithUnwritableSettings()
 {
     DesktopWorld::Options options;
     options.agreed = false;

@@ -8,9 +8,9 @@ class TestWayland : public DesktopTest
 private slots:
     void cleanup() { world.reset(); }
 
-    void windowIsTheXServers_data();
-    void windowIsTheXServers();
-    void secondStartReachesIt();
+    void windowIsOnTheXServer_data();
+    void windowIsOnTheXServer();
+    void secondStartReachesTheFirst();
 
 private:
     void BeginSession(bool agreed = true)
@@ -26,7 +26,7 @@ private:
     }
 };
 
-void TestWayland::windowIsTheXServers_data()
+void TestWayland::windowIsOnTheXServer_data()
 {
     QTest::addColumn<QString>("desktop");
     QTest::addColumn<bool>("agreed");
@@ -36,7 +36,7 @@ void TestWayland::windowIsTheXServers_data()
     QTest::newRow("KDE") << QStringLiteral("KDE") << true;
 }
 
-void TestWayland::windowIsTheXServers()
+void TestWayland::windowIsOnTheXServer()
 {
     QFETCH(QString, desktop);
     QFETCH(bool, agreed);
@@ -48,7 +48,7 @@ void TestWayland::windowIsTheXServers()
     program->waitForFinished();
 }
 
-void TestWayland::secondStartReachesIt()
+void TestWayland::secondStartReachesTheFirst()
 {
     BeginSession();
     const auto program = Launch();
