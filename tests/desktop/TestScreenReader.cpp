@@ -2,6 +2,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QLibraryInfo>
 
 #include "DesktopTest.h"
 
@@ -239,9 +240,11 @@ void TestScreenReader::programIsUsableByTheActionPressAlone()
     QVERIFY(Press(MENU_ITEM, "设置"));
     VERIFY_HEARD(Shows(PANEL, "设置") && !Shows(POPUP_MENU, "菜单"));
     QVERIFY(!Is(Find(LIST_ITEM, "多屏协同"), SELECTED));
-    // Qt's own dialog is Chinese in every locale.
+    // Qt's own dialog is Chinese in every locale. Debian 11 has no Chinese translation of it.
+    const bool isTranslated = QFile::exists(QLibraryInfo::location(QLibraryInfo::TranslationsPath) +
+                                            QStringLiteral("/qtbase_zh_CN.qm"));
     QVERIFY(Press(PUSH_BUTTON, "修改"));
-    VERIFY_HEARD(Press(PUSH_BUTTON, "取消"));
+    VERIFY_HEARD(Press(PUSH_BUTTON, isTranslated ? "取消" : "Cancel"));
     VERIFY_HEARD(world->FolderDialog().id == 0);
     QVERIFY(Press(LIST_ITEM, "多屏协同"));
     VERIFY_HEARD(Shows(PUSH_BUTTON, "开始投屏"));
