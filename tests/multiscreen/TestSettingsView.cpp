@@ -116,6 +116,10 @@ private:
     void ClickChange() { QTest::mouseClick(Find(*page, "change"), Qt::LeftButton); }
     QString Made(const QString& relative) const;
     void Link(const QString& target, const QString& relative) const;
+    /// Chooses `path` by `choose`, and verifies that it is rejected with `text` and the log line `line`, that
+    /// the dialog opens at `path` again, and that the stored path stays.
+    void VerifyRejection(const std::function<void(QWidget*)>& choose, const QString& path,
+                         const QString& text, const QString& line);
 
     std::unique_ptr<CapturedLog> log;
     std::unique_ptr<QTemporaryDir> folder;
@@ -424,6 +428,26 @@ void TestSettingsView::folderWithoutPermissionsIsRejected()
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
 
+void TestSettingsView::VerifyRejection(const std::function<void(QWidget*)>& choose, const QString& path,
+                                       const QString& text, const QString& line)
+{
+    DialogScript script({choose,
+                         [this, &text](QWidget* box) {
+                             CompareBox(box, page.get(), text);
+                             Confirm(box);
+                         },
+                         [&path](QWidget* dialog) {
+                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), path);
+                             Cancel(dialog);
+                         }});
+    ClickChange();
+    QVERIFY(script.IsPlayedOut());
+    QVERIFY(log->Contains(ERROR, VELODESK, line));
+    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
+    QCOMPARE(SavePath(), folder->path());
+    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+}
+
 void TestSettingsView::folderBehindALinkIsRejected_data()
 {
     QTest::addColumn<QString>("chosen");
@@ -443,22 +467,8 @@ void TestSettingsView::folderBehindALinkIsRejected()
     Link(folder->filePath(QStringLiteral("real/a")), QStringLiteral("real/second"));
     const QString path = folder->filePath(chosen);
     QVERIFY(QDir(path).exists());
-    DialogScript script({[&path](QWidget* dialog) { Choose(dialog, path); },
-                         [this](QWidget* box) {
-                             CompareBox(box, page.get(), SHORTCUT);
-                             Confirm(box);
-                         },
-                         [&path](QWidget* dialog) {
-                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), path);
-                             Cancel(dialog);
-                         }});
-    ClickChange();
-    QVERIFY(script.IsPlayedOut());
-    const QString line = QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link));
-    QVERIFY(log->Contains(ERROR, VELODESK, line));
-    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
-    QCOMPARE(SavePath(), folder->path());
-    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+    VerifyRejection([&path](QWidget* dialog) { Choose(dialog, path); }, path, SHORTCUT,
+                    QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link)));
 }
 
 void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected_data()
@@ -477,26 +487,13 @@ void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
     QFETCH(QString, logged);
     const QString path = Made(name);
     // Select it by its index, because a line edit cannot contain a line feed.
-    DialogScript script({[&path](QWidget* dialog) {
-                             qobject_cast<QFileDialog*>(dialog)->setDirectory(path);
-                             Choose(dialog, QString());
-                         },
-                         [this](QWidget* box) {
-                             CompareBox(box, page.get(), UNSUPPORTED);
-                             Confirm(box);
-                         },
-                         [&path](QWidget* dialog) {
-                             QCOMPARE(qobject_cast<QFileDialog*>(dialog)->directory().path(), path);
-                             Cancel(dialog);
-                         }});
-    ClickChange();
-    QVERIFY(script.IsPlayedOut());
-    const QString line =
-        QStringLiteral("ChangePath: directory %1 has unsupported character").arg(folder->filePath(logged));
-    QVERIFY(log->Contains(ERROR, VELODESK, line));
-    COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
-    QCOMPARE(SavePath(), folder->path());
-    QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
+    const auto choose = [&path](QWidget* dialog) {
+        qobject_cast<QFileDialog*>(dialog)->setDirectory(path);
+        Choose(dialog, QString());
+    };
+    VerifyRejection(
+        choose, path, UNSUPPORTED,
+        QStringLiteral("ChangePath: directory %1 has unsupported character").arg(folder->filePath(logged)));
 }
 
 void TestSettingsView::permissionsAreCheckedBeforeLinks()

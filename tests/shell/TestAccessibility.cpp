@@ -17,7 +17,7 @@
 namespace {
 const QString PRESS = QAccessibleActionInterface::pressAction();
 
-QAccessibleInterface& Told(QWidget* widget)
+QAccessibleInterface& InterfaceOf(QWidget* widget)
 {
     return *QAccessible::queryAccessibleInterface(widget);
 }
@@ -29,7 +29,7 @@ QString Name(QAccessibleInterface& control)
 
 void Press(QWidget* widget)
 {
-    Told(widget).actionInterface()->doAction(PRESS);
+    InterfaceOf(widget).actionInterface()->doAction(PRESS);
 }
 
 bool IsPressed(QAccessible::Role role)
@@ -145,7 +145,7 @@ void TestAccessibility::everyControlHasNameAndAction()
     const Look look(shadow);
     init();
     for (QWidget* top : Windows()) {
-        Walk(Told(top));
+        Walk(InterfaceOf(top));
     }
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget* widget : widgets) {
@@ -212,22 +212,22 @@ void TestAccessibility::widgetHasItsRoleAndName()
 {
     QFETCH(int, role);
     QFETCH(QString, name);
-    QAccessibleInterface& told = Told(Any(QTest::currentDataTag()));
-    QCOMPARE(static_cast<int>(told.role()), role);
-    QCOMPARE(Name(told), name);
+    QAccessibleInterface& interface = InterfaceOf(Any(QTest::currentDataTag()));
+    QCOMPARE(static_cast<int>(interface.role()), role);
+    QCOMPARE(Name(interface), name);
 }
 
 void TestAccessibility::tickReportsItsState()
 {
-    QAccessibleInterface& tick = Told(Button("AgreeBtn"));
+    QAccessibleInterface& tick = InterfaceOf(Button("AgreeBtn"));
     QCOMPARE(tick.role(), QAccessible::CheckBox);
     QCOMPARE(Name(tick), QStringLiteral("同意条款"));
     QVERIFY(tick.state().checkable);
     QVERIFY(!tick.state().checked);
-    QVERIFY(Told(Button("BeginBtn")).state().disabled);
+    QVERIFY(InterfaceOf(Button("BeginBtn")).state().disabled);
     Press(Button("AgreeBtn"));
     QTRY_VERIFY(tick.state().checked);
-    QVERIFY(!Told(Button("BeginBtn")).state().disabled);
+    QVERIFY(!InterfaceOf(Button("BeginBtn")).state().disabled);
     Press(Button("AgreeLabel"));
     QTRY_VERIFY(!tick.state().checked);
 }
@@ -239,9 +239,9 @@ void TestAccessibility::exitQuestionIsAnsweredByPress()
     auto* exit = Find<QPushButton>(*question, "exitBtn");
     auto* cancel = Find<QPushButton>(*question, "cancelBtn");
     for (QPushButton* button : {exit, cancel}) {
-        QCOMPARE(Told(button).role(), QAccessible::Button);
-        QCOMPARE(Name(Told(button)), button->text());
-        QVERIFY(!Told(button).state().checkable);
+        QCOMPARE(InterfaceOf(button).role(), QAccessible::Button);
+        QCOMPARE(Name(InterfaceOf(button)), button->text());
+        QVERIFY(!InterfaceOf(button).state().checkable);
     }
     Press(cancel);
     QTRY_VERIFY(!question->isVisible());
@@ -250,12 +250,12 @@ void TestAccessibility::exitQuestionIsAnsweredByPress()
     Press(exit);
     QTRY_COMPARE(quit.count(), 1);
     exit->setEnabled(false);
-    QVERIFY(Told(exit).actionInterface()->actionNames().isEmpty());
+    QVERIFY(InterfaceOf(exit).actionInterface()->actionNames().isEmpty());
 }
 
 void TestAccessibility::menuHangsBelowItsButton()
 {
-    QAccessibleInterface& button = Told(Find(*window, "menu"));
+    QAccessibleInterface& button = InterfaceOf(Find(*window, "menu"));
     QCOMPARE(button.role(), QAccessible::ButtonMenu);
     QVERIFY(button.state().hasPopup);
     QCOMPARE(button.childCount(), 1);
@@ -275,12 +275,12 @@ void TestAccessibility::menuHangsBelowItsButton()
     QTRY_VERIFY(!menu.state().invisible);
     menu.child(2)->actionInterface()->doAction(PRESS);
     QTRY_VERIFY(menu.state().invisible);
-    QVERIFY(!Told(Find(*window, "aboutPage")).state().invisible);
+    QVERIFY(!InterfaceOf(Find(*window, "aboutPage")).state().invisible);
 }
 
 void TestAccessibility::rowIsSelectedByPress()
 {
-    QAccessibleInterface& list = Told(Find(*window, "appList"));
+    QAccessibleInterface& list = InterfaceOf(Find(*window, "appList"));
     QCOMPARE(list.childCount(), 1);
     QAccessibleInterface& row = *list.child(0);
     QCOMPARE(row.role(), QAccessible::ListItem);
@@ -311,7 +311,7 @@ void TestAccessibility::documentIsReadOnlyText()
     if (qstrcmp(QTest::currentDataTag(), "NewHandFrame") == 0) {
         page->ClickNewHandBtn();
     }
-    QAccessibleInterface& view = Told(Any(QTest::currentDataTag())->findChild<SerProEdit*>());
+    QAccessibleInterface& view = InterfaceOf(Any(QTest::currentDataTag())->findChild<SerProEdit*>());
     QCOMPARE(view.role(), QAccessible::EditableText);
     QCOMPARE(Name(view), name);
     QVERIFY(view.state().readOnly);
@@ -320,7 +320,7 @@ void TestAccessibility::documentIsReadOnlyText()
 
 void TestAccessibility::nameFieldIsEnabledByThePencil()
 {
-    QAccessibleInterface& field = Told(Find(*window, "ComputerNameEdit"));
+    QAccessibleInterface& field = InterfaceOf(Find(*window, "ComputerNameEdit"));
     QVERIFY(field.state().disabled);
     Press(Find(*window, "NameEditBtn"));
     QTRY_VERIFY(!field.state().disabled);
@@ -330,7 +330,7 @@ void TestAccessibility::nameFieldIsEnabledByThePencil()
 void TestAccessibility::coversHaveNoAction()
 {
     for (const char* name : {"justCover", "justCover2"}) {
-        QAccessibleInterface& cover = Told(Find(*window, name));
+        QAccessibleInterface& cover = InterfaceOf(Find(*window, name));
         QCOMPARE(cover.role(), QAccessible::Whitespace);
         QVERIFY(cover.actionInterface()->actionNames().isEmpty());
     }
