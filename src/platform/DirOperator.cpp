@@ -54,7 +54,8 @@ bool DirOperator::IsPathLink(const std::string& path) const
 
 int DirOperator::CreateDir(const std::string& path, mode_t mode) const
 {
-    if (IsDirExist(path) || mkdir(path.c_str(), mode) == 0) {
+    // In this order: another process may create the directory at the same time.
+    if (mkdir(path.c_str(), mode) == 0 || IsDirExist(path)) {
         return ErrorCode::CommonStatus::ACTION_SUCCESS;
     }
     return DirOperStatus::CREATE_DIR_FAILED;
