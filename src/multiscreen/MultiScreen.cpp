@@ -11,7 +11,7 @@
 
 #include "config/Configure.h"
 #include "config/Constant.h"
-#include "multiscreen/WhiteGround.h"
+#include "multiscreen/WhiteBackground.h"
 #include "platform/DirOperator.h"
 #include "platform/Log.h"
 #include "platform/RandomCode.h"

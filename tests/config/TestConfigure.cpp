@@ -10,7 +10,7 @@
 #include "config/Constant.h"
 #include "support/CapturedLog.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 namespace {
 const QString INFO = QStringLiteral("INFO");

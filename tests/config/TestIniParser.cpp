@@ -14,7 +14,7 @@
 #include "config/IniParser.h"
 #include "support/EveryLine.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 using Brevora::Config::ConfigFile;
 using Brevora::Config::IniParser;

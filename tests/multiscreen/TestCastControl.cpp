@@ -13,7 +13,7 @@
 #include "shell/VeloMessageBox.h"
 #include "supervision/TandraApp.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 #include "support/Sandbox.h"
 
 namespace {

@@ -19,7 +19,7 @@
 #include "shell/VeloMessageBox.h"
 #include "shell/VeloWin.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString GREY_FRAME = QStringLiteral("background-color: rgb(249, 249, 249); border:transparent;");

@@ -8,7 +8,7 @@
 #include "SettingsFile.h"
 #include "multiscreen/MultiScreen.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 #include "support/ProgramMain.h"
 #include "support/Sandbox.h"
 

@@ -17,7 +17,7 @@
 #include "shell/VeloMessageBox.h"
 #include "support/CapturedLog.h"
 #include "support/Files.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 #include "support/Sandbox.h"
 
 namespace {

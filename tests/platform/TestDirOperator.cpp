@@ -14,7 +14,7 @@
 #include "support/Environment.h"
 #include "support/EveryLine.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 #include "support/SmallStack.h"
 
 namespace {

@@ -13,7 +13,7 @@
 #include "platform/FileOperator.h"
 #include "support/CapturedLog.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 using Brevora::FileOperator;
 

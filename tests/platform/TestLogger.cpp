@@ -22,7 +22,7 @@
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 namespace {
 bool printingFails = false;

@@ -19,7 +19,7 @@
 #include "platform/RandomCode.h"
 #include "support/CapturedLog.h"
 #include "support/Files.h"
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 using Brevora::RandomCode;
 

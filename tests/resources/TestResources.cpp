@@ -12,7 +12,7 @@
 #include <cmath>
 #include <functional>
 
-#include "support/Pictures.h"
+#include "support/ImageComparison.h"
 
 namespace {
 /// Of 255. The renderers of three releases of Debian differ by six at most, where a rounded shape ends.

@@ -10,7 +10,7 @@
 #include "shell/AboutWin.h"
 #include "shell/VeloWin.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 class TestAboutWin : public QObject
 {

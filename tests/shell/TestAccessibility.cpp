@@ -12,7 +12,7 @@
 #include "shell/SerProEdit.h"
 #include "shell/VeloMessageBox.h"
 #include "shell/VeloWin.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString PRESS = QAccessibleActionInterface::pressAction();

@@ -4,7 +4,7 @@
 #include <QTest>
 
 #include "shell/ExitWin.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 class TestExitWin : public QObject
 {

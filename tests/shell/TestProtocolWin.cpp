@@ -7,7 +7,7 @@
 #include "config/Configure.h"
 #include "shell/ProtocolWin.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString GREY_BEGIN = QStringLiteral(

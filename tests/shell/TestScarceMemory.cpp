@@ -7,7 +7,7 @@
 #include "shell/Shadow.h"
 #include "shell/VeloWin.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 constexpr int NEVER = -1;

@@ -7,7 +7,7 @@
 
 #include "shell/SerProEdit.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 /// Replaces the desktop's browser.

@@ -12,7 +12,7 @@
 #include "support/CapturedLog.h"
 #include "support/Environment.h"
 #include "support/Files.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 Q_DECLARE_METATYPE(QMargins)
 

@@ -7,7 +7,7 @@
 #include <QTimer>
 
 #include "shell/VeloMessageBox.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 #include "support/ModalActor.h"
 #include "support/ProgramMain.h"
 

@@ -17,7 +17,7 @@
 #include "shell/VeloWin.h"
 #include "supervision/AppManager.h"
 #include "support/CapturedLog.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 /// Counts the paint events of the watched widgets.

@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "support/PlainUser.h"
+#include "support/UnprivilegedUser.h"
 
 /// Mounts an empty file system of that size on /opt, and drops the capabilities that this needs.
 inline void MakeRoom(const char* bytes)

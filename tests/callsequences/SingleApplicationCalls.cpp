@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "entry/SingleApplication.h"
-#include "orders/Client.h"
-#include "orders/Orders.h"
+#include "callsequences/Client.h"
+#include "callsequences/CallSequence.h"
 #include "support/Files.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "config/IniParser.h"
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "support/Files.h"
 
 using Brevora::Config::IniParser;

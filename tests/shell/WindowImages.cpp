@@ -1,4 +1,4 @@
-#include "Portraits.h"
+#include "WindowImages.h"
 
 #include <QAbstractScrollArea>
 #include <QApplication>
@@ -18,7 +18,7 @@
 #include "shell/ProtocolWin.h"
 #include "shell/SerProEdit.h"
 #include "shell/VeloWin.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 #include "support/ModalActor.h"
 
 namespace {

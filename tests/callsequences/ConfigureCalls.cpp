@@ -5,7 +5,7 @@
 
 #include "config/Configure.h"
 #include "config/Constant.h"
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "support/Files.h"
 
 namespace {

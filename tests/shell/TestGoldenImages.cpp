@@ -6,8 +6,8 @@
 #include <QVersionNumber>
 #include <QtTest>
 
-#include "Portraits.h"
-#include "support/Pictures.h"
+#include "WindowImages.h"
+#include "support/ImageComparison.h"
 #include "support/ProgramMain.h"
 
 namespace {
@@ -67,7 +67,7 @@ void TestGoldenPictures::windowsEqualTheirGoldenImages()
     }
     QVERIFY2(different.isEmpty(),
              qPrintable(different.join(QStringLiteral("; ")) +
-                        QStringLiteral(" - if that is wanted: scripts/pictures accept")));
+                        QStringLiteral(" - if that is wanted: scripts/images accept")));
 }
 
 void TestGoldenPictures::everyGoldenImageBelongsToAWindow()
@@ -174,4 +174,4 @@ void TestGoldenPictures::comparisonAcceptsAnotherRasteriser()
 }
 
 PROGRAM_TEST_MAIN(TestGoldenPictures)
-#include "TestGoldenPictures.moc"
+#include "TestGoldenImages.moc"

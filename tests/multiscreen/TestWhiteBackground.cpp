@@ -3,7 +3,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "multiscreen/WhiteGround.h"
+#include "multiscreen/WhiteBackground.h"
 
 namespace {
 constexpr QRect PLACE(20, 30, 61, 40);
@@ -162,4 +162,4 @@ void TestWhiteGround::widgetHasTheAppearanceOfItsStyle()
 }
 
 QTEST_MAIN(TestWhiteGround)
-#include "TestWhiteGround.moc"
+#include "TestWhiteBackground.moc"

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "orders/Children.h"
-#include "orders/Client.h"
-#include "orders/Orders.h"
+#include "callsequences/Children.h"
+#include "callsequences/Client.h"
+#include "callsequences/CallSequence.h"
 #include "supervision/AppManager.h"
 #include "supervision/TandraApp.h"
 

@@ -1,4 +1,4 @@
-#include "PhonePicture.h"
+#include "PhoneImage.h"
 
 #include <QLinearGradient>
 #include <QPainter>

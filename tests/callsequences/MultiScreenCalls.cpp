@@ -10,9 +10,9 @@
 
 #include "config/Constant.h"
 #include "multiscreen/MultiScreen.h"
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "support/Files.h"
-#include "support/Looks.h"
+#include "support/Widgets.h"
 
 namespace {
 using StrConstant = Constant<Velodesk::StrConstName, std::string>;

@@ -1,4 +1,4 @@
-#include "multiscreen/WhiteGround.h"
+#include "multiscreen/WhiteBackground.h"
 
 #include <QEvent>
 #include <QPainter>

@@ -4,7 +4,7 @@
 //   portraits --golden DIR   updates the golden images in DIR: replaces those that the tests
 //                            reject, and removes those that belong to no window
 //
-// Needs a display and a scratch home; scripts/pictures provides both.
+// Needs a display and a scratch home; scripts/images provides both.
 
 #include <QApplication>
 #include <QDir>
@@ -12,10 +12,10 @@
 #include <QTextStream>
 #include <cstdio>
 
-#include "Portraits.h"
+#include "WindowImages.h"
 #include "entry/StartEnvironment.h"
 #include "shell/Typeface.h"
-#include "support/Pictures.h"
+#include "support/ImageComparison.h"
 
 namespace {
 constexpr int OFTEN_ENOUGH = 9;

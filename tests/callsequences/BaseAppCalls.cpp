@@ -3,8 +3,8 @@
 #include <QTemporaryDir>
 #include <algorithm>
 
-#include "orders/Children.h"
-#include "orders/Orders.h"
+#include "callsequences/Children.h"
+#include "callsequences/CallSequence.h"
 #include "supervision/BaseApp.h"
 
 namespace {

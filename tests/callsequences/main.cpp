@@ -13,7 +13,7 @@
 #include <iterator>
 
 #include "entry/SingleApplication.h"
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "platform/Logger.h"
 #include "support/Sandbox.h"
 

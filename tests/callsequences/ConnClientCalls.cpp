@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <thread>
 
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "statuschannel/ConnClient.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "orders/Orders.h"
+#include "callsequences/CallSequence.h"
 #include "platform/Logger.h"
 #include "support/Files.h"
 

@@ -5,8 +5,8 @@
 #include <QTemporaryDir>
 #include <vector>
 
-#include "orders/Client.h"
-#include "orders/Orders.h"
+#include "callsequences/Client.h"
+#include "callsequences/CallSequence.h"
 #include "statuschannel/ConnServer.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "support/Pictures.h"
+#include "support/ImageComparison.h"
 
 #include <algorithm>
 #include <array>
