@@ -5,9 +5,9 @@
 mapfile -t PACKAGES_BUILD < <(printf '%s\n' g++ ccache &&
     sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\1/p' debian/control | grep -v '^debhelper')
 # Needed to run the assistant: the stand-ins' sandbox and buses, and the fonts and commands that it uses.
-PACKAGES_WALK=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
+PACKAGES_TOUR=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
-PACKAGES_TEST=("${PACKAGES_WALK[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
+PACKAGES_TEST=("${PACKAGES_TOUR[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
     optipng python3 at-spi2-core)
 
 # Window managers, a Wayland session, two monitors and locales, for ./test --deep.
@@ -113,21 +113,21 @@ build() {
     elif configured "$configuration" BUILD_TESTING:BOOL=OFF &&
         ! grep -q BUILD_TESTING "cmake/configurations/$configuration.cmake"; then
         # ./run has configured it without the tests.
-        configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_WALK=ON || return
+        configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_TOUR=ON || return
     fi
     say "building $configuration"
     cmake --build "build/$configuration" "$@"
 }
 
 # Builds only what ./run needs.
-build_walk() {
+build_tour() {
     if [ ! -f build/release/build.ninja ]; then
-        configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_WALK=ON || return
-    elif configured release VELODESK_BUILD_WALK:BOOL=OFF; then
-        configure release -DVELODESK_BUILD_WALK=ON || return
+        configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_TOUR=ON || return
+    elif configured release VELODESK_BUILD_TOUR:BOOL=OFF; then
+        configure release -DVELODESK_BUILD_TOUR=ON || return
     fi
     say "building the assistant, its stand-ins and what walks through it"
-    cmake --build build/release --target Velodesk standin-daemon standin-engine road
+    cmake --build build/release --target Velodesk standin-daemon standin-engine tour
 }
 
 # Runs the tests of a configuration in parallel. Arguments go to CTest.

@@ -113,7 +113,7 @@ MultiScreen::MultiScreen(QWidget* parent)
     // A report changes these three; they are painted without the layers of the card below them.
     for (QWidget* changed : {static_cast<QWidget*>(ui->StatusFrame), static_cast<QWidget*>(ui->PreScreenBtn),
                              static_cast<QWidget*>(ui->ScreenLabel)}) {
-        new WhiteGround(changed, this);
+        new WhiteBackground(changed, this);
     }
     fontFamily = QStringLiteral("Noto Sans CJK SC");
     for (QPushButton* button :

@@ -30,13 +30,13 @@ QPixmap StyledBackground(const QWidget& widget)
 }
 } // namespace
 
-WhiteGround::WhiteGround(QWidget* target, const QWidget* page)
+WhiteBackground::WhiteBackground(QWidget* target, const QWidget* page)
     : QObject(target), widget(target), whitePage(page)
 {
     widget->installEventFilter(this);
 }
 
-bool WhiteGround::eventFilter(QObject* watched, QEvent* event)
+bool WhiteBackground::eventFilter(QObject* watched, QEvent* event)
 {
     const bool isWhite = !whitePage->isWindow();
     if (event->type() == QEvent::StyleChange || event->type() == QEvent::Show) {

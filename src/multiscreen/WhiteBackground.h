@@ -9,11 +9,11 @@ class QWidget;
 /// The page is white there, so the pixels are the same, but Qt paints no layer of the card below an opaque
 /// widget: a change of the widget takes a third of the time. A page that is a window by itself is left as it
 /// is, because it has the window's colour. Interface thread only.
-class WhiteGround : public QObject
+class WhiteBackground : public QObject
 {
 public:
     /// `target` lies directly on `page`, and owns this object. Both outlive it.
-    WhiteGround(QWidget* target, const QWidget* page);
+    WhiteBackground(QWidget* target, const QWidget* page);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

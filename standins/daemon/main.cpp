@@ -1,12 +1,12 @@
 // Stand-in for the privileged daemon. Owns the daemon's name on the bus, starts the assistant as the daemon
-// does, and ends when it is told to exit. It never runs the commands that it receives.
+// does, and ends when it receives the exit request. It never runs the commands that it receives.
 //
 //   standin-daemon [--events FILE] [--misbehave HOW] [-- ASSISTANT [ARGUMENT...]]
 //
 // ASSISTANT is started with argv[0] "Velodesk" and, if there is no ARGUMENT, with this process's id. Without
 // ASSISTANT only the bus is served. Each line of FILE is an event: nanoseconds of the monotonic clock, and
 // what happened. HOW: silent (never answers), wrong-type (answers a number), other-process (a child process
-// answers). Exit status: 0 told to exit, 1 not told, 2 could not serve.
+// answers). Exit status: 0 after an exit request, 1 without one, 2 if the bus cannot be served.
 
 #include <cerrno>
 #include <csignal>
@@ -30,13 +30,13 @@ constexpr char EXIT_COMMAND[] = "velodeskd --exit";
 /// The caller asks the bus for our process id after our answer, and rejects the answer if we have ended by
 /// then.
 constexpr uint64_t LINGER_US = 300000;
-/// How long the assistant may take to end after we were told to exit.
+/// How long the assistant may take to end after the exit request.
 constexpr uint64_t ASSISTANT_END_US = 20000000;
 
 enum ExitStatus
 {
-    TOLD = 0,
-    NOT_TOLD = 1,
+    REQUESTED = 0,
+    NOT_REQUESTED = 1,
     FAILED = 2
 };
 enum class Misbehaviour
@@ -53,7 +53,7 @@ struct Daemon
     sd_bus* bus = nullptr;
     FILE* events = stdout;
     Misbehaviour misbehaviour = Misbehaviour::NONE;
-    bool told = false;
+    bool exitRequested = false;
     bool lingered = false;
     pid_t assistant = 0;
 };
@@ -69,8 +69,8 @@ void Note(const Daemon& daemon, const std::string& what)
 
 void EndIfDone(const Daemon& daemon)
 {
-    if (daemon.assistant == 0 && (!daemon.told || daemon.lingered)) {
-        sd_event_exit(daemon.loop, daemon.told ? TOLD : NOT_TOLD);
+    if (daemon.assistant == 0 && (!daemon.exitRequested || daemon.lingered)) {
+        sd_event_exit(daemon.loop, daemon.exitRequested ? REQUESTED : NOT_REQUESTED);
     }
 }
 
@@ -105,7 +105,7 @@ int OnTerminate(sd_event_source*, const signalfd_siginfo*, void* userdata)
     if (daemon.assistant != 0) {
         kill(daemon.assistant, SIGKILL);
     }
-    return sd_event_exit(daemon.loop, daemon.told ? TOLD : NOT_TOLD);
+    return sd_event_exit(daemon.loop, daemon.exitRequested ? REQUESTED : NOT_REQUESTED);
 }
 
 int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
@@ -121,8 +121,8 @@ int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
         return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_ACCESS_DENIED, "only %s is answered",
                                           EXIT_COMMAND);
     }
-    Note(daemon, "told to exit");
-    daemon.told = true;
+    Note(daemon, "exit requested");
+    daemon.exitRequested = true;
     sd_event_add_time_relative(daemon.loop, nullptr, CLOCK_MONOTONIC, LINGER_US, 0, OnLingered, &daemon);
     sd_event_add_time_relative(daemon.loop, nullptr, CLOCK_MONOTONIC, ASSISTANT_END_US, 0, OnOverdue,
                                &daemon);

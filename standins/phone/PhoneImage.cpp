@@ -17,9 +17,9 @@ constexpr qreal BODY_RADIUS = 12;
 constexpr qreal SCREEN_RADIUS = 4;
 } // namespace
 
-PhonePicture::PhonePicture(QWidget* parent) : QWidget(parent) {}
+PhoneImage::PhoneImage(QWidget* parent) : QWidget(parent) {}
 
-void PhonePicture::paintEvent(QPaintEvent*)
+void PhoneImage::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -3,10 +3,10 @@
 #include <QWidget>
 
 /// Draws a phone of the widget's height.
-class PhonePicture : public QWidget
+class PhoneImage : public QWidget
 {
 public:
-    explicit PhonePicture(QWidget* parent = nullptr);
+    explicit PhoneImage(QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
+#include "callsequences/CallSequence.h"
 #include "callsequences/Children.h"
 #include "callsequences/Client.h"
-#include "callsequences/CallSequence.h"
 #include "supervision/AppManager.h"
 #include "supervision/TandraApp.h"
 
@@ -23,24 +23,24 @@ public:
     static auto Name() { return &OpenApp::name; }
 };
 
-class AppManagerOrders : public Orders
+class AppManagerCalls : public CallSequence
 {
 public:
-    explicit AppManagerOrders(quint32 seed);
+    explicit AppManagerCalls(quint32 seed);
 
     void Step() override;
     void End() override;
 
 private:
-    /// What the manager has to tell, and what it has told.
-    struct Told
+    /// Counts of the manager's signals: the expected ones and the emitted ones.
+    struct Emitted
     {
         int started = 0;
         int finished = 0;
         int errors = 0;
         int events = 0;
 
-        bool operator==(const Told& other) const
+        bool operator==(const Emitted& other) const
         {
             return started == other.started && finished == other.finished && errors == other.errors &&
                    events == other.events;
@@ -56,8 +56,8 @@ private:
     std::vector<std::shared_ptr<QProcess>>& Processes() { return app.*OpenApp::Processes(); }
 
     BaseApp& app{*Singleton<TandraApp>::GetInstance()};
-    Told expected;
-    Told told;
+    Emitted expected;
+    Emitted emitted;
     bool known = true;
     bool wired = true;
     std::unique_ptr<AppManager> manager;
@@ -65,15 +65,15 @@ private:
     int descriptors = 0;
 };
 
-AppManagerOrders::AppManagerOrders(quint32 seed) : Orders(seed)
+AppManagerCalls::AppManagerCalls(quint32 seed) : CallSequence(seed)
 {
     // In front of the manager's own wiring: what is counted here has to come out there next.
     QObject::connect(&app, &BaseApp::AppStarted, &app, [this] {
-        MUST_HOLD(app.*OpenApp::Count() == 1);
+        REQUIRE(app.*OpenApp::Count() == 1);
         expected.started += Reaches() ? 1 : 0;
     });
     QObject::connect(&app, &BaseApp::AppFinished, &app, [this] {
-        MUST_HOLD(app.*OpenApp::Count() == 0);
+        REQUIRE(app.*OpenApp::Count() == 0);
         expected.finished += Reaches() ? 1 : 0;
     });
     QObject::connect(&app, &BaseApp::AppError, &app, [this] { expected.errors += Reaches() ? 1 : 0; });
@@ -89,36 +89,36 @@ AppManagerOrders::AppManagerOrders(quint32 seed) : Orders(seed)
     descriptors = OpenDescriptors();
 }
 
-void AppManagerOrders::Watch()
+void AppManagerCalls::Watch()
 {
     QObject::connect(manager.get(), &AppManager::AppStarted, &app, [this](AppManager::AppType type) {
-        MUST_HOLD(type == AppManager::TANDRA_APP);
-        ++told.started;
+        REQUIRE(type == AppManager::TANDRA_APP);
+        ++emitted.started;
         StepInside();
     });
     QObject::connect(manager.get(), &AppManager::AppFinished, &app, [this](AppManager::AppType type, int) {
-        MUST_HOLD(type == AppManager::TANDRA_APP);
-        ++told.finished;
+        REQUIRE(type == AppManager::TANDRA_APP);
+        ++emitted.finished;
         StepInside();
     });
     QObject::connect(manager.get(), &AppManager::AppError, &app, [this] {
-        ++told.errors;
+        ++emitted.errors;
         StepInside();
     });
     QObject::connect(manager.get(), &AppManager::AppEvent, &app, [this] {
-        ++told.events;
+        ++emitted.events;
         StepInside();
     });
 }
 
-void AppManagerOrders::ChooseChild()
+void AppManagerCalls::ChooseChild()
 {
     const Children::Child child = Any(Children::All());
     app.*OpenApp::Program() = child.program;
     app.*OpenApp::Arguments() = child.arguments;
 }
 
-void AppManagerOrders::Report()
+void AppManagerCalls::Report()
 {
     if (clients.empty() || OneIn(4)) {
         clients.push_back(std::make_unique<Client>(QString::fromStdString(app.*OpenApp::Name())));
@@ -131,14 +131,14 @@ void AppManagerOrders::Report()
     }
 }
 
-void AppManagerOrders::Ask()
+void AppManagerCalls::Ask()
 {
     const BaseApp stranger("stranger");
-    MUST_HOLD(manager->GetTypeFromApp(app) == (known ? AppManager::TANDRA_APP : AppManager::APP_TYPE_END));
-    MUST_HOLD(manager->GetTypeFromApp(stranger) == AppManager::APP_TYPE_END);
+    REQUIRE(manager->GetTypeFromApp(app) == (known ? AppManager::TANDRA_APP : AppManager::APP_TYPE_END));
+    REQUIRE(manager->GetTypeFromApp(stranger) == AppManager::APP_TYPE_END);
 }
 
-void AppManagerOrders::Rewire()
+void AppManagerCalls::Rewire()
 {
     switch (Pick(4)) {
     case 0:
@@ -161,7 +161,7 @@ void AppManagerOrders::Rewire()
     }
 }
 
-void AppManagerOrders::Step()
+void AppManagerCalls::Step()
 {
     const auto comeBack = [this] {
         wired = wired || !known;
@@ -216,28 +216,28 @@ void AppManagerOrders::Step()
         Spin(Pick(40));
         break;
     }
-    MUST_HOLD(told == expected);
-    MUST_HOLD(app.*OpenApp::Count() >= 0);
+    REQUIRE(emitted == expected);
+    REQUIRE(app.*OpenApp::Count() >= 0);
 }
 
-void AppManagerOrders::End()
+void AppManagerCalls::End()
 {
     StayOutside();
     manager->DeleteAll();
     manager->StopAll();
-    MUST_HOLD(SpinUntil([this] {
+    REQUIRE(SpinUntil([this] {
         return std::all_of(Processes().begin(), Processes().end(),
                            [](const auto& process) { return process->state() == QProcess::NotRunning; });
     }));
     clients.clear();
     Spin(100);
     manager->StopAll();
-    MUST_HOLD(SpinUntil([this] { return OpenDescriptors() <= descriptors + SPARE_DESCRIPTORS; }));
+    REQUIRE(SpinUntil([this] { return OpenDescriptors() <= descriptors + SPARE_DESCRIPTORS; }));
     manager.reset();
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeAppManagerOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeAppManagerCalls(quint32 seed)
 {
-    return std::make_unique<AppManagerOrders>(seed);
+    return std::make_unique<AppManagerCalls>(seed);
 }

@@ -3,8 +3,8 @@
 #include <QTemporaryDir>
 #include <algorithm>
 
-#include "callsequences/Children.h"
 #include "callsequences/CallSequence.h"
+#include "callsequences/Children.h"
 #include "supervision/BaseApp.h"
 
 namespace {
@@ -20,10 +20,10 @@ public:
     using BaseApp::program;
 };
 
-class BaseAppOrders : public Orders
+class BaseAppCalls : public CallSequence
 {
 public:
-    explicit BaseAppOrders(quint32 seed) : Orders(seed) { Make(); }
+    explicit BaseAppCalls(quint32 seed) : CallSequence(seed) { Make(); }
 
     void Step() override;
     void End() override;
@@ -39,7 +39,7 @@ private:
     int inside = 0;
 };
 
-void BaseAppOrders::Make()
+void BaseAppCalls::Make()
 {
     app.reset();
     app = std::make_unique<OpenApp>(directory.filePath(QStringLiteral("ipc")).toStdString());
@@ -53,18 +53,18 @@ void BaseAppOrders::Make()
         --inside;
     };
     QObject::connect(app.get(), &BaseApp::AppStarted, app.get(), [this, step] {
-        MUST_HOLD(app == nullptr || app->count == 1);
+        REQUIRE(app == nullptr || app->count == 1);
         step();
     });
     QObject::connect(app.get(), &BaseApp::AppFinished, app.get(), [this, step] {
-        MUST_HOLD(app == nullptr || app->count == 0);
+        REQUIRE(app == nullptr || app->count == 0);
         step();
     });
     QObject::connect(app.get(), &BaseApp::AppError, app.get(), step);
     QObject::connect(app.get(), &BaseApp::AppEventInited, app.get(), step);
 }
 
-void BaseAppOrders::Clear()
+void BaseAppCalls::Clear()
 {
     std::vector<QProcess*> running;
     for (const auto& process : app->processVector) {
@@ -77,10 +77,10 @@ void BaseAppOrders::Clear()
     for (const auto& process : app->processVector) {
         left.push_back(process.get());
     }
-    MUST_HOLD(left == running);
+    REQUIRE(left == running);
 }
 
-void BaseAppOrders::Start()
+void BaseAppCalls::Start()
 {
     const Children::Child child = Any(Children::All());
     app->program = child.program;
@@ -88,7 +88,7 @@ void BaseAppOrders::Start()
     app->Start();
 }
 
-void BaseAppOrders::CallASlot()
+void BaseAppCalls::CallASlot()
 {
     switch (Pick(4)) {
     case 0:
@@ -106,7 +106,7 @@ void BaseAppOrders::CallASlot()
     }
 }
 
-void BaseAppOrders::Step()
+void BaseAppCalls::Step()
 {
     if (app->processVector.size() >= MOST_CHILDREN) {
         app->Stop(OneIn(2));
@@ -137,25 +137,25 @@ void BaseAppOrders::Step()
         Spin(Pick(30));
         break;
     }
-    MUST_HOLD(app->count >= 0);
+    REQUIRE(app->count >= 0);
 }
 
-void BaseAppOrders::End()
+void BaseAppCalls::End()
 {
     StayOutside();
     app->Stop(true);
     const OpenApp& last = *app;
-    MUST_HOLD(SpinUntil([&last] {
+    REQUIRE(SpinUntil([&last] {
         return std::all_of(last.processVector.begin(), last.processVector.end(),
                            [](const auto& process) { return process->state() == QProcess::NotRunning; });
     }));
     app->ClearVector();
-    MUST_HOLD(app->processVector.empty());
+    REQUIRE(app->processVector.empty());
     app.reset();
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeBaseAppOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeBaseAppCalls(quint32 seed)
 {
-    return std::make_unique<BaseAppOrders>(seed);
+    return std::make_unique<BaseAppCalls>(seed);
 }

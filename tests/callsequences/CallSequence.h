@@ -7,22 +7,22 @@
 #include <memory>
 
 /// Ends the run with what did not hold; main() adds which run it was.
-#define MUST_HOLD(condition)                                                                                 \
+#define REQUIRE(condition)                                                                                   \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \
-            Orders::Fail(__FILE__, __LINE__, #condition);                                                    \
+            CallSequence::Fail(__FILE__, __LINE__, #condition);                                              \
         }                                                                                                    \
     } while (false)
 
 /// The public operations of one class, called in a random order, from outside and from within its own
 /// signals, and held against a small model of what they promise.
-class Orders
+class CallSequence
 {
 public:
-    explicit Orders(quint32 seed) : random(seed) {}
-    virtual ~Orders() = default;
-    Orders(const Orders&) = delete;
-    Orders& operator=(const Orders&) = delete;
+    explicit CallSequence(quint32 seed) : random(seed) {}
+    virtual ~CallSequence() = default;
+    CallSequence(const CallSequence&) = delete;
+    CallSequence& operator=(const CallSequence&) = delete;
 
     /// One operation, with what must hold after it.
     virtual void Step() = 0;
@@ -77,12 +77,12 @@ private:
 /// Open descriptors of this process.
 int OpenDescriptors();
 
-std::unique_ptr<Orders> MakeAppManagerOrders(quint32 seed);
-std::unique_ptr<Orders> MakeBaseAppOrders(quint32 seed);
-std::unique_ptr<Orders> MakeConnServerOrders(quint32 seed);
-std::unique_ptr<Orders> MakeConnClientOrders(quint32 seed);
-std::unique_ptr<Orders> MakeIniParserOrders(quint32 seed);
-std::unique_ptr<Orders> MakeConfigureOrders(quint32 seed);
-std::unique_ptr<Orders> MakeLoggerOrders(quint32 seed);
-std::unique_ptr<Orders> MakeSingleApplicationOrders(quint32 seed);
-std::unique_ptr<Orders> MakeMultiScreenOrders(quint32 seed);
+std::unique_ptr<CallSequence> MakeAppManagerCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeBaseAppCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeConnServerCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeConnClientCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeIniParserCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeConfigureCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeLoggerCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeSingleApplicationCalls(quint32 seed);
+std::unique_ptr<CallSequence> MakeMultiScreenCalls(quint32 seed);

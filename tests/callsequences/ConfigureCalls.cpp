@@ -3,16 +3,16 @@
 #include <QFile>
 #include <sys/stat.h>
 
+#include "callsequences/CallSequence.h"
 #include "config/Configure.h"
 #include "config/Constant.h"
-#include "callsequences/CallSequence.h"
 #include "support/Files.h"
 
 namespace {
-class ConfigureOrders : public Orders
+class ConfigureCalls : public CallSequence
 {
 public:
-    explicit ConfigureOrders(quint32 seed) : Orders(seed) {}
+    explicit ConfigureCalls(quint32 seed) : CallSequence(seed) {}
 
     void Step() override;
 
@@ -41,7 +41,7 @@ private:
     Model model;
 };
 
-void ConfigureOrders::ReplaceFile()
+void ConfigureCalls::ReplaceFile()
 {
     model = Model();
     switch (Pick(4)) {
@@ -66,7 +66,7 @@ void ConfigureOrders::ReplaceFile()
     }
 }
 
-void ConfigureOrders::Set()
+void ConfigureCalls::Set()
 {
     const std::string text = OneIn(5) ? std::string() : AnyText();
     switch (Pick(4)) {
@@ -89,15 +89,15 @@ void ConfigureOrders::Set()
     }
 }
 
-void ConfigureOrders::Compare()
+void ConfigureCalls::Compare()
 {
-    MUST_HOLD(configure.GetPCDeviceName() == model.name);
-    MUST_HOLD(configure.GetSavePath() == model.folder);
-    MUST_HOLD(configure.IsStatementRead() == model.accepted);
-    MUST_HOLD(configure.GetTrustDeviceNum() == model.trusted);
+    REQUIRE(configure.GetPCDeviceName() == model.name);
+    REQUIRE(configure.GetSavePath() == model.folder);
+    REQUIRE(configure.IsStatementRead() == model.accepted);
+    REQUIRE(configure.GetTrustDeviceNum() == model.trusted);
 }
 
-void ConfigureOrders::Step()
+void ConfigureCalls::Step()
 {
     switch (Pick(6)) {
     case 0:
@@ -108,7 +108,7 @@ void ConfigureOrders::Step()
         const bool isMissing = !QFile::exists(path);
         configure.Init();
         readable = readable || isMissing;
-        MUST_HOLD(ModeOf(path) == 0600U);
+        REQUIRE(ModeOf(path) == 0600U);
         break;
     }
     default:
@@ -119,7 +119,7 @@ void ConfigureOrders::Step()
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeConfigureOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeConfigureCalls(quint32 seed)
 {
-    return std::make_unique<ConfigureOrders>(seed);
+    return std::make_unique<ConfigureCalls>(seed);
 }

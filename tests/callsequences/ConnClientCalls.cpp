@@ -9,10 +9,10 @@
 #include "statuschannel/ConnClient.h"
 
 namespace {
-class ConnClientOrders : public Orders
+class ConnClientCalls : public CallSequence
 {
 public:
-    explicit ConnClientOrders(quint32 seed) : Orders(seed)
+    explicit ConnClientCalls(quint32 seed) : CallSequence(seed)
     {
         Listen();
         Make();
@@ -36,19 +36,19 @@ private:
     int connections = 0;
 };
 
-void ConnClientOrders::Make()
+void ConnClientCalls::Make()
 {
     client = std::make_unique<ConnClient>(path.toStdString());
     connections = 0;
     QObject::connect(client.get(), &ConnClient::SendStatusSig, client.get(), [this] { StepInside(); });
 }
 
-void ConnClientOrders::Listen()
+void ConnClientCalls::Listen()
 {
     server.reset();
     QLocalServer::removeServer(path);
     server = std::make_unique<QLocalServer>();
-    MUST_HOLD(server->listen(path));
+    REQUIRE(server->listen(path));
     QObject::connect(server.get(), &QLocalServer::newConnection, server.get(), [this] {
         QLocalSocket* socket = server->nextPendingConnection();
         QObject::connect(socket, &QIODevice::readyRead, server.get(), [this, socket] { Read(socket); });
@@ -56,7 +56,7 @@ void ConnClientOrders::Listen()
     });
 }
 
-void ConnClientOrders::Read(QLocalSocket* socket)
+void ConnClientCalls::Read(QLocalSocket* socket)
 {
     QByteArray bytes = socket->readAll();
     arrived = bytes;
@@ -64,10 +64,10 @@ void ConnClientOrders::Read(QLocalSocket* socket)
         bytes.replace(message, "");
     }
     // A message is small enough never to be torn on the way.
-    MUST_HOLD(bytes.isEmpty());
+    REQUIRE(bytes.isEmpty());
 }
 
-void ConnClientOrders::SetState()
+void ConnClientCalls::SetState()
 {
     switch (Pick(3)) {
     case 0:
@@ -82,15 +82,15 @@ void ConnClientOrders::SetState()
     }
 }
 
-void ConnClientOrders::Send()
+void ConnClientCalls::Send()
 {
     const int result = client->SendAppStatus(R"({"status":"run"})");
-    MUST_HOLD(result == 0 || server == nullptr || !server->isListening() || result == -1);
+    REQUIRE(result == 0 || server == nullptr || !server->isListening() || result == -1);
     client->SendStatusOnce(static_cast<char>(Pick(256)));
     client->SendCurStatus();
 }
 
-void ConnClientOrders::Step()
+void ConnClientCalls::Step()
 {
     constexpr int MOST_CONNECTIONS = 3;
     switch (Pick(10)) {
@@ -99,7 +99,7 @@ void ConnClientOrders::Step()
         if (connections < MOST_CONNECTIONS) {
             ++connections;
             const int result = client->ConnToServer();
-            MUST_HOLD(result == 0 || result == -1);
+            REQUIRE(result == 0 || result == -1);
         }
         break;
     case 1:
@@ -134,7 +134,7 @@ void ConnClientOrders::Step()
     }
 }
 
-void ConnClientOrders::End()
+void ConnClientCalls::End()
 {
     StayOutside();
     if (server == nullptr) {
@@ -142,13 +142,13 @@ void ConnClientOrders::End()
     }
     Make();
     arrived.clear();
-    MUST_HOLD(client->ConnToServer() == 0);
+    REQUIRE(client->ConnToServer() == 0);
     client->AppStop();
-    MUST_HOLD(SpinUntil([this] { return arrived == R"({"status":"stop"})"; }));
+    REQUIRE(SpinUntil([this] { return arrived == R"({"status":"stop"})"; }));
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeConnClientOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeConnClientCalls(quint32 seed)
 {
-    return std::make_unique<ConnClientOrders>(seed);
+    return std::make_unique<ConnClientCalls>(seed);
 }

@@ -5,20 +5,20 @@
 #include <QTemporaryDir>
 #include <vector>
 
-#include "callsequences/Client.h"
 #include "callsequences/CallSequence.h"
+#include "callsequences/Client.h"
 #include "statuschannel/ConnServer.h"
 
 namespace {
-class ConnServerOrders : public Orders
+class ConnServerCalls : public CallSequence
 {
 public:
-    explicit ConnServerOrders(quint32 seed) : Orders(seed)
+    explicit ConnServerCalls(quint32 seed) : CallSequence(seed)
     {
         QObject::connect(&server, &ConnServer::AppInited, &server, [this] { Hear("init"); });
         QObject::connect(&server, &ConnServer::AppRunning, &server, [this] { Hear("run"); });
         QObject::connect(&server, &ConnServer::AppStoped, &server, [this] { Hear("stop"); });
-        MUST_HOLD(server.ServerStart() == 0);
+        REQUIRE(server.ServerStart() == 0);
     }
 
     void Step() override;
@@ -28,7 +28,7 @@ private:
     void Hear(const char* word)
     {
         // Never the same word twice in a row.
-        MUST_HOLD(heard != QLatin1String(word));
+        REQUIRE(heard != QLatin1String(word));
         heard = QLatin1String(word);
         StepInside();
     }
@@ -42,7 +42,7 @@ private:
     std::vector<std::unique_ptr<Client>> clients;
 };
 
-QByteArray ConnServerOrders::AnyMessage()
+QByteArray ConnServerCalls::AnyMessage()
 {
     static const QList<QByteArray> MESSAGES{R"({"status":"init"})",
                                             R"({"status":"run"})",
@@ -60,16 +60,16 @@ QByteArray ConnServerOrders::AnyMessage()
     return OneIn(8) ? AnyBytes(40) : OneIn(8) ? message.left(Pick(message.size())) : message;
 }
 
-void ConnServerOrders::Parse()
+void ConnServerCalls::Parse()
 {
     const QByteArray message = AnyMessage();
     QJsonParseError error{};
     const QJsonValue value = QJsonDocument::fromJson(message, &error).object().value(QLatin1String("status"));
     const bool isMessage = error.error == QJsonParseError::NoError && value.isString();
-    MUST_HOLD(server.ParseMsg(message) == (isMessage ? 0 : -1));
+    REQUIRE(server.ParseMsg(message) == (isMessage ? 0 : -1));
 }
 
-void ConnServerOrders::Step()
+void ConnServerCalls::Step()
 {
     constexpr std::size_t MOST_CLIENTS = 20;
     switch (Pick(9)) {
@@ -92,7 +92,7 @@ void ConnServerOrders::Step()
         Parse();
         break;
     case 6:
-        MUST_HOLD(server.RecvMsg() == -1);
+        REQUIRE(server.RecvMsg() == -1);
         server.RemoveConn();
         break;
     case 7:
@@ -111,7 +111,7 @@ void ConnServerOrders::Step()
     }
 }
 
-void ConnServerOrders::End()
+void ConnServerCalls::End()
 {
     StayOutside();
     clients.clear();
@@ -121,11 +121,11 @@ void ConnServerOrders::End()
     const bool running = heard == QLatin1String("run");
     last.Send(running ? R"({"status":"stop"})" : R"({"status":"run"})");
     const QString wanted = running ? QStringLiteral("stop") : QStringLiteral("run");
-    MUST_HOLD(SpinUntil([this, wanted] { return heard == wanted; }));
+    REQUIRE(SpinUntil([this, wanted] { return heard == wanted; }));
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeConnServerOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeConnServerCalls(quint32 seed)
 {
-    return std::make_unique<ConnServerOrders>(seed);
+    return std::make_unique<ConnServerCalls>(seed);
 }

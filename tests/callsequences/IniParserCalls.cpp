@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "config/IniParser.h"
 #include "callsequences/CallSequence.h"
+#include "config/IniParser.h"
 #include "support/Files.h"
 
 using Brevora::Config::IniParser;
@@ -16,10 +16,10 @@ using Brevora::Config::IniParser;
 namespace {
 using Sections = QMap<QByteArray, QMap<QByteArray, QByteArray>>;
 
-class IniParserOrders : public Orders
+class IniParserCalls : public CallSequence
 {
 public:
-    explicit IniParserOrders(quint32 seed) : Orders(seed) {}
+    explicit IniParserCalls(quint32 seed) : CallSequence(seed) {}
 
     void Step() override;
 
@@ -54,7 +54,7 @@ private:
     QMap<QString, Model> models;
 };
 
-void IniParserOrders::ReplaceFile(const QString& path, Model& model)
+void IniParserCalls::ReplaceFile(const QString& path, Model& model)
 {
     switch (Pick(4)) {
     case 0:
@@ -76,7 +76,7 @@ void IniParserOrders::ReplaceFile(const QString& path, Model& model)
     }
 }
 
-void IniParserOrders::Set(const std::string& path, Model& model)
+void IniParserCalls::Set(const std::string& path, Model& model)
 {
     const QByteArray section = Word();
     const QByteArray key = Word();
@@ -109,32 +109,31 @@ void IniParserOrders::Set(const std::string& path, Model& model)
     }
 }
 
-void IniParserOrders::Get(const std::string& path, Model& model)
+void IniParserCalls::Get(const std::string& path, Model& model)
 {
     const QByteArray section = Word();
     const QByteArray key = Word();
     const bool loads = Load(model);
     const QByteArray value =
         loads && !section.isEmpty() ? model.entry->value(section).value(key) : QByteArray();
-    MUST_HOLD(parser.GetKeyValueString(path, section.toStdString(), key.toStdString()) ==
-              value.toStdString());
-    MUST_HOLD(parser.GetKeyValueBool(path, section.toStdString(), key.toStdString()) == (value == "true"));
+    REQUIRE(parser.GetKeyValueString(path, section.toStdString(), key.toStdString()) == value.toStdString());
+    REQUIRE(parser.GetKeyValueBool(path, section.toStdString(), key.toStdString()) == (value == "true"));
     if (loads && !key.isEmpty() && model.entry->contains(section)) {
         // Asking leaves an empty value behind, which a save would write.
         (*model.entry)[section][key];
     }
     bool isNumber = false;
     const int number = value.toInt(&isNumber);
-    MUST_HOLD(parser.GetKeyValueInt(path, section.toStdString(), key.toStdString()) == (value.isEmpty() ? -1
-                                                                                        : isNumber ? number
-                                                                                                   : 0));
+    REQUIRE(parser.GetKeyValueInt(path, section.toStdString(), key.toStdString()) == (value.isEmpty() ? -1
+                                                                                      : isNumber      ? number
+                                                                                                      : 0));
 }
 
-void IniParserOrders::Save(const std::string& path, Model& model)
+void IniParserCalls::Save(const std::string& path, Model& model)
 {
     const bool hasContent = model.entry && !model.entry->isEmpty();
     if (OneIn(4)) {
-        MUST_HOLD(parser.SaveAll() == 0);
+        REQUIRE(parser.SaveAll() == 0);
         for (Model& each : models) {
             if (each.entry && !each.entry->isEmpty()) {
                 each.file = each.entry;
@@ -142,16 +141,16 @@ void IniParserOrders::Save(const std::string& path, Model& model)
         }
         return;
     }
-    MUST_HOLD(parser.Save(path) == (hasContent ? 0 : -1));
+    REQUIRE(parser.Save(path) == (hasContent ? 0 : -1));
     if (hasContent) {
         model.file = model.entry;
     }
 }
 
-void IniParserOrders::Compare(const std::string& path, Model& model)
+void IniParserCalls::Compare(const std::string& path, Model& model)
 {
     const auto config = parser.GetConfig(path);
-    MUST_HOLD((config != nullptr) == Load(model));
+    REQUIRE((config != nullptr) == Load(model));
     if (config == nullptr) {
         return;
     }
@@ -162,12 +161,12 @@ void IniParserOrders::Compare(const std::string& path, Model& model)
                 QByteArray::fromStdString(value);
         }
     }
-    MUST_HOLD(sections == *model.file);
+    REQUIRE(sections == *model.file);
     const QByteArray section = Word();
-    MUST_HOLD(parser.CheckMapEmpty(path, section.toStdString()) == !sections.contains(section));
+    REQUIRE(parser.CheckMapEmpty(path, section.toStdString()) == !sections.contains(section));
 }
 
-void IniParserOrders::Step()
+void IniParserCalls::Step()
 {
     static const QList<QString> NAMES{QStringLiteral("x.conf"), QStringLiteral("y.conf"),
                                       QStringLiteral("no/z.conf")};
@@ -198,7 +197,7 @@ void IniParserOrders::Step()
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeIniParserOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeIniParserCalls(quint32 seed)
 {
-    return std::make_unique<IniParserOrders>(seed);
+    return std::make_unique<IniParserCalls>(seed);
 }

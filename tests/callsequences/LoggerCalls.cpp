@@ -14,10 +14,10 @@
 namespace {
 constexpr int LONGEST = 4095;
 
-class LoggerOrders : public Orders
+class LoggerCalls : public CallSequence
 {
 public:
-    explicit LoggerOrders(quint32 seed) : Orders(seed) {}
+    explicit LoggerCalls(quint32 seed) : CallSequence(seed) {}
 
     void Step() override;
 
@@ -36,7 +36,7 @@ private:
     QMap<QByteArray, int> expected;
 };
 
-void LoggerOrders::Open()
+void LoggerCalls::Open()
 {
     const QString next = directory.filePath(QStringLiteral("log-%1").arg(Pick(3)));
     QFile::remove(next);
@@ -58,14 +58,14 @@ void LoggerOrders::Open()
         break;
     }
     logger.Init(Local(next));
-    MUST_HOLD(ModeOf(next) == 0600U);
-    MUST_HOLD(!QFile::exists(directory.filePath(QStringLiteral("other"))) ||
-              ReadAll(directory.filePath(QStringLiteral("other"))) == "kept\n");
+    REQUIRE(ModeOf(next) == 0600U);
+    REQUIRE(!QFile::exists(directory.filePath(QStringLiteral("other"))) ||
+            ReadAll(directory.filePath(QStringLiteral("other"))) == "kept\n");
     path = next;
     expected.clear();
 }
 
-void LoggerOrders::Write()
+void LoggerCalls::Write()
 {
     QByteArray message = OneIn(5) ? QByteArray(LONGEST - 1 + Pick(3), 'x') : QByteArray::number(Pick(100000));
     message = OneIn(6) ? message + "%s%n" : message;
@@ -76,7 +76,7 @@ void LoggerOrders::Write()
     }
 }
 
-void LoggerOrders::WriteFromThreads()
+void LoggerCalls::WriteFromThreads()
 {
     constexpr int LINES = 20;
     const int count = 2 + Pick(3);
@@ -94,31 +94,31 @@ void LoggerOrders::WriteFromThreads()
     }
 }
 
-void LoggerOrders::Rotate()
+void LoggerCalls::Rotate()
 {
     const QByteArray before = ReadAll(path);
     logger.SaveAndOpenNewFile();
-    MUST_HOLD(ReadAll(path + QStringLiteral(".old")) == before);
-    MUST_HOLD(logger.GetCurrentSize(Local(path)) == 0);
+    REQUIRE(ReadAll(path + QStringLiteral(".old")) == before);
+    REQUIRE(logger.GetCurrentSize(Local(path)) == 0);
     expected.clear();
 }
 
-void LoggerOrders::Compare()
+void LoggerCalls::Compare()
 {
     const QByteArray content = ReadAll(path);
-    MUST_HOLD(logger.GetCurrentSize(Local(path)) == content.size());
+    REQUIRE(logger.GetCurrentSize(Local(path)) == content.size());
     QMap<QByteArray, int> found;
     for (const QByteArray& line : content.split('\n')) {
         const int at = line.indexOf(" TAG: ");
         if (at >= 0) {
-            MUST_HOLD(line.startsWith('['));
+            REQUIRE(line.startsWith('['));
             ++found[line.mid(at + 6)];
         }
     }
-    MUST_HOLD(found == expected);
+    REQUIRE(found == expected);
 }
 
-void LoggerOrders::Step()
+void LoggerCalls::Step()
 {
     switch (Pick(8)) {
     case 0:
@@ -138,8 +138,8 @@ void LoggerOrders::Step()
         }
         break;
     case 4:
-        MUST_HOLD(!logger.GetTimestamp().empty());
-        MUST_HOLD(!logger.GetLevelString(Pick(10) - 2).empty());
+        REQUIRE(!logger.GetTimestamp().empty());
+        REQUIRE(!logger.GetLevelString(Pick(10) - 2).empty());
         break;
     default:
         Write();
@@ -148,7 +148,7 @@ void LoggerOrders::Step()
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeLoggerOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeLoggerCalls(quint32 seed)
 {
-    return std::make_unique<LoggerOrders>(seed);
+    return std::make_unique<LoggerCalls>(seed);
 }

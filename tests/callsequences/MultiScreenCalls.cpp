@@ -8,19 +8,19 @@
 #include <QTest>
 #include <QTimer>
 
+#include "callsequences/CallSequence.h"
 #include "config/Constant.h"
 #include "multiscreen/MultiScreen.h"
-#include "callsequences/CallSequence.h"
 #include "support/Files.h"
 #include "support/Widgets.h"
 
 namespace {
 using StrConstant = Constant<Velodesk::StrConstName, std::string>;
 
-class MultiScreenOrders : public Orders
+class MultiScreenCalls : public CallSequence
 {
 public:
-    explicit MultiScreenOrders(quint32 seed);
+    explicit MultiScreenCalls(quint32 seed);
 
     void Step() override;
     void End() override;
@@ -37,8 +37,8 @@ private:
     std::unique_ptr<MultiScreen> page;
 };
 
-MultiScreenOrders::MultiScreenOrders(quint32 seed)
-    : Orders(seed), page(std::make_unique<MultiScreen>(nullptr))
+MultiScreenCalls::MultiScreenCalls(quint32 seed)
+    : CallSequence(seed), page(std::make_unique<MultiScreen>(nullptr))
 {
     const AppManager* manager = Singleton<AppManager>::GetInstance();
     QObject::connect(manager, &AppManager::AppFinished, &dialogs, [this] { StepInside(); });
@@ -49,7 +49,7 @@ MultiScreenOrders::MultiScreenOrders(quint32 seed)
     ReplaceEngine();
 }
 
-void MultiScreenOrders::CloseDialogs()
+void MultiScreenCalls::CloseDialogs()
 {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
     if (dialog == nullptr) {
@@ -65,7 +65,7 @@ void MultiScreenOrders::CloseDialogs()
     dialog->reject();
 }
 
-void MultiScreenOrders::ReplaceEngine()
+void MultiScreenCalls::ReplaceEngine()
 {
     static const QList<QByteArray> SCRIPTS{"exit 0", "exit 4", "kill -SEGV $$", "exec sleep 0.05",
                                            "trap '' TERM; exec sleep 0.2"};
@@ -79,7 +79,7 @@ void MultiScreenOrders::ReplaceEngine()
     SetMode(path, OneIn(5) ? 0600U : 0700U);
 }
 
-void MultiScreenOrders::Click()
+void MultiScreenCalls::Click()
 {
     static const QList<QByteArray> BUTTONS{
         "PreScreenBtn",     "PreScreenBtn",   "PreScreenBtn",     "NameEditBtn",
@@ -89,7 +89,7 @@ void MultiScreenOrders::Click()
     Find<QPushButton>(*page, Any(BUTTONS).constData())->click();
 }
 
-void MultiScreenOrders::Call()
+void MultiScreenCalls::Call()
 {
     switch (Pick(8)) {
     case 0:
@@ -99,7 +99,7 @@ void MultiScreenOrders::Call()
         page->ShowSetView();
         break;
     case 2:
-        MUST_HOLD(!page->PathHasLink(QStringLiteral("/")));
+        REQUIRE(!page->PathHasLink(QStringLiteral("/")));
         page->PathHasLink(QDir::homePath());
         break;
     case 3:
@@ -122,7 +122,7 @@ void MultiScreenOrders::Call()
     }
 }
 
-void MultiScreenOrders::EditName()
+void MultiScreenCalls::EditName()
 {
     page->ClickNameEditBtn();
     auto* field = Find<QLineEdit>(*page, "ComputerNameEdit");
@@ -132,12 +132,12 @@ void MultiScreenOrders::EditName()
     QTest::keyClicks(field, QString::number(Pick(100000)));
     if (OneIn(2)) {
         page->ComputerNameEditEditingFinished();
-        MUST_HOLD(!field->isEnabled());
-        MUST_HOLD(!field->text().isEmpty());
+        REQUIRE(!field->isEnabled());
+        REQUIRE(!field->text().isEmpty());
     }
 }
 
-void MultiScreenOrders::TellAsTheManager()
+void MultiScreenCalls::TellAsTheManager()
 {
     const auto type = OneIn(3) ? AppManager::APP_TYPE_END : AppManager::TANDRA_APP;
     switch (Pick(4)) {
@@ -156,7 +156,7 @@ void MultiScreenOrders::TellAsTheManager()
     }
 }
 
-void MultiScreenOrders::Step()
+void MultiScreenCalls::Step()
 {
     switch (Pick(7)) {
     case 0:
@@ -180,12 +180,12 @@ void MultiScreenOrders::Step()
         break;
     }
     const bool stops = Find<QPushButton>(*page, "PreScreenBtn")->text() == QStringLiteral("结束投屏");
-    MUST_HOLD(Find<QLabel>(*page, "ScreenLabel")->text() ==
-              (stops ? QStringLiteral("投屏中") : QStringLiteral("未投屏")));
-    MUST_HOLD(QFile::exists(QString::fromStdString(StrConstant::GetConstant(Velodesk::CONF_FILE))));
+    REQUIRE(Find<QLabel>(*page, "ScreenLabel")->text() ==
+            (stops ? QStringLiteral("投屏中") : QStringLiteral("未投屏")));
+    REQUIRE(QFile::exists(QString::fromStdString(StrConstant::GetConstant(Velodesk::CONF_FILE))));
 }
 
-void MultiScreenOrders::End()
+void MultiScreenCalls::End()
 {
     StayOutside();
     Singleton<AppManager>::GetInstance()->StopAll();
@@ -194,7 +194,7 @@ void MultiScreenOrders::End()
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeMultiScreenOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeMultiScreenCalls(quint32 seed)
 {
-    return std::make_unique<MultiScreenOrders>(seed);
+    return std::make_unique<MultiScreenCalls>(seed);
 }

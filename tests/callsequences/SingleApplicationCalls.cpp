@@ -5,16 +5,16 @@
 #include <QWidget>
 #include <vector>
 
-#include "entry/SingleApplication.h"
-#include "callsequences/Client.h"
 #include "callsequences/CallSequence.h"
+#include "callsequences/Client.h"
+#include "entry/SingleApplication.h"
 #include "support/Files.h"
 
 namespace {
-class SingleApplicationOrders : public Orders
+class SingleApplicationCalls : public CallSequence
 {
 public:
-    explicit SingleApplicationOrders(quint32 seed) : Orders(seed) { ChooseName(); }
+    explicit SingleApplicationCalls(quint32 seed) : CallSequence(seed) { ChooseName(); }
 
     void Step() override;
 
@@ -32,7 +32,7 @@ private:
     std::vector<std::unique_ptr<Client>> clients;
 };
 
-void SingleApplicationOrders::ChooseName()
+void SingleApplicationCalls::ChooseName()
 {
     static int number = 0;
     clients.clear();
@@ -41,7 +41,7 @@ void SingleApplicationOrders::ChooseName()
     isOther = true;
 }
 
-void SingleApplicationOrders::Bar()
+void SingleApplicationCalls::Bar()
 {
     if (!isOther) {
         return;
@@ -64,24 +64,24 @@ void SingleApplicationOrders::Bar()
     }
 }
 
-void SingleApplicationOrders::Establish()
+void SingleApplicationCalls::Establish()
 {
     if (!isOther) {
         // Itself is another instance by now.
-        MUST_HOLD(application.InitLocalConnect() == 0);
-        MUST_HOLD(application.IsRunning());
+        REQUIRE(application.InitLocalConnect() == 0);
+        REQUIRE(application.IsRunning());
         return;
     }
     // One object listens once: under a second name it goes on without, or says that it cannot, as its first
     // attempt ended.
     const int result = application.InitLocalConnect();
-    MUST_HOLD(result == 0 || (listens && result == -1));
-    MUST_HOLD(!application.IsRunning());
+    REQUIRE(result == 0 || (listens && result == -1));
+    REQUIRE(!application.IsRunning());
     isOther = listens;
     listens = true;
 }
 
-void SingleApplicationOrders::Step()
+void SingleApplicationCalls::Step()
 {
     constexpr std::size_t MOST_CLIENTS = 5;
     switch (Pick(8)) {
@@ -112,8 +112,8 @@ void SingleApplicationOrders::Step()
         break;
     case 6:
         if (isOther) {
-            MUST_HOLD(application.IsServerNameValid());
-            MUST_HOLD(!QDir(name).exists());
+            REQUIRE(application.IsServerNameValid());
+            REQUIRE(!QDir(name).exists());
         }
         break;
     default:
@@ -121,12 +121,12 @@ void SingleApplicationOrders::Step()
         Spin(Pick(5));
         break;
     }
-    MUST_HOLD(!QFile::exists(directory.filePath(QStringLiteral("kept"))) ||
-              ReadAll(directory.filePath(QStringLiteral("kept"))) == "kept");
+    REQUIRE(!QFile::exists(directory.filePath(QStringLiteral("kept"))) ||
+            ReadAll(directory.filePath(QStringLiteral("kept"))) == "kept");
 }
 } // namespace
 
-std::unique_ptr<Orders> MakeSingleApplicationOrders(quint32 seed)
+std::unique_ptr<CallSequence> MakeSingleApplicationCalls(quint32 seed)
 {
-    return std::make_unique<SingleApplicationOrders>(seed);
+    return std::make_unique<SingleApplicationCalls>(seed);
 }

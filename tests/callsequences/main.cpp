@@ -1,9 +1,9 @@
-// Calls the public operations of a class in random orders and holds them against a small model.
+// Calls the public operations of a class in random sequences and compares its state with a model.
 //
-//   orders CLASS SECONDS [SEED]
+//   call-sequences CLASS SECONDS [SEED]
 //
-// Prints how many operations there were. What does not hold ends the run with the seed that repeats it, as
-// far as children and threads let it be repeated.
+// Prints the number of operations. A failed check aborts the run and prints the seed, which repeats the run
+// except for the timing of child processes and threads.
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "entry/SingleApplication.h"
 #include "callsequences/CallSequence.h"
+#include "entry/SingleApplication.h"
 #include "platform/Logger.h"
 #include "support/Sandbox.h"
 
@@ -23,15 +23,15 @@ constexpr qint64 MS_PER_SECOND = 1000;
 struct Target
 {
     const char* name;
-    std::unique_ptr<Orders> (*make)(quint32);
+    std::unique_ptr<CallSequence> (*make)(quint32);
 };
 
 constexpr Target TARGETS[] = {
-    {"AppManager", &MakeAppManagerOrders},   {"BaseApp", &MakeBaseAppOrders},
-    {"ConnServer", &MakeConnServerOrders},   {"ConnClient", &MakeConnClientOrders},
-    {"IniParser", &MakeIniParserOrders},     {"Configure", &MakeConfigureOrders},
-    {"Logger", &MakeLoggerOrders},           {"SingleApplication", &MakeSingleApplicationOrders},
-    {"MultiScreen", &MakeMultiScreenOrders},
+    {"AppManager", &MakeAppManagerCalls},   {"BaseApp", &MakeBaseAppCalls},
+    {"ConnServer", &MakeConnServerCalls},   {"ConnClient", &MakeConnClientCalls},
+    {"IniParser", &MakeIniParserCalls},     {"Configure", &MakeConfigureCalls},
+    {"Logger", &MakeLoggerCalls},           {"SingleApplication", &MakeSingleApplicationCalls},
+    {"MultiScreen", &MakeMultiScreenCalls},
 };
 
 quint32 usedSeed = 0;
@@ -42,28 +42,28 @@ int Run(const Target& target, int seconds)
     // The lines are formatted and written as ever, but nobody needs them. Not to a device: the log takes the
     // rights of what it opens from everybody else.
     Singleton<Brevora::Logger>::GetInstance()->Init(
-        (QDir::tempPath() + "/orders.log").toLocal8Bit().toStdString());
-    const std::unique_ptr<Orders> orders = target.make(usedSeed);
+        (QDir::tempPath() + "/call-sequences.log").toLocal8Bit().toStdString());
+    const std::unique_ptr<CallSequence> sequence = target.make(usedSeed);
     QElapsedTimer timer;
     timer.start();
     while (timer.elapsed() < seconds * MS_PER_SECOND) {
-        orders->Step();
+        sequence->Step();
         ++steps;
     }
-    orders->End();
+    sequence->End();
     std::printf("%s: %ld operations in %d s, seed %u\n", target.name, steps, seconds, usedSeed);
     return 0;
 }
 } // namespace
 
-void Orders::Fail(const char* file, int line, const char* condition)
+void CallSequence::Fail(const char* file, int line, const char* condition)
 {
-    std::fprintf(stderr, "%s:%d: does not hold: %s (operation %ld, seed %u)\n", file, line, condition, steps,
+    std::fprintf(stderr, "%s:%d: failed: %s (operation %ld, seed %u)\n", file, line, condition, steps,
                  usedSeed);
     std::abort();
 }
 
-QByteArray Orders::AnyBytes(int longest)
+QByteArray CallSequence::AnyBytes(int longest)
 {
     QByteArray bytes(Pick(longest + 1), '\0');
     for (char& byte : bytes) {
@@ -72,7 +72,7 @@ QByteArray Orders::AnyBytes(int longest)
     return bytes;
 }
 
-void Orders::Spin(int ms)
+void CallSequence::Spin(int ms)
 {
     QEventLoop loop;
     QTimer::singleShot(ms, &loop, &QEventLoop::quit);
@@ -98,6 +98,6 @@ int main(int argc, char** argv)
             return Run(target, seconds);
         }
     }
-    std::fprintf(stderr, "usage: orders CLASS SECONDS [SEED]\n");
+    std::fprintf(stderr, "usage: call-sequences CLASS SECONDS [SEED]\n");
     return 2;
 }

@@ -145,7 +145,7 @@ void TestConfigure::fileThatCannotBeCreatedIsLogged()
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0500);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         const Configure configure;
         QVERIFY(!configure.IsStatementRead());
     }
@@ -163,7 +163,7 @@ void TestConfigure::permissionThatCannotBeSetIsLogged()
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0600);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         const Configure configure;
     }
     SetMode(directory, 0700);
@@ -343,7 +343,7 @@ void TestConfigure::unreadableFileIsNotChanged()
     QFETCH(bool, isReadable);
     WriteAll(path, content);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         Configure configure;
         if (!isReadable) {
             SetMode(path, 0200);

@@ -208,7 +208,7 @@ void TestIniParser::fileThatCannotBeOpenedIsNotFound()
 {
     WriteAll(path, "a=b\n");
     SetMode(path, 0200);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(parser->LoadIniFile(Path()), -1);
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS file not found!")));
 }
@@ -509,7 +509,7 @@ void TestIniParser::failedSaveIsNotReported()
     WriteAll(path, "a=b;c\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
     SetMode(path, 0400);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(parser->Save(Path()), 0);
     QCOMPARE(ReadAll(path), QByteArray("a=b;c\n"));
 }

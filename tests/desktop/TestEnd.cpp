@@ -75,11 +75,11 @@ void TestEnd::quitWhileCastingStopsTheEngineFirst()
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 0);
     const qint64 ended = EngineTime(QStringLiteral("ended"));
-    const qint64 told = DaemonTime(QStringLiteral("told to exit"));
+    const qint64 requested = DaemonTime(QStringLiteral("exit requested"));
     const qint64 gone = DaemonTime(QStringLiteral("assistant ended exit 0"));
     QVERIFY(ended > 0);
-    QVERIFY2(ended < told, "the daemon was told before the engine had ended");
-    QVERIFY(told < gone);
+    QVERIFY2(ended < requested, "the daemon was asked before the engine had ended");
+    QVERIFY(requested < gone);
 }
 
 void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
@@ -92,7 +92,7 @@ void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
     // The engine may write its event late; the wait began when the request was sent.
     constexpr qint64 NOTED_LATE_NS = 500LL * 1000 * 1000;
     const qint64 waited =
-        DaemonTime(QStringLiteral("told to exit")) - EngineTime(QStringLiteral("terminate"));
+        DaemonTime(QStringLiteral("exit requested")) - EngineTime(QStringLiteral("terminate"));
     QVERIFY2(waited >= 3000LL * 1000 * 1000 - NOTED_LATE_NS, qPrintable(QString::number(waited)));
 }
 
@@ -192,7 +192,7 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
     QVERIFY(world->WaitForDaemonEnd());
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 1);
-    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QCOMPARE(DaemonTime(QStringLiteral("exit requested")), -1);
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QVERIFY(world->HasLog(QStringLiteral("Get session manager.")));
@@ -276,7 +276,7 @@ void TestEnd::signalEndsTheProgramInOrderAtEveryStage()
     QVERIFY(world->WaitForDaemonEnd());
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 1);
-    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QCOMPARE(DaemonTime(QStringLiteral("exit requested")), -1);
     QCOMPARE(EngineTime(QStringLiteral("ended")) > 0, casts);
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), casts ? 1 : 0);

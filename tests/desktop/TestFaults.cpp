@@ -333,7 +333,7 @@ void TestFaults::lostDisplayEndsTheProgramAndTheEngine()
     // Qt calls exit(), so the singletons are destroyed in order and the engine is stopped.
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(IsGone(engine));
-    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QCOMPARE(DaemonTime(QStringLiteral("exit requested")), -1);
 }
 
 void TestFaults::programSurvivesTheEndOfTheWindowManager()

@@ -175,7 +175,7 @@ void TestStart::closeCommandOfTheAgreementLeavesTheDaemonAlone()
     QVERIFY(world->WaitForDaemonEnd());
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 1);
-    QCOMPARE(DaemonTime(QStringLiteral("told to exit")), -1);
+    QCOMPARE(DaemonTime(QStringLiteral("exit requested")), -1);
     QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
 }
 

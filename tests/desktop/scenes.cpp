@@ -2,7 +2,7 @@
 // one letter to fifteen, long paths, the documents scrolled to their last lines, dialogs. The images of two
 // desktops are identical byte by byte; scripts/desktops compares them.
 //
-//   scenes --pictures DIR [--dpi N] [--xft-dpi N] [--panel top|left|bottom|right] [--fonts FOLDER]
+//   scenes --screenshots DIR [--dpi N] [--xft-dpi N] [--panel top|left|bottom|right] [--fonts FOLDER]
 //
 // LC_ALL sets the locale, VELODESK_WINDOW_MANAGER the window manager. FOLDER contains files of a user's
 // .config: kdeglobals, fontconfig/fonts.conf.
@@ -51,8 +51,8 @@ const QString CHINESE_PATH = QStringLiteral("/home/user/文档/手机<b>图片</
 class Scenes
 {
 public:
-    Scenes(const QString& pictures, const DesktopWorld::Options& options)
-        : directory(pictures), world(options)
+    Scenes(const QString& screenshots, const DesktopWorld::Options& options)
+        : directory(screenshots), world(options)
     {}
 
     bool Begin(const QString& fonts, const QString& panel);
@@ -62,8 +62,8 @@ private:
     void Keep(const QString& name);
     bool KeepSmall(const QString& name);
     void Save(const QString& name, QRect area);
-    /// Look() returns an image of an area on the screen; AtRest() waits until it no longer changes.
-    QImage Look(const QRect& area) const;
+    /// Appearance() returns an image of an area on the screen; AtRest() waits until it no longer changes.
+    QImage Appearance(const QRect& area) const;
     QImage AtRest(const QRect& area) const;
     /// Saves each page until scrolling shows nothing new.
     void Scroll(const QString& name, const QPoint& where);
@@ -102,7 +102,7 @@ bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
     return false;
 }
 
-QImage Scenes::Look(const QRect& area) const
+QImage Scenes::Appearance(const QRect& area) const
 {
     if (asksWindows) {
         for (const XDesktop::Window& window : {world.SmallWindow(), world.BigWindow()}) {
@@ -116,7 +116,7 @@ QImage Scenes::Look(const QRect& area) const
 
 QImage Scenes::AtRest(const QRect& area) const
 {
-    QImage last = Look(area);
+    QImage last = Appearance(area);
     int equal = 0;
     DesktopWorld::WaitFor([&] {
         DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
@@ -124,7 +124,7 @@ QImage Scenes::AtRest(const QRect& area) const
         const bool slept = world.AssistantSleeps();
         world.Desktop().Beat();
         DesktopWorld::WaitFor([this] { return world.Desktop().ShowsBeat(); });
-        const QImage next = Look(area);
+        const QImage next = Appearance(area);
         equal = slept && next == last ? equal + 1 : 0;
         last = next;
         return equal == LOOKS_AT_REST;
@@ -173,9 +173,9 @@ void Scenes::Scroll(const QString& name, const QPoint& where)
         Keep(QStringLiteral("%1-%2").arg(name).arg(page));
         // Scroll step by step: a busy program merges several steps, and the image would be taken too early.
         for (int notch = 0; notch < NOTCHES; ++notch) {
-            const QImage before = Look(CardRect());
+            const QImage before = Appearance(CardRect());
             world.Desktop().Click(where, WHEEL_DOWN);
-            if (!DesktopWorld::WaitFor([&] { return Look(CardRect()) != before; }, LAST_PAGE_MS)) {
+            if (!DesktopWorld::WaitFor([&] { return Appearance(CardRect()) != before; }, LAST_PAGE_MS)) {
                 if (notch > 0) {
                     Keep(name + QStringLiteral("-end"));
                 }
@@ -363,7 +363,7 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.addOptions({{QStringLiteral("pictures"), QString(), QStringLiteral("DIR")},
+    parser.addOptions({{QStringLiteral("screenshots"), QString(), QStringLiteral("DIR")},
                        {QStringLiteral("dpi"), QString(), QStringLiteral("N"), QStringLiteral("96")},
                        {QStringLiteral("xft-dpi"), QString(), QStringLiteral("N")},
                        {QStringLiteral("panel"), QString(), QStringLiteral("EDGE")},
@@ -375,7 +375,7 @@ int main(int argc, char** argv)
     if (parser.isSet(QStringLiteral("xft-dpi"))) {
         options.resources = QStringLiteral("Xft.dpi: ") + parser.value(QStringLiteral("xft-dpi"));
     }
-    Scenes scenes(parser.value(QStringLiteral("pictures")), options);
+    Scenes scenes(parser.value(QStringLiteral("screenshots")), options);
     return scenes.Begin(parser.value(QStringLiteral("fonts")), parser.value(QStringLiteral("panel"))) &&
                    scenes.Take()
                ? 0

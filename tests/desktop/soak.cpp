@@ -87,7 +87,7 @@ private:
             .size();
     }
 
-    void SayHow(int minute, long memory, long descriptors, int actions) const
+    void PrintStatus(int minute, long memory, long descriptors, int actions) const
     {
         std::printf("minute %3d: memory (PSS) %6ld KiB, descriptors %3ld, actions %6d, casts %5d\n", minute,
                     memory, descriptors, actions, casts);
@@ -327,7 +327,7 @@ int Soak::Run(int minutes)
     // Visit every page once, so that its one-time cost is not measured.
     for (const auto& action : ACTIONS) {
         if (!(this->*action.second)() || !Agrees()) {
-            std::fprintf(stderr, "the model does not hold: first %s\n", action.first);
+            std::fprintf(stderr, "the program and the model differ: first %s\n", action.first);
             return 1;
         }
     }
@@ -336,24 +336,25 @@ int Soak::Run(int minutes)
     QElapsedTimer clock;
     clock.start();
     int actions = 0;
-    int told = 0;
-    SayHow(told, memory, descriptors, actions);
+    int printed = 0;
+    PrintStatus(printed, memory, descriptors, actions);
     for (; clock.elapsed() < qint64(minutes) * MS_PER_MINUTE; ++actions) {
-        if (clock.elapsed() >= qint64(told + 1) * MS_PER_MINUTE) {
-            ++told;
-            SayHow(told, Memory(), Descriptors(), actions);
+        if (clock.elapsed() >= qint64(printed + 1) * MS_PER_MINUTE) {
+            ++printed;
+            PrintStatus(printed, Memory(), Descriptors(), actions);
         }
         const auto& action = ACTIONS.at(static_cast<size_t>(Pick(static_cast<int>(ACTIONS.size()))));
         if (!(this->*action.second)() || !Agrees()) {
-            std::fprintf(stderr, "the model does not hold: action %d, %s; wanted: %s, %s\n", actions,
-                         action.first, model.casting ? "casting" : "idle", qUtf8Printable(model.name));
+            std::fprintf(stderr, "the program and the model differ: action %d, %s; expected: %s, %s\n",
+                         actions, action.first, model.casting ? "casting" : "idle",
+                         qUtf8Printable(model.name));
             for (const QString& line : world.Log().mid(world.Log().size() - 20)) {
                 std::fprintf(stderr, "%s\n", qUtf8Printable(line));
             }
-            const QString picture =
+            const QString screenshot =
                 QCoreApplication::applicationDirPath() + QStringLiteral("/../soak-failure.png");
-            if (world.SaveScreen(picture)) {
-                std::fprintf(stderr, "the screen: %s\n", qUtf8Printable(QDir::cleanPath(picture)));
+            if (world.SaveScreen(screenshot)) {
+                std::fprintf(stderr, "screenshot: %s\n", qUtf8Printable(QDir::cleanPath(screenshot)));
             }
             return 1;
         }
@@ -363,7 +364,7 @@ int Soak::Run(int minutes)
     const long descriptorsAfter = Descriptors();
     std::printf("%d actions in %.0f s, %.1f a second, %d casts\n", actions, seconds, actions / seconds,
                 casts);
-    SayHow(minutes, memoryAfter, descriptorsAfter, actions);
+    PrintStatus(printed, memoryAfter, descriptorsAfter, actions);
     const bool ended = Quit();
     std::printf("end: %s\n", ended ? "in order" : "NOT IN ORDER");
     return ended && memoryAfter - memory < MEMORY_GROWTH_KIB &&

@@ -1,11 +1,11 @@
 // Starts the assistant as its daemon does and performs a tour, unless a person does: agreement, main window,
 // starting and stopping a cast, device name, help, settings, about, quit. Saves a screenshot of each stage.
 //
-//   road --pictures DIR               automatically, on a virtual display
-//   road --pictures DIR --root ROOT   the same, with the program installed in another root file system
-//   road --pictures DIR --root ROOT --engine PROGRAM
-//                                     only the installation checklist and a cast by that engine
-//   road --display DISPLAY DIR        on a display, for a person
+//   tour --screenshots DIR                 automatically, on a virtual display
+//   tour --screenshots DIR --root ROOT     the same, with the program installed in another root file system
+//   tour --screenshots DIR --root ROOT --engine PROGRAM
+//                                          only the installation checklist and a cast by that engine
+//   tour --display DISPLAY DIR             on a display, for a person
 //
 // DIR/messages.log gets the output of all other processes; it is printed if a stage fails.
 //
@@ -31,30 +31,30 @@ void Interrupt(int)
     interrupted = 1;
 }
 
-constexpr int LOOK_AGAIN_MS = 100;
+constexpr int POLL_MS = 100;
 constexpr int INITIAL_NAME_LENGTH = 6;
 /// A visible cast: the engine shows its phone.
 constexpr char VISIBLE_ENGINE[] = "report init\nwait 500\nreport run\nshow\n";
 
 /// Returns the path of the file for the output of the other processes, and empties it for each tour.
-QString MessagesBeside(const QString& pictures)
+QString MessagesFile(const QString& screenshots)
 {
-    const QDir directory(pictures);
+    const QDir directory(screenshots);
     directory.mkpath(QStringLiteral("."));
     QFile::remove(directory.filePath(QStringLiteral("messages.log")));
     return directory.absoluteFilePath(QStringLiteral("messages.log"));
 }
 
-class Road
+class Tour
 {
 public:
-    explicit Road(const QString& pictures, const QString& root = {}, const QString& engine = {})
-        : directory(pictures),
+    explicit Tour(const QString& screenshots, const QString& root = {}, const QString& engine = {})
+        : directory(screenshots),
           isForeign(!engine.isEmpty()),
-          world(VirtualDesktop(root, engine, MessagesBeside(pictures)))
+          world(VirtualDesktop(root, engine, MessagesFile(screenshots)))
     {}
 
-    int Walk();
+    int Run();
 
 private:
     static DesktopWorld::Options VirtualDesktop(const QString& root, const QString& engine,
@@ -71,24 +71,24 @@ private:
 
     /// Waits until `reached` is true, then saves a screenshot and prints the stage's result.
     bool Stage(const QString& name, const std::function<bool()>& reached);
-    bool WalkAgreement();
-    bool WalkCast();
-    bool WalkChecklist();
-    bool WalkForeignCast();
-    bool WalkName();
-    bool WalkHelp();
-    bool WalkSettings();
-    bool WalkAbout();
-    bool WalkQuit();
+    bool AcceptAgreement();
+    bool Cast();
+    bool CheckInstallation();
+    bool CastByForeignEngine();
+    bool ChangeName();
+    bool VisitHelp();
+    bool VisitSettings();
+    bool VisitAbout();
+    bool Quit();
 
     QDir directory;
-    /// Whether the engine is not the stand-in; then the tour is only a cast.
+    /// Whether the engine is not the stand-in. Then the tour is only a cast.
     bool isForeign;
     DesktopWorld world;
     int number = 0;
 };
 
-bool Road::Stage(const QString& name, const std::function<bool()>& reached)
+bool Tour::Stage(const QString& name, const std::function<bool()>& reached)
 {
     ++number;
     const bool ok = DesktopWorld::WaitFor(reached);
@@ -107,15 +107,15 @@ bool Ended(const DesktopWorld& world)
 {
     const auto engine = world.EngineEvents();
     const qint64 stopped = DesktopWorld::TimeOf(engine, QStringLiteral("ended"));
-    const qint64 told = DesktopWorld::TimeOf(world.DaemonEvents(), QStringLiteral("told to exit"));
+    const qint64 requested = DesktopWorld::TimeOf(world.DaemonEvents(), QStringLiteral("exit requested"));
     const bool engineOk = engine.isEmpty() || stopped > 0;
     std::printf("assistant: exit code %d; engine: %s; daemon: %s\n", world.AssistantStatus(),
                 engine.isEmpty() ? "tells no events" : (engineOk ? "stopped" : "NOT STOPPED"),
-                told > 0 ? "told to exit" : "NOT TOLD");
-    return world.AssistantStatus() == 0 && engineOk && told > 0;
+                requested > 0 ? "exit requested" : "NOT TOLD");
+    return world.AssistantStatus() == 0 && engineOk && requested > 0;
 }
 
-bool Road::WalkAgreement()
+bool Tour::AcceptAgreement()
 {
     if (!Stage(QStringLiteral("agreement"), [this] { return world.BigWindow().id != 0; })) {
         return false;
@@ -132,7 +132,7 @@ bool Road::WalkAgreement()
     });
 }
 
-bool Road::WalkCast()
+bool Tour::Cast()
 {
     world.WriteEngineScript(QLatin1String(VISIBLE_ENGINE));
     world.ClickPage(CAST_BUTTON);
@@ -147,7 +147,7 @@ bool Road::WalkCast()
 }
 
 /// The checklist of a complete installation finds nothing missing.
-bool Road::WalkChecklist()
+bool Tour::CheckInstallation()
 {
     QString output;
     const int status = world.RunBeside(
@@ -156,7 +156,7 @@ bool Road::WalkChecklist()
     return status == 0;
 }
 
-bool Road::WalkForeignCast()
+bool Tour::CastByForeignEngine()
 {
     world.ClickPage(CAST_BUTTON);
     if (!Stage(QStringLiteral("casting"), [this] { return world.ShowsCasting() && world.EngineRuns(); })) {
@@ -166,7 +166,7 @@ bool Road::WalkForeignCast()
     return Stage(QStringLiteral("cast-stopped"), [this] { return world.ShowsIdle() && !world.EngineRuns(); });
 }
 
-bool Road::WalkName()
+bool Tour::ChangeName()
 {
     if (!world.BeginRename()) {
         return false;
@@ -183,7 +183,7 @@ bool Road::WalkName()
                  [this] { return world.SettingsText().contains(QStringLiteral("devicename=Study-PC_1\n")); });
 }
 
-bool Road::WalkHelp()
+bool Tour::VisitHelp()
 {
     world.ClickCard(MENU_BUTTON);
     if (!Stage(QStringLiteral("menu"), [this] { return world.MenuWindow().id != 0; })) {
@@ -202,7 +202,7 @@ bool Road::WalkHelp()
                        [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
 }
 
-bool Road::WalkSettings()
+bool Tour::VisitSettings()
 {
     world.AppendSettings(QStringLiteral("[VelodeskServer]\ntrustNum=2\n"));
     QDir(world.Home()).mkpath(QStringLiteral("Velodesk/Tandra/others"));
@@ -216,7 +216,7 @@ bool Road::WalkSettings()
                        [this] { return world.SettingsText().contains(QStringLiteral("trustNum=0\n")); });
 }
 
-bool Road::WalkAbout()
+bool Tour::VisitAbout()
 {
     bool ok = world.ChooseFromMenu(2);
     ok = ok && Stage(QStringLiteral("about"), [this] { return world.PageHasColour(ABOUT_LINK, BLUE); });
@@ -225,7 +225,7 @@ bool Road::WalkAbout()
                        [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
 }
 
-bool Road::WalkQuit()
+bool Tour::Quit()
 {
     world.ClickCard(CLOSE_BUTTON);
     if (!Stage(QStringLiteral("quit-question"), [this] { return world.SmallWindow().id != 0; })) {
@@ -235,27 +235,26 @@ bool Road::WalkQuit()
     return world.WaitForDaemonEnd();
 }
 
-int Road::Walk()
+int Tour::Run()
 {
     const QString missing = world.Start();
     if (!missing.isEmpty()) {
         std::fprintf(stderr, "%s\n", qUtf8Printable(missing));
         return 1;
     }
-    bool walked = world.StartAssistant() && WalkAgreement();
+    bool passed = world.StartAssistant() && AcceptAgreement();
     if (isForeign) {
-        walked = walked && WalkChecklist() && WalkForeignCast() && WalkQuit();
+        passed = passed && CheckInstallation() && CastByForeignEngine() && Quit();
     } else {
-        walked =
-            walked && WalkCast() && WalkName() && WalkHelp() && WalkSettings() && WalkAbout() && WalkQuit();
+        passed = passed && Cast() && ChangeName() && VisitHelp() && VisitSettings() && VisitAbout() && Quit();
     }
-    if (!walked) {
+    if (!passed) {
         std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
     }
     const bool ended = Ended(world);
-    std::printf("what program, window manager and buses said: %s\n",
+    std::printf("output of program, window manager and buses: %s\n",
                 qUtf8Printable(directory.filePath(QStringLiteral("messages.log"))));
-    return walked && ended ? 0 : 1;
+    return passed && ended ? 0 : 1;
 }
 
 int RunForPerson(const QString& display, const QString& messages)
@@ -278,9 +277,9 @@ int RunForPerson(const QString& display, const QString& messages)
     // Ctrl-C also ends the run; it leaves nothing behind.
     std::signal(SIGINT, Interrupt);
     std::signal(SIGTERM, Interrupt);
-    while (interrupted == 0 && !world.WaitForDaemonEnd(LOOK_AGAIN_MS)) {
+    while (interrupted == 0 && !world.WaitForDaemonEnd(POLL_MS)) {
     }
-    std::printf("what program and buses said: %s\n", qUtf8Printable(messages));
+    std::printf("output of program and buses: %s\n", qUtf8Printable(messages));
     return Ended(world) ? 0 : 1;
 }
 } // namespace
@@ -289,21 +288,21 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--pictures")) {
-        return Road(arguments.at(2)).Walk();
+    if (arguments.size() == 3 && arguments.at(1) == QLatin1String("--screenshots")) {
+        return Tour(arguments.at(2)).Run();
     }
-    const bool isInRoot = arguments.size() >= 5 && arguments.at(1) == QLatin1String("--pictures") &&
+    const bool isInRoot = arguments.size() >= 5 && arguments.at(1) == QLatin1String("--screenshots") &&
                           arguments.at(3) == QLatin1String("--root");
     if (isInRoot && arguments.size() == 5) {
-        return Road(arguments.at(2), arguments.at(4)).Walk();
+        return Tour(arguments.at(2), arguments.at(4)).Run();
     }
     if (isInRoot && arguments.size() == 7 && arguments.at(5) == QLatin1String("--engine")) {
-        return Road(arguments.at(2), arguments.at(4), arguments.at(6)).Walk();
+        return Tour(arguments.at(2), arguments.at(4), arguments.at(6)).Run();
     }
     if (arguments.size() == 4 && arguments.at(1) == QLatin1String("--display")) {
-        return RunForPerson(arguments.at(2), MessagesBeside(arguments.at(3)));
+        return RunForPerson(arguments.at(2), MessagesFile(arguments.at(3)));
     }
     std::fprintf(stderr,
-                 "usage: road --pictures DIR [--root ROOT [--engine PROGRAM]] | --display DISPLAY DIR\n");
+                 "usage: tour --screenshots DIR [--root ROOT [--engine PROGRAM]] | --display DISPLAY DIR\n");
     return 2;
 }

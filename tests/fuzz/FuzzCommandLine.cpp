@@ -39,8 +39,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     int number = 0;
     const bool expected =
         words.size() == 2 && std::strcmp(argv[0], "Velodesk") == 0 && BeginsWithANumber(argv[1], number);
-    MUST_HOLD(accepted == expected);
-    MUST_HOLD(!accepted || (Singleton<Configure>::GetInstance()->daemonPid == number &&
-                            Brevora::g_velodeskdPid == number));
+    REQUIRE(accepted == expected);
+    REQUIRE(!accepted ||
+            (Singleton<Configure>::GetInstance()->daemonPid == number && Brevora::g_velodeskdPid == number));
     return 0;
 }

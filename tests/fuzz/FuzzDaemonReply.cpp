@@ -75,8 +75,8 @@ public:
         address.sun_family = AF_UNIX;
         std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
         unlink(path.c_str());
-        MUST_HOLD(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
-        MUST_HOLD(listen(listener, 1) == 0);
+        REQUIRE(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0);
+        REQUIRE(listen(listener, 1) == 0);
         setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
     }
 
@@ -151,9 +151,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::string error = "before";
     const int outcome = Brevora::Utils::ExecutePopenAndReturnByDbus("velodeskd --exit", result, error);
     server.join();
-    MUST_HOLD(outcome >= 0 || result.empty());
-    MUST_HOLD(outcome < 0 || error.empty());
-    MUST_HOLD(kind != 3 || outcome < 0);
-    MUST_HOLD(kind != 1 || outcome < 0 || result == text);
+    REQUIRE(outcome >= 0 || result.empty());
+    REQUIRE(outcome < 0 || error.empty());
+    REQUIRE(kind != 3 || outcome < 0);
+    REQUIRE(kind != 1 || outcome < 0 || result == text);
     return 0;
 }

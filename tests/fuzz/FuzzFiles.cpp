@@ -35,7 +35,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         path += "/" + Name(input);
     }
     const bool made = DIR_OPERATOR.CreateDirectories(path) == 0;
-    MUST_HOLD(made == DIR_OPERATOR.IsDirExist(path));
+    REQUIRE(made == DIR_OPERATOR.IsDirExist(path));
     DIR_OPERATOR.CreateDirectories(base + "/tree");
     std::ofstream(base + "/kept") << "kept";
 
@@ -45,25 +45,25 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::string content = input.Take(1 + input.Byte());
     const bool wasDirectory = DIR_OPERATOR.IsDirExist(file);
     const bool written = files.WriteToFileForce(file, content, 0, "out", 0600) == 0;
-    MUST_HOLD(written == files.IsFileExist(file));
-    MUST_HOLD(!(written && wasDirectory));
-    MUST_HOLD(!files.IsLinkExist(file));
+    REQUIRE(written == files.IsFileExist(file));
+    REQUIRE(!(written && wasDirectory));
+    REQUIRE(!files.IsLinkExist(file));
     if (written) {
         std::string read(content.size() + 1, 'x');
-        MUST_HOLD(files.ReadFile(file, read.data(), static_cast<unsigned int>(read.size()), 0, "binary") ==
-                  static_cast<int>(content.size()));
-        MUST_HOLD(read.substr(0, content.size()) == content);
-        MUST_HOLD(files.FileSize(file) == content.size());
+        REQUIRE(files.ReadFile(file, read.data(), static_cast<unsigned int>(read.size()), 0, "binary") ==
+                static_cast<int>(content.size()));
+        REQUIRE(read.substr(0, content.size()) == content);
+        REQUIRE(files.FileSize(file) == content.size());
     } else {
-        MUST_HOLD(wasDirectory || files.FileSize(file) == 0xFFFFFFFFU);
+        REQUIRE(wasDirectory || files.FileSize(file) == 0xFFFFFFFFU);
     }
     const std::string link = base + "/tree/" + Name(input);
     if (symlink((base + "/kept").c_str(), link.c_str()) == 0) {
-        MUST_HOLD(DIR_OPERATOR.IsPathLink(link));
-        MUST_HOLD(files.IsLinkExist(link));
+        REQUIRE(DIR_OPERATOR.IsPathLink(link));
+        REQUIRE(files.IsLinkExist(link));
     }
-    MUST_HOLD(DIR_OPERATOR.RemoveDir(base + "/tree") == 0);
-    MUST_HOLD(!DIR_OPERATOR.IsDirExist(base + "/tree"));
-    MUST_HOLD(files.FileSize(base + "/kept") == 4);
+    REQUIRE(DIR_OPERATOR.RemoveDir(base + "/tree") == 0);
+    REQUIRE(!DIR_OPERATOR.IsDirExist(base + "/tree"));
+    REQUIRE(files.FileSize(base + "/kept") == 4);
     return 0;
 }

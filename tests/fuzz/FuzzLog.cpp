@@ -31,7 +31,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         logger->Init(path);
         return true;
     }();
-    MUST_HOLD(opened);
+    REQUIRE(opened);
     logger->WriteLog(level, "File.cpp", 1, "TAG", "%s", text.c_str());
     CLogInfo("TAG", "File.cpp", "%s", text.c_str());
     std::ifstream file(path, std::ios::binary);
@@ -46,6 +46,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         ++lines;
     }
     const size_t expected = fits ? (level > 1 ? 2 : 1) : 0;
-    MUST_HOLD(lines == expected);
+    REQUIRE(lines == expected);
     return 0;
 }

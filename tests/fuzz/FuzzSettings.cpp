@@ -43,35 +43,35 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     IniParser parser;
     const bool loaded = parser.LoadIniFile(path) == 0;
-    MUST_HOLD(Read(path) == content);
+    REQUIRE(Read(path) == content);
     const std::string before = parser.GetKeyValueString(path, section, key);
     if (!loaded) {
-        MUST_HOLD(before.empty());
-        MUST_HOLD(!parser.GetKeyValueBool(path, section, key));
-        MUST_HOLD(parser.GetKeyValueInt(path, section, key) == -1);
+        REQUIRE(before.empty());
+        REQUIRE(!parser.GetKeyValueBool(path, section, key));
+        REQUIRE(parser.GetKeyValueInt(path, section, key) == -1);
         parser.SetKeyValue(path, section, key, value);
-        MUST_HOLD(Read(path) == content);
+        REQUIRE(Read(path) == content);
         return 0;
     }
     const auto all = parser.GetConfig(path);
-    MUST_HOLD(all != nullptr);
+    REQUIRE(all != nullptr);
     parser.SetKeyValue(path, section, key, value);
     if (section.empty() || key.empty() || value.empty()) {
-        MUST_HOLD(Read(path) == content);
+        REQUIRE(Read(path) == content);
         return 0;
     }
     // What the format cannot hold does not come back, and may make the file unreadable; all else does.
     if (IsPlain(section, "]\n;") && IsPlain(key, "=\n;[") && IsPlain(value, "\n;")) {
         const auto saved = parser.GetConfig(path);
         if (saved != nullptr && all->commentLines.empty()) {
-            MUST_HOLD(parser.GetKeyValueString(path, section, key) == value);
+            REQUIRE(parser.GetKeyValueString(path, section, key) == value);
             for (const auto& [oldSection, keys] : all->sections) {
                 for (const auto& [oldKey, oldValue] : keys) {
                     const bool changed = oldSection == section && oldKey == key;
                     // A line without "=" is its own key, and a ";" in it cuts the value when it is read
                     // again.
                     const bool comesBack = IsPlain(oldSection, "]\n;") && IsPlain(oldKey, ";[");
-                    MUST_HOLD(changed || !comesBack || saved->sections[oldSection][oldKey] == oldValue);
+                    REQUIRE(changed || !comesBack || saved->sections[oldSection][oldKey] == oldValue);
                 }
             }
         }

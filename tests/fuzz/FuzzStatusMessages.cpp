@@ -37,14 +37,14 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         const QByteArray read = QByteArray::fromStdString(input.Take(input.Byte()));
         const int result = server.ParseMsg(read);
         const QString word = Word(read);
-        MUST_HOLD(result == (word.isNull() ? -1 : 0));
+        REQUIRE(result == (word.isNull() ? -1 : 0));
         const bool known =
             word == QLatin1String("init") || word == QLatin1String("run") || word == QLatin1String("stop");
         if (known && word != current) {
             current = word;
             ++changes;
         }
-        MUST_HOLD(inits + runs + stops == changes);
+        REQUIRE(inits + runs + stops == changes);
     }
     return 0;
 }

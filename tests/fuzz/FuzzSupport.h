@@ -7,10 +7,10 @@
 #include <string>
 
 /// Ends the run with what did not hold, so that the fuzzer keeps the input.
-#define MUST_HOLD(condition)                                                                                 \
+#define REQUIRE(condition)                                                                                   \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \
-            std::fprintf(stderr, "%s:%d: does not hold: %s\n", __FILE__, __LINE__, #condition);              \
+            std::fprintf(stderr, "%s:%d: failed: %s\n", __FILE__, __LINE__, #condition);                     \
             std::abort();                                                                                    \
         }                                                                                                    \
     } while (false)

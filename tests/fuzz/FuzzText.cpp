@@ -16,19 +16,19 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::string joined;
     const auto pieces = Utils::Split(text, delimiter);
     for (size_t i = 0; i < pieces.size(); ++i) {
-        MUST_HOLD(pieces[i].find(delimiter) == std::string::npos);
+        REQUIRE(pieces[i].find(delimiter) == std::string::npos);
         joined += (i == 0 ? "" : delimiter) + pieces[i];
     }
-    MUST_HOLD(joined == text || joined + delimiter == text);
+    REQUIRE(joined == text || joined + delimiter == text);
 
-    MUST_HOLD(Utils::DeleteSubStr(text, delimiter).find(delimiter) == std::string::npos);
+    REQUIRE(Utils::DeleteSubStr(text, delimiter).find(delimiter) == std::string::npos);
     const std::string hex = Utils::String2HexString(text);
-    MUST_HOLD(hex.size() == 2 * text.size());
-    MUST_HOLD(hex.find_first_not_of("0123456789abcdef") == std::string::npos);
-    MUST_HOLD(!Utils::IsValidUDID(text) || text.size() <= 64);
-    MUST_HOLD(!Utils::IsNumberOnly(text) || Utils::IsStringAndNumberOnly(text));
-    MUST_HOLD(!Utils::IsMacValid(text) || text.size() == 17);
-    MUST_HOLD(!Utils::IsIpValid(text) || text.size() >= 7);
-    MUST_HOLD(Utils::ExecutePopenAndReturn("./" + text).empty());
+    REQUIRE(hex.size() == 2 * text.size());
+    REQUIRE(hex.find_first_not_of("0123456789abcdef") == std::string::npos);
+    REQUIRE(!Utils::IsValidUDID(text) || text.size() <= 64);
+    REQUIRE(!Utils::IsNumberOnly(text) || Utils::IsStringAndNumberOnly(text));
+    REQUIRE(!Utils::IsMacValid(text) || text.size() == 17);
+    REQUIRE(!Utils::IsIpValid(text) || text.size() >= 7);
+    REQUIRE(Utils::ExecutePopenAndReturn("./" + text).empty());
     return 0;
 }

@@ -13,8 +13,8 @@
 #include "shell/VeloMessageBox.h"
 #include "supervision/TandraApp.h"
 #include "support/CapturedLog.h"
-#include "support/Widgets.h"
 #include "support/Sandbox.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString VELODESK = QStringLiteral("VELODESK");

@@ -14,9 +14,9 @@
 #include "SettingsFile.h"
 #include "multiscreen/MultiScreen.h"
 #include "support/CapturedLog.h"
-#include "support/Widgets.h"
 #include "support/ProgramMain.h"
 #include "support/Sandbox.h"
+#include "support/Widgets.h"
 
 namespace {
 constexpr int ROW_WIDTH = 416;

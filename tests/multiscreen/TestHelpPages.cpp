@@ -10,8 +10,8 @@
 #include "SettingsFile.h"
 #include "multiscreen/MultiScreen.h"
 #include "support/CapturedLog.h"
-#include "support/Widgets.h"
 #include "support/ProgramMain.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString HELP_TEXT_STYLE = QStringLiteral(

@@ -12,8 +12,8 @@
 #include "shell/VeloMessageBox.h"
 #include "support/CapturedLog.h"
 #include "support/Files.h"
-#include "support/Widgets.h"
 #include "support/Sandbox.h"
+#include "support/Widgets.h"
 
 namespace {
 const QString VELODESK = QStringLiteral("VELODESK");

@@ -41,7 +41,7 @@ struct Scene
         // As for the form's frames: the style paints the background.
         frame->setAttribute(Qt::WA_StyledBackground);
         if (hasGround) {
-            new WhiteGround(frame, &page);
+            new WhiteBackground(frame, &page);
         }
         (isWindow ? page : window).show();
     }
@@ -59,7 +59,7 @@ struct Scene
 } // namespace
 
 /// CTest runs it twice: at a scale factor of 1, and with a larger one.
-class TestWhiteGround : public QObject
+class TestWhiteBackground : public QObject
 {
     Q_OBJECT
 
@@ -76,7 +76,7 @@ private:
     QString image;
 };
 
-void TestWhiteGround::initTestCase()
+void TestWhiteBackground::initTestCase()
 {
     // The colour is semi-transparent: painted twice it would be darker.
     QImage half(30, 20, QImage::Format_ARGB32);
@@ -86,7 +86,7 @@ void TestWhiteGround::initTestCase()
     QVERIFY(half.save(image));
 }
 
-void TestWhiteGround::backgroundIsWhiteOnAPageOfTheWindow()
+void TestWhiteBackground::backgroundIsWhiteOnAPageOfTheWindow()
 {
     Scene without(false);
     QCOMPARE(without.Pixel(), QColor(PAGE_COLOR));
@@ -98,14 +98,14 @@ void TestWhiteGround::backgroundIsWhiteOnAPageOfTheWindow()
     QVERIFY(with.Picture() == expected);
 }
 
-void TestWhiteGround::pageThatIsAWindowKeepsItsBackground()
+void TestWhiteBackground::pageThatIsAWindowKeepsItsBackground()
 {
     Scene scene(true, true);
     QCOMPARE(scene.Pixel(), QColor(PAGE_COLOR));
     QVERIFY(!scene.frame->testAttribute(Qt::WA_OpaquePaintEvent));
 }
 
-void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
+void TestWhiteBackground::changeDoesNotRepaintTheWidgetsBelow()
 {
     Scene scene(true);
     QVERIFY(QTest::qWaitForWindowExposed(&scene.window));
@@ -134,14 +134,14 @@ void TestWhiteGround::changeDoesNotRepaintTheWidgetsBelow()
     QCOMPARE(warnings, 0);
 }
 
-void TestWhiteGround::widgetHasTheAppearanceOfItsStyle_data()
+void TestWhiteBackground::widgetHasTheAppearanceOfItsStyle_data()
 {
     QTest::addColumn<bool>("isWindow");
     QTest::newRow("on a page of the window") << false;
     QTest::newRow("on a page that is a window") << true;
 }
 
-void TestWhiteGround::widgetHasTheAppearanceOfItsStyle()
+void TestWhiteBackground::widgetHasTheAppearanceOfItsStyle()
 {
     QFETCH(bool, isWindow);
     // The background of a page inside a window counts as white; a page that is a window keeps its own.
@@ -161,5 +161,5 @@ void TestWhiteGround::widgetHasTheAppearanceOfItsStyle()
     QVERIFY(fast.Picture() == plain.Picture());
 }
 
-QTEST_MAIN(TestWhiteGround)
+QTEST_MAIN(TestWhiteBackground)
 #include "TestWhiteBackground.moc"

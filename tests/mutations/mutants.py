@@ -68,7 +68,7 @@ MUTANTS = [
     ("src/shell/AboutWin.cpp", "TestAboutWin", "serProEdit.append(DIVIDER);", ""),
     ("src/shell/VeloWin.cpp", "TestVeloWin", "    QCoreApplication::quit();\n", ""),
     ("src/shell/VeloMessageBox.cpp", "TestVeloMessageBox", "--windCount;", ""),
-    ("src/shell/VeloWin.ui", "TestVeloWin|TestGoldenPictures", "<x>560</x>", "<x>559</x>"),
+    ("src/shell/VeloWin.ui", "TestVeloWin|TestGoldenImages", "<x>560</x>", "<x>559</x>"),
     # multiscreen
     ("src/multiscreen/MultiScreen.cpp", "TestCastControl", "if (err == QProcess::FailedToStart)", "if (err != QProcess::FailedToStart)"),
     ("src/multiscreen/MultiScreen.cpp", "TestCastControl", "StopApp(AppManager::TANDRA_APP, false)", "StopApp(AppManager::TANDRA_APP, true)"),

@@ -14,8 +14,8 @@
 #include "support/Environment.h"
 #include "support/EveryLine.h"
 #include "support/Files.h"
-#include "support/UnprivilegedUser.h"
 #include "support/SmallStack.h"
+#include "support/UnprivilegedUser.h"
 
 namespace {
 constexpr int CREATE_DIR_FAILED = 100;
@@ -190,7 +190,7 @@ void TestDirOperator::allPermissionsAreNeeded()
     bool seen = false;
     bool missing = true;
     std::thread([this, &seen, &missing] {
-        PlainUser::Stay();
+        UnprivilegedUser::Stay();
         seen = dirs.IsFileHasAllMode(Local(At("file")));
         missing = dirs.IsFileHasAllMode(Local(At("missing")));
     }).join();
@@ -285,7 +285,7 @@ void TestDirOperator::directoryThatCannotBeCreatedFails()
     QVERIFY(QFile::link(At("nowhere"), At("dangling")));
     QVERIFY(QDir().mkdir(At("closed")));
     SetMode(At("closed"), 0500);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(dirs.CreateDir(Local(At(name)), 0700), CREATE_DIR_FAILED);
     QVERIFY(!QFileInfo(At(name)).isDir());
     CompareLines(QString(), {});
@@ -342,7 +342,7 @@ void TestDirOperator::firstLevelThatCannotBeCreatedStops()
     QVERIFY(QFile::remove(At("a/b")));
     SetMode(At("a"), 0500);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         QCOMPARE(dirs.CreateDirectories(Local(At("a/b/c"))), CREATE_DIR_FAILED);
     }
     SetMode(At("a"), 0700);
@@ -398,7 +398,7 @@ void TestDirOperator::missingDirectoryIsNotRemoved()
     WriteAll(At("file"), "text");
     QVERIFY(QDir().mkdir(At("closed")));
     SetMode(At("closed"), 0);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(dirs.RemoveDir(Local(At(name))), -REMOVE_DIR_FAILED);
     CompareLines(ERROR, {QStringLiteral("opendir %1 failed").arg(At(name))});
     QVERIFY(QFileInfo::exists(At("file")));
@@ -430,7 +430,7 @@ void TestDirOperator::firstEntryThatCannotBeRemovedStops()
     const QStringList order = EntriesInOrder(At("a"));
     int result = 0;
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         result = dirs.RemoveDir(Local(At("a")));
     }
     SetMode(At("a/closed"), 0700);
@@ -453,7 +453,7 @@ void TestDirOperator::directoryThatCannotBeRemovedIsAFailure()
     SetMode(At("a"), 0500);
     int result = 0;
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         result = dirs.RemoveDir(Local(At("a/b")));
     }
     SetMode(At("a"), 0700);
@@ -469,7 +469,7 @@ void TestDirOperator::unreadableDirectoryInsideIsLoggedAtEachLevel()
     SetMode(At("a/b/c"), 0);
     int result = 0;
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         result = dirs.RemoveDir(Local(At("a")));
     }
     SetMode(At("a/b/c"), 0700);
@@ -615,7 +615,7 @@ void TestDirOperator::perUserDirectoriesThatCannotBeCreatedAreLogged()
     QFETCH(QString, field);
     SetMode(directory->path(), 0500);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         QCOMPARE((dirs.*get)(), std::string());
     }
     SetMode(directory->path(), 0700);

@@ -331,7 +331,7 @@ void TestFileOperator::fileThatCannotBeOpenedFails()
 {
     QFETCH(QString, name);
     SetMode(path, 0400);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(Files().WriteToFileForce(Local(At(name)), "ab", 0, "out", PRIVATE), WRITE_FILE_FAILED);
     QCOMPARE(ReadAll(path), QByteArray("0123456789"));
     QCOMPARE(ModeOf(path), mode_t(0400));
@@ -439,7 +439,7 @@ void TestFileOperator::missingFileIsNotRead()
 {
     QFETCH(QString, name);
     SetMode(path, 0200);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     const std::string asked = Local(At(name));
     QByteArray buffer(16, UNTOUCHED);
     std::vector<std::string> lines;
@@ -535,7 +535,7 @@ void TestFileOperator::sizeIsAllOnesIfTheFileCannotBeOpened()
 {
     QFETCH(QString, name);
     SetMode(path, 0200);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(Files().FileSize(Local(At(name))), NO_SIZE);
     const QString message = QStringLiteral("ifstream open failed!");
     COMPARE_LISTS(log->Messages(), QStringList(message));

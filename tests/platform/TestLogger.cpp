@@ -284,10 +284,10 @@ void TestLogger::timeIsLocalAndHasMicroseconds()
                  .hasMatch(),
              qPrintable(stamp));
     // QDateTime reads the two-digit year as 19.. and supports only milliseconds.
-    QDateTime told = QDateTime::fromString(stamp.left(21), QStringLiteral("yy-MM-dd hh:mm:ss.zzz"));
-    told.setTimeSpec(Qt::UTC);
-    told = told.addYears(100).addSecs(-(5 * 60 + 30) * 60);
-    QVERIFY2(told >= before && told <= after, qPrintable(told.toString(Qt::ISODateWithMs)));
+    QDateTime logged = QDateTime::fromString(stamp.left(21), QStringLiteral("yy-MM-dd hh:mm:ss.zzz"));
+    logged.setTimeSpec(Qt::UTC);
+    logged = logged.addYears(100).addSecs(-(5 * 60 + 30) * 60);
+    QVERIFY2(logged >= before && logged <= after, qPrintable(logged.toString(Qt::ISODateWithMs)));
 }
 
 void TestLogger::timeThatCannotBeFormattedIsOmitted()
@@ -485,7 +485,7 @@ void TestLogger::sizeIsMinusOneIfTheFileCannotBeOpened()
     WriteAll(path, "12345");
     QCOMPARE(logger->GetCurrentSize(Local(path)), 5);
     SetMode(path, 0200);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
 }
 
@@ -569,7 +569,7 @@ void TestLogger::logThatCannotBeOpenedIsDisabled()
 {
     SetMode(directory->path(), 0500);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         logger->Init(Local(path));
         WriteText(*logger, "text");
     }
@@ -582,7 +582,7 @@ void TestLogger::logThatCannotBeOpenedIsDisabled()
 void TestLogger::modeOfAFileThatCannotBeOpenedIsKept()
 {
     SetMode(directory->path(), 0777);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     WriteAll(path, "text");
     SetMode(path, 0400);
     logger->Init(Local(path));

@@ -1014,7 +1014,7 @@ void TestRandomCode::unreadableFileCountsAsTooLarge()
     WriteAll(path, "text");
     SetMode(path, 0200);
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), -1);
     }
     SetMode(path, 0600);
@@ -1028,7 +1028,7 @@ void TestRandomCode::unwritableFileIsKept()
 {
     WriteAll(path, "text");
     SetMode(path, 0400);
-    const PlainUser plain;
+    const UnprivilegedUser plain;
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
     QCOMPARE(ReadAll(path), QByteArray("text"));
     QCOMPARE(ModeOf(path), mode_t(0400));
@@ -1090,7 +1090,7 @@ void TestRandomCode::fileThatCannotBeUnlinkedIsOverwritten()
     SetMode(directory->path(), 0500);
     int result = 0;
     {
-        const PlainUser plain;
+        const UnprivilegedUser plain;
         result = RandomCode::SafeCoverRemove(Local(path));
     }
     SetMode(directory->path(), 0700);

@@ -61,7 +61,7 @@ private slots:
     void init();
     void cleanup();
 
-    void everyControlHasNameAndAction_data() { AddBothLooks(); }
+    void everyControlHasNameAndAction_data() { AddBothAppearances(); }
     void everyControlHasNameAndAction();
     void pressIsOneClickOfEveryButton();
     void widgetHasItsRoleAndName_data();
@@ -142,7 +142,7 @@ void TestAccessibility::everyControlHasNameAndAction()
 {
     QFETCH(bool, shadow);
     cleanup();
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     init();
     for (QWidget* top : Windows()) {
         Walk(InterfaceOf(top));

@@ -61,8 +61,8 @@ using CardChange = std::function<void(QWidget* window, QWidget* card)>;
 
 /// Returns the image of a translucent window with a card of that size and style, margins of 20 pixels and a
 /// child widget. `change` is applied to the card after it was painted once.
-QImage Portrait(const QSize& size, const QString& style, const CardChange& addEffect,
-                const CardChange& change = nullptr)
+QImage Paint(const QSize& size, const QString& style, const CardChange& addEffect,
+             const CardChange& change = nullptr)
 {
     QWidget window;
     window.setAttribute(Qt::WA_TranslucentBackground);
@@ -144,8 +144,8 @@ void TestCardShadow::shadowEqualsThatOfQtsEffect()
 {
     QFETCH(QSize, size);
     QFETCH(QString, style);
-    const QImage ours = Portrait(size, style, AddOurs);
-    const QImage qts = Portrait(size, style, AddQts);
+    const QImage ours = Paint(size, style, AddOurs);
+    const QImage qts = Paint(size, style, AddQts);
     QVERIFY(qAlpha(qts.pixel(size.width() / 2, 10)) != 0);
     QCOMPARE(Difference(ours, qts), QString());
 }
@@ -168,10 +168,10 @@ void TestCardShadow::shadowFollowsItsCard()
         card->resize(size);
         card->setStyleSheet(style);
     };
-    const QImage ours = Portrait(CARD, ROUND, AddOurs, change);
-    const QImage qts = Portrait(CARD, ROUND, AddQts, change);
+    const QImage ours = Paint(CARD, ROUND, AddOurs, change);
+    const QImage qts = Paint(CARD, ROUND, AddQts, change);
     QCOMPARE(Difference(ours, qts), QString());
-    QVERIFY(!Difference(ours, Portrait(CARD, ROUND, AddQts)).isEmpty());
+    QVERIFY(!Difference(ours, Paint(CARD, ROUND, AddQts)).isEmpty());
 }
 
 void TestCardShadow::changeOnTheCardRepaintsOnlyThatArea()

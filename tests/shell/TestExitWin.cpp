@@ -30,13 +30,13 @@ private slots:
 
 void TestExitWin::widgetsHaveTheirProperties_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestExitWin::widgetsHaveTheirProperties()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     ExitWin window(nullptr);
     QCOMPARE(static_cast<int>(window.windowFlags()), 10251);
     QCOMPARE(window.windowModality(), Qt::WindowModal);
@@ -59,13 +59,13 @@ void TestExitWin::widgetsHaveTheirProperties()
 
 void TestExitWin::shadowDecidesTheAppearance_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestExitWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     ExitWin window(nullptr);
     QCOMPARE(window.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(window.size(), shadow ? QSize(340, 208) : QSize(302, 170));
@@ -135,7 +135,7 @@ void TestExitWin::closeHides()
 
 void TestExitWin::dragAreaIsTheTop32Rows()
 {
-    const Look look(false);
+    const Appearance appearance(false);
     ExitWin window(nullptr);
     window.show();
     const QPoint card = Find(window, "widget_bg")->pos();
@@ -154,13 +154,13 @@ void TestExitWin::dragAreaIsTheTop32Rows()
 
 void TestExitWin::dragAreaIncludesItsCorners_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestExitWin::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     ExitWin window(nullptr);
     window.show();
     QVERIFY(Drags(window, QPoint(0, 0)));
@@ -171,13 +171,13 @@ void TestExitWin::dragAreaIncludesItsCorners()
 
 void TestExitWin::isCentredOnItsParent_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestExitWin::isCentredOnItsParent()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     QWidget parent;
     parent.setGeometry(150, 100, 500, 400);
     ExitWin window(&parent);

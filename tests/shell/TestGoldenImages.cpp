@@ -18,7 +18,7 @@ const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/"
 const QVersionNumber TAKEN_WITH(5, 15, 8);
 } // namespace
 
-class TestGoldenPictures : public QObject
+class TestGoldenImages : public QObject
 {
     Q_OBJECT
 
@@ -36,47 +36,46 @@ private:
     static QImage Golden(const QString& name) { return QImage(GOLDEN + name + QStringLiteral(".png")); }
 };
 
-void TestGoldenPictures::windowsEqualTheirGoldenImages_data()
+void TestGoldenImages::windowsEqualTheirGoldenImages_data()
 {
     QTest::addColumn<bool>("shadow");
     QTest::newRow("shadow") << true;
     QTest::newRow("plain") << false;
 }
 
-void TestGoldenPictures::windowsEqualTheirGoldenImages()
+void TestGoldenImages::windowsEqualTheirGoldenImages()
 {
     QFETCH(bool, shadow);
     const Allowance& allowance = QLibraryInfo::version() < TAKEN_WITH ? OTHER_RELEASE : OTHER_RASTERISER;
     QStringList different;
-    for (const Portrait& portrait : TakePortraits(shadow)) {
-        if (!portrait.golden) {
+    for (const WindowImage& image : TakeWindowImages(shadow)) {
+        if (!image.golden) {
             continue;
         }
-        const QRect difference = FindDifference(portrait.image, Golden(portrait.name), allowance);
+        const QRect difference = FindDifference(image.image, Golden(image.name), allowance);
         if (!difference.isEmpty()) {
             // Save it beside the test, for people to inspect.
-            portrait.image.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + portrait.name +
-                                QStringLiteral(".png"));
+            image.image.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + image.name +
+                             QStringLiteral(".png"));
             different += QStringLiteral("%1 at %2,%3 %4x%5")
-                             .arg(portrait.name)
+                             .arg(image.name)
                              .arg(difference.x())
                              .arg(difference.y())
                              .arg(difference.width())
                              .arg(difference.height());
         }
     }
-    QVERIFY2(different.isEmpty(),
-             qPrintable(different.join(QStringLiteral("; ")) +
-                        QStringLiteral(" - if that is wanted: scripts/images accept")));
+    QVERIFY2(different.isEmpty(), qPrintable(different.join(QStringLiteral("; ")) +
+                                             QStringLiteral(" - if that is wanted: scripts/images accept")));
 }
 
-void TestGoldenPictures::everyGoldenImageBelongsToAWindow()
+void TestGoldenImages::everyGoldenImageBelongsToAWindow()
 {
     QStringList wanted;
     for (const bool shadow : {true, false}) {
-        for (const Portrait& portrait : TakePortraits(shadow)) {
-            if (portrait.golden) {
-                wanted += portrait.name + QStringLiteral(".png");
+        for (const WindowImage& image : TakeWindowImages(shadow)) {
+            if (image.golden) {
+                wanted += image.name + QStringLiteral(".png");
             }
         }
     }
@@ -84,7 +83,7 @@ void TestGoldenPictures::everyGoldenImageBelongsToAWindow()
     QCOMPARE(QDir(GOLDEN).entryList(QDir::Files, QDir::Name | QDir::LocaleAware).toSet(), wanted.toSet());
 }
 
-void TestGoldenPictures::comparisonDetectsAMovedWidget()
+void TestGoldenImages::comparisonDetectsAMovedWidget()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     // Move the pencil, the smallest widget of the page, two pixels to the right.
@@ -98,7 +97,7 @@ void TestGoldenPictures::comparisonDetectsAMovedWidget()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonDetectsAnotherColour()
+void TestGoldenImages::comparisonDetectsAnotherColour()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     QImage after = before;
@@ -112,7 +111,7 @@ void TestGoldenPictures::comparisonDetectsAnotherColour()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonDetectsAMissingLine()
+void TestGoldenImages::comparisonDetectsAMissingLine()
 {
     const QImage before = Golden(QStringLiteral("settings-shadow"));
     const QRgb divider = qRgb(0xF0, 0xF0, 0xF0);
@@ -132,7 +131,7 @@ void TestGoldenPictures::comparisonDetectsAMissingLine()
     QVERIFY(!FindDifference(before, after).isEmpty());
 }
 
-void TestGoldenPictures::comparisonForAnotherReleaseDetectsMissingParts()
+void TestGoldenImages::comparisonForAnotherReleaseDetectsMissingParts()
 {
     const QImage before = Golden(QStringLiteral("main-idle-shadow"));
     const QRect pencil(600, 424, 24, 24);
@@ -147,7 +146,7 @@ void TestGoldenPictures::comparisonForAnotherReleaseDetectsMissingParts()
     QVERIFY(!FindDifference(before, moved, OTHER_RELEASE).isEmpty());
 }
 
-void TestGoldenPictures::comparisonAcceptsAnotherRasteriser()
+void TestGoldenImages::comparisonAcceptsAnotherRasteriser()
 {
     const QString text = QStringLiteral("多屏协同 极速投屏，无缝连接 PC设备名称 Tandra");
     QFont font(QStringLiteral("Noto Sans CJK SC"));
@@ -173,5 +172,5 @@ void TestGoldenPictures::comparisonAcceptsAnotherRasteriser()
     QVERIFY(FindDifference(glyphs, outlines).isEmpty());
 }
 
-PROGRAM_TEST_MAIN(TestGoldenPictures)
+PROGRAM_TEST_MAIN(TestGoldenImages)
 #include "TestGoldenImages.moc"

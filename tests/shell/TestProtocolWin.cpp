@@ -105,13 +105,13 @@ void TestProtocolWin::widgetsHaveTheirProperties()
 
 void TestProtocolWin::shadowDecidesTheAppearance_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestProtocolWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     const ProtocolWin other(nullptr);
     QCOMPARE(other.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(other.size().width() == 898, !shadow);
@@ -185,14 +185,14 @@ void TestProtocolWin::beginClosesWhenTheSettingsCannotBeWritten()
 void TestProtocolWin::exitCallsTheHookAndThenCloses()
 {
     bool visibleAtHook = false;
-    int told = 0;
-    window->exitHook = [this, &visibleAtHook, &told] {
+    int calls = 0;
+    window->exitHook = [this, &visibleAtHook, &calls] {
         visibleAtHook = window->isVisible();
-        ++told;
+        ++calls;
     };
     window->show();
     QTest::mouseClick(Button("CloseBtn"), Qt::LeftButton);
-    QCOMPARE(told, 1);
+    QCOMPARE(calls, 1);
     QVERIFY(visibleAtHook);
     QVERIFY(!window->isVisible());
     QVERIFY(!window->IsReadStatement());
@@ -207,25 +207,25 @@ void TestProtocolWin::exitWithoutAHookCloses()
 
 void TestProtocolWin::closeByTheWindowManagerDoesNotCallTheHook()
 {
-    int told = 0;
-    window->exitHook = [&told] {
-        ++told;
+    int calls = 0;
+    window->exitHook = [&calls] {
+        ++calls;
     };
     window->show();
     window->close();
-    QCOMPARE(told, 0);
+    QCOMPARE(calls, 0);
     QVERIFY(!window->isVisible());
 }
 
 void TestProtocolWin::dragAreaIncludesItsCorners_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestProtocolWin::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     ProtocolWin other(nullptr);
     other.show();
     QVERIFY(!Drags(other, QPoint(896, 43)));

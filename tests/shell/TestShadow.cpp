@@ -426,13 +426,13 @@ void TestShadow::anyReleaseEndsTheDrag()
 
 void TestShadow::dragIsClampedWithShadowOnly_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestShadow::dragIsClampedWithShadowOnly()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     Probe probe;
     probe.move(200, 200);
     if (shadow) {

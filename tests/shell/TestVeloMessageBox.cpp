@@ -7,9 +7,9 @@
 #include <QTimer>
 
 #include "shell/VeloMessageBox.h"
-#include "support/Widgets.h"
 #include "support/ModalActor.h"
 #include "support/ProgramMain.h"
+#include "support/Widgets.h"
 
 class TestVeloMessageBox : public QObject
 {
@@ -41,13 +41,13 @@ private slots:
 
 void TestVeloMessageBox::widgetsHaveTheirProperties_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloMessageBox::widgetsHaveTheirProperties()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     VeloMessageBox box(nullptr);
     box.show();
     QCOMPARE(static_cast<int>(box.windowFlags()), 10251);
@@ -82,13 +82,13 @@ void TestVeloMessageBox::widgetsHaveTheirProperties()
 
 void TestVeloMessageBox::shadowDecidesTheAppearance_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloMessageBox::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     VeloMessageBox box(nullptr);
     QCOMPARE(box.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(Find(box, "widget_bg")->graphicsEffect() != nullptr, shadow);
@@ -283,7 +283,7 @@ void TestVeloMessageBox::isCentredOnTheMainWindowsCard_data()
 void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
 {
     QFETCH(QSize, pageSize);
-    const Look look(true);
+    const Appearance appearance(true);
     // The page's position in the card is (168, 44).
     QWidget page;
     page.setGeometry(QRect(QPoint(250, 150), pageSize));
@@ -298,13 +298,13 @@ void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
 
 void TestVeloMessageBox::dragAreaIncludesItsCorners_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloMessageBox::dragAreaIncludesItsCorners()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     VeloMessageBox box(nullptr);
     box.show();
     QVERIFY(Drags(box, QPoint(0, 0)));

@@ -159,13 +159,13 @@ void TestVeloWin::stackingPutsTheCloseButtonOverItsCover()
 
 void TestVeloWin::shadowDecidesTheAppearance_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloWin::shadowDecidesTheAppearance()
 {
     QFETCH(bool, shadow);
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     const VeloWin other(nullptr);
     QCOMPARE(other.testAttribute(Qt::WA_TranslucentBackground), shadow);
     QCOMPARE(Find(other, "widget_bg")->graphicsEffect() != nullptr, shadow);
@@ -192,7 +192,7 @@ void TestVeloWin::shadowDecidesTheAppearance()
 
 void TestVeloWin::coversStayOnAllPagesWithoutShadow()
 {
-    const Look look(false);
+    const Appearance appearance(false);
     VeloWin other(nullptr);
     other.show();
     other.ShowAboutWin();
@@ -274,14 +274,14 @@ void TestVeloWin::minimiseButtonMinimises()
 
 void TestVeloWin::menuHasItsProperties_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloWin::menuHasItsProperties()
 {
     QFETCH(bool, shadow);
     window.reset();
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     window = std::make_unique<VeloWin>(nullptr);
     const QDialog& menu = Menu();
     QCOMPARE(static_cast<int>(menu.windowFlags()), 264201);
@@ -319,14 +319,14 @@ void TestVeloWin::menuHasItsProperties()
 
 void TestVeloWin::menuIsPlacedBelowItsButton_data()
 {
-    AddBothLooks();
+    AddBothAppearances();
 }
 
 void TestVeloWin::menuIsPlacedBelowItsButton()
 {
     QFETCH(bool, shadow);
     window.reset();
-    const Look look(shadow);
+    const Appearance appearance(shadow);
     window = std::make_unique<VeloWin>(nullptr);
     window->show();
     Click("menu");
@@ -473,7 +473,7 @@ void TestVeloWin::confirmStopsThenQuitsThenCallsTheHook()
     QStringList order;
     window->exitHook = [this, &order] {
         order.append(log->Messages().filter(QStringLiteral("stop app[0]")));
-        order.append(QStringLiteral("told"));
+        order.append(QStringLiteral("exit hook"));
     };
     connect(qApp, &QCoreApplication::aboutToQuit, this, [&order] { order.append(QStringLiteral("quit")); });
     QTimer::singleShot(0, this, [this] {
@@ -482,8 +482,8 @@ void TestVeloWin::confirmStopsThenQuitsThenCallsTheHook()
     });
     QApplication::exec();
     // The hook is called immediately, before the event loop has ended.
-    QCOMPARE(order,
-             QStringList({QStringLiteral("stop app[0]"), QStringLiteral("told"), QStringLiteral("quit")}));
+    QCOMPARE(order, QStringList({QStringLiteral("stop app[0]"), QStringLiteral("exit hook"),
+                                 QStringLiteral("quit")}));
     QCOMPARE(log->Messages().last(), QStringLiteral("Velodesk exit."));
     disconnect(qApp, nullptr, this, nullptr);
 }
@@ -498,7 +498,7 @@ void TestVeloWin::exitWorksWithoutAHook()
 
 void TestVeloWin::dragKeepsTheCardOnTheScreen()
 {
-    const Look look(true);
+    const Appearance appearance(true);
     QWidget* card = Find(*window, "widget_bg");
     SendMouse(*window, QEvent::MouseButtonPress, card->pos() + QPoint(300, 10));
     SendMouse(*window, QEvent::MouseMove, card->pos() - QPoint(3000, 3000));
@@ -510,7 +510,7 @@ void TestVeloWin::dragIsClampedAtTheFarCorner()
 {
     // The clamping uses the card's size at the press, which the window does not store elsewhere.
     window.reset();
-    const Look look(true);
+    const Appearance appearance(true);
     window = std::make_unique<VeloWin>(nullptr);
     window->show();
     QWidget* card = Find(*window, "widget_bg");
@@ -567,7 +567,7 @@ void TestVeloWin::dragAreaEndsAt895And43()
     QFETCH(QPoint, offset);
     QFETCH(bool, drags);
     window.reset();
-    const Look look(false);
+    const Appearance appearance(false);
     window = std::make_unique<VeloWin>(nullptr);
     window->show();
     const QPoint before = window->pos();

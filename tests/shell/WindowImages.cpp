@@ -18,18 +18,18 @@
 #include "shell/ProtocolWin.h"
 #include "shell/SerProEdit.h"
 #include "shell/VeloWin.h"
-#include "support/Widgets.h"
 #include "support/ModalActor.h"
+#include "support/Widgets.h"
 
 namespace {
 constexpr int TRUSTED = 3;
 
-class Photographer
+class WindowImageTaker
 {
 public:
-    explicit Photographer(bool shadow) : look(shadow), suffix(shadow ? "-shadow" : "-plain") {}
+    explicit WindowImageTaker(bool shadow) : appearance(shadow), suffix(shadow ? "-shadow" : "-plain") {}
 
-    QList<Portrait> Take();
+    QList<WindowImage> Take();
 
 private:
     void Keep(const char* name, QWidget& window, bool golden = true);
@@ -46,9 +46,9 @@ private:
     /// Adds the modal dialog that `ask` opens.
     void KeepDialog(const char* name, const std::function<void()>& ask);
 
-    Look look;
+    Appearance appearance;
     QString suffix;
-    QList<Portrait> portraits;
+    QList<WindowImage> images;
 };
 
 void Settle()
@@ -82,14 +82,14 @@ void Store(Velodesk::StrConstName section, Velodesk::StrConstName key, const std
         Table::GetConstant(Velodesk::CONF_FILE), Table::GetConstant(section), Table::GetConstant(key), value);
 }
 
-void Photographer::Keep(const char* name, QWidget& window, bool golden)
+void WindowImageTaker::Keep(const char* name, QWidget& window, bool golden)
 {
     Settle();
-    portraits.append({QLatin1String(name) + suffix,
-                      window.grab().toImage().convertToFormat(QImage::Format_ARGB32), golden});
+    images.append({QLatin1String(name) + suffix,
+                   window.grab().toImage().convertToFormat(QImage::Format_ARGB32), golden});
 }
 
-void Photographer::KeepStates(const char* name, QWidget& window)
+void WindowImageTaker::KeepStates(const char* name, QWidget& window)
 {
     const auto buttons = window.findChildren<QPushButton*>();
     Keep(name, window);
@@ -101,7 +101,7 @@ void Photographer::KeepStates(const char* name, QWidget& window)
     Hover(buttons, false);
 }
 
-void Photographer::KeepPages(const char* name, QWidget& window, SerProEdit& view)
+void WindowImageTaker::KeepPages(const char* name, QWidget& window, SerProEdit& view)
 {
     QScrollBar* bar = view.verticalScrollBar();
     int page = 1;
@@ -116,7 +116,7 @@ void Photographer::KeepPages(const char* name, QWidget& window, SerProEdit& view
     bar->setValue(0);
 }
 
-void Photographer::TakeAgreement()
+void WindowImageTaker::TakeAgreement()
 {
     ProtocolWin window(nullptr);
     window.show();
@@ -126,7 +126,7 @@ void Photographer::TakeAgreement()
     KeepPages("agreement-page", window, *window.findChild<SerProEdit*>());
 }
 
-void Photographer::TakeMainWindow()
+void WindowImageTaker::TakeMainWindow()
 {
     VeloWin window(nullptr);
     window.show();
@@ -146,7 +146,7 @@ void Photographer::TakeMainWindow()
     TakeDialogs(window, page);
 }
 
-void Photographer::TakeHelp(VeloWin& window, MultiScreen& page)
+void WindowImageTaker::TakeHelp(VeloWin& window, MultiScreen& page)
 {
     page.ClickHelpBtn();
     KeepStates("help-menu", window);
@@ -156,7 +156,7 @@ void Photographer::TakeHelp(VeloWin& window, MultiScreen& page)
     KeepPages("help-problems", window, *page.findChild<SerProEdit*>());
 }
 
-void Photographer::TakeSettings(VeloWin& window)
+void WindowImageTaker::TakeSettings(VeloWin& window)
 {
     Singleton<Configure>::GetInstance()->ClearTrustDevices();
     window.ShowSetWin();
@@ -166,7 +166,7 @@ void Photographer::TakeSettings(VeloWin& window)
     KeepStates("settings", window);
 }
 
-void Photographer::TakeAbout(VeloWin& window)
+void WindowImageTaker::TakeAbout(VeloWin& window)
 {
     window.ShowAboutWin();
     KeepStates("about", window);
@@ -176,7 +176,7 @@ void Photographer::TakeAbout(VeloWin& window)
     about.BackToAboutWin();
 }
 
-void Photographer::TakeMenu(VeloWin& window)
+void WindowImageTaker::TakeMenu(VeloWin& window)
 {
     window.ShowMenu();
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -187,7 +187,7 @@ void Photographer::TakeMenu(VeloWin& window)
     }
 }
 
-void Photographer::TakeDialogs(VeloWin& window, MultiScreen& page)
+void WindowImageTaker::TakeDialogs(VeloWin& window, MultiScreen& page)
 {
     window.ShowExitWin();
     auto& question = *window.findChild<ExitWin*>();
@@ -198,7 +198,7 @@ void Photographer::TakeDialogs(VeloWin& window, MultiScreen& page)
     KeepDialog("question", [&page] { page.ClearTrustDevices(); });
 }
 
-void Photographer::KeepDialog(const char* name, const std::function<void()>& ask)
+void WindowImageTaker::KeepDialog(const char* name, const std::function<void()>& ask)
 {
     const ModalActor actor([this, name](QWidget* dialog) {
         KeepStates(name, *dialog);
@@ -210,19 +210,19 @@ void Photographer::KeepDialog(const char* name, const std::function<void()>& ask
     }
 }
 
-QList<Portrait> Photographer::Take()
+QList<WindowImage> WindowImageTaker::Take()
 {
     // Images must not depend on the scratch home or on the time.
     Singleton<Configure>::GetInstance()->SetSavePath("/home/user/Desktop");
     QApplication::setCursorFlashTime(0);
     TakeAgreement();
     TakeMainWindow();
-    return portraits;
+    return images;
 }
 
 } // namespace
 
-QList<Portrait> TakePortraits(bool shadow)
+QList<WindowImage> TakeWindowImages(bool shadow)
 {
-    return Photographer(shadow).Take();
+    return WindowImageTaker(shadow).Take();
 }

@@ -5,7 +5,7 @@
 #include <QString>
 
 /// An image of a window as it paints itself, with margins, shadow and alpha channel.
-struct Portrait
+struct WindowImage
 {
     QString name;
     QImage image;
@@ -15,4 +15,4 @@ struct Portrait
 
 /// Creates the images of every window, page and state, with or without shadow. Needs a display with room for
 /// the windows, and a scratch home because it writes the settings file.
-QList<Portrait> TakePortraits(bool shadow);
+QList<WindowImage> TakeWindowImages(bool shadow);

@@ -1,7 +1,7 @@
 // Creates images of every window, page and state, with and without shadow.
 //
-//   portraits --sheet DIR    creates all images and an index.html that shows them
-//   portraits --golden DIR   updates the golden images in DIR: replaces those that the tests
+//   window-images --sheet DIR    creates all images and an index.html that shows them
+//   window-images --golden DIR   updates the golden images in DIR: replaces those that the tests
 //                            reject, and removes those that belong to no window
 //
 // Needs a display and a scratch home; scripts/images provides both.
@@ -20,17 +20,17 @@
 namespace {
 constexpr int OFTEN_ENOUGH = 9;
 
-QString FileName(const Portrait& portrait)
+QString FileName(const WindowImage& image)
 {
-    return portrait.name + QStringLiteral(".png");
+    return image.name + QStringLiteral(".png");
 }
 
-bool Save(const QDir& directory, const Portrait& portrait)
+bool Save(const QDir& directory, const WindowImage& image)
 {
-    return portrait.image.save(directory.filePath(FileName(portrait)), "PNG", 100 - 10 * OFTEN_ENOUGH);
+    return image.image.save(directory.filePath(FileName(image)), "PNG", 100 - 10 * OFTEN_ENOUGH);
 }
 
-void WriteIndex(const QDir& directory, const QList<Portrait>& portraits)
+void WriteIndex(const QDir& directory, const QList<WindowImage>& images)
 {
     QFile file(directory.filePath(QStringLiteral("index.html")));
     if (!file.open(QIODevice::WriteOnly)) {
@@ -40,8 +40,8 @@ void WriteIndex(const QDir& directory, const QList<Portrait>& portraits)
     page << "<html><head><title>Windows, pages and states</title><style>"
             "body{background:#9AA4B5;font-family:sans-serif}figure{display:inline-block;margin:12px}"
             "</style></head><body>\n";
-    for (const Portrait& portrait : portraits) {
-        page << "<figure><img src=\"" << portrait.name << ".png\"><figcaption>" << portrait.name
+    for (const WindowImage& image : images) {
+        page << "<figure><img src=\"" << image.name << ".png\"><figcaption>" << image.name
              << "</figcaption></figure>\n";
     }
     page << "</body></html>\n";
@@ -56,28 +56,27 @@ int main(int argc, char** argv)
     const QStringList arguments = QApplication::arguments();
     const bool sheet = arguments.value(1) == QLatin1String("--sheet");
     if (arguments.size() != 3 || (!sheet && arguments.at(1) != QLatin1String("--golden"))) {
-        std::fprintf(stderr, "usage: portraits --sheet DIR | --golden DIR\n");
+        std::fprintf(stderr, "usage: window-images --sheet DIR | --golden DIR\n");
         return 2;
     }
     QDir directory(arguments.at(2));
     directory.mkpath(QStringLiteral("."));
-    QList<Portrait> portraits;
+    QList<WindowImage> images;
     for (const bool shadow : {true, false}) {
-        portraits += TakePortraits(shadow);
+        images += TakeWindowImages(shadow);
     }
     QStringList leftOver = sheet ? QStringList() : directory.entryList({QStringLiteral("*.png")});
-    for (const Portrait& portrait : portraits) {
-        leftOver.removeOne(FileName(portrait));
+    for (const WindowImage& image : images) {
+        leftOver.removeOne(FileName(image));
         const bool wanted =
-            sheet ||
-            (portrait.golden &&
-             !FindDifference(portrait.image, QImage(directory.filePath(FileName(portrait)))).isEmpty());
-        if (wanted && !Save(directory, portrait)) {
-            std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(portrait.name));
+            sheet || (image.golden &&
+                      !FindDifference(image.image, QImage(directory.filePath(FileName(image)))).isEmpty());
+        if (wanted && !Save(directory, image)) {
+            std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(image.name));
             return 1;
         }
         if (wanted && !sheet) {
-            std::printf("replaced: %s\n", qUtf8Printable(portrait.name));
+            std::printf("replaced: %s\n", qUtf8Printable(image.name));
         }
     }
     for (const QString& name : qAsConst(leftOver)) {
@@ -85,7 +84,7 @@ int main(int argc, char** argv)
         std::printf("removed: %s\n", qUtf8Printable(name));
     }
     if (sheet) {
-        WriteIndex(directory, portraits);
+        WriteIndex(directory, images);
     }
     std::printf("images in %s\n", qUtf8Printable(directory.absolutePath()));
     return 0;

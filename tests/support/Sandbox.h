@@ -21,7 +21,7 @@ inline void MakeRoom(const char* bytes)
         prctl(PR_CAPBSET_DROP, right, 0, 0, 0);
     }
     prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_CLEAR_ALL, 0, 0, 0);
-    PlainUser::Stay();
+    UnprivilegedUser::Stay();
 }
 
 /// Restarts the test in a sandbox in which /opt is empty and writable and root has no additional rights.

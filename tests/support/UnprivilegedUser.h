@@ -7,10 +7,10 @@
 
 /// Removes root's capabilities from this thread as long as the object exists, so that file permissions also
 /// apply if root runs the tests.
-class PlainUser
+class UnprivilegedUser
 {
 public:
-    PlainUser()
+    UnprivilegedUser()
     {
         __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
         if (syscall(SYS_capget, &header, before) != 0) {
@@ -23,9 +23,9 @@ public:
         }
         Set(none);
     }
-    ~PlainUser() { Set(before); }
-    PlainUser(const PlainUser&) = delete;
-    PlainUser& operator=(const PlainUser&) = delete;
+    ~UnprivilegedUser() { Set(before); }
+    UnprivilegedUser(const UnprivilegedUser&) = delete;
+    UnprivilegedUser& operator=(const UnprivilegedUser&) = delete;
 
     /// Removes the capabilities permanently, for a thread that ends soon. access() considers root's permitted
     /// capabilities, not only the effective ones.

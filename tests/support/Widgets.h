@@ -8,20 +8,20 @@
 #include "shell/Shadow.h"
 
 /// Selects the appearance (with or without shadow) of windows that are constructed while the object exists.
-class Look
+class Appearance
 {
 public:
-    explicit Look(bool shadow) : before(Shadow::useShadow) { Shadow::useShadow = shadow; }
-    ~Look() { Shadow::useShadow = before; }
-    Look(const Look&) = delete;
-    Look& operator=(const Look&) = delete;
+    explicit Appearance(bool shadow) : before(Shadow::useShadow) { Shadow::useShadow = shadow; }
+    ~Appearance() { Shadow::useShadow = before; }
+    Appearance(const Appearance&) = delete;
+    Appearance& operator=(const Appearance&) = delete;
 
 private:
     bool before;
 };
 
 /// Adds the column and the rows of both appearances to a data-driven test.
-inline void AddBothLooks()
+inline void AddBothAppearances()
 {
     QTest::addColumn<bool>("shadow");
     QTest::newRow("shadow") << true;
