@@ -1,5 +1,5 @@
-// The manager: what the application says reaches it exactly once while it is known and wired, and never
-// otherwise, whoever starts, stops or forgets it from wherever.
+// The manager emits each signal of an application exactly once while the application is registered and
+// connected, and never otherwise.
 
 #include <algorithm>
 
@@ -10,17 +10,17 @@
 #include "supervision/TandraApp.h"
 
 namespace {
-constexpr std::size_t MOST_CHILDREN = 6;
+constexpr std::size_t MAX_CHILDREN = 6;
 constexpr int SPARE_DESCRIPTORS = 16;
 
-class OpenApp : public BaseApp
+class ExposedApp : public BaseApp
 {
 public:
-    static auto Program() { return &OpenApp::program; }
-    static auto Arguments() { return &OpenApp::arguments; }
-    static auto Processes() { return &OpenApp::processVector; }
-    static auto Count() { return &OpenApp::count; }
-    static auto Name() { return &OpenApp::name; }
+    static auto Program() { return &ExposedApp::program; }
+    static auto Arguments() { return &ExposedApp::arguments; }
+    static auto Processes() { return &ExposedApp::processVector; }
+    static auto Count() { return &ExposedApp::count; }
+    static auto Name() { return &ExposedApp::name; }
 };
 
 class AppManagerCalls : public CallSequence
@@ -47,19 +47,19 @@ private:
         }
     };
 
-    void Watch();
+    void CountSignals();
     void ChooseChild();
     void Report();
-    void Ask();
-    void Rewire();
-    bool Reaches() const { return known && wired; }
-    std::vector<std::shared_ptr<QProcess>>& Processes() { return app.*OpenApp::Processes(); }
+    void CompareTypes();
+    void Reconnect();
+    bool IsForwarded() const { return registered && connected; }
+    std::vector<std::shared_ptr<QProcess>>& Processes() { return app.*ExposedApp::Processes(); }
 
     BaseApp& app{*Singleton<TandraApp>::GetInstance()};
     Emitted expected;
     Emitted emitted;
-    bool known = true;
-    bool wired = true;
+    bool registered = true;
+    bool connected = true;
     std::unique_ptr<AppManager> manager;
     std::vector<std::unique_ptr<Client>> clients;
     int descriptors = 0;
@@ -67,29 +67,29 @@ private:
 
 AppManagerCalls::AppManagerCalls(quint32 seed) : CallSequence(seed)
 {
-    // In front of the manager's own wiring: what is counted here has to come out there next.
+    // Connected before the manager connects, so each emission is counted here first.
     QObject::connect(&app, &BaseApp::AppStarted, &app, [this] {
-        REQUIRE(app.*OpenApp::Count() == 1);
-        expected.started += Reaches() ? 1 : 0;
+        REQUIRE(app.*ExposedApp::Count() == 1);
+        expected.started += IsForwarded() ? 1 : 0;
     });
     QObject::connect(&app, &BaseApp::AppFinished, &app, [this] {
-        REQUIRE(app.*OpenApp::Count() == 0);
-        expected.finished += Reaches() ? 1 : 0;
+        REQUIRE(app.*ExposedApp::Count() == 0);
+        expected.finished += IsForwarded() ? 1 : 0;
     });
-    QObject::connect(&app, &BaseApp::AppError, &app, [this] { expected.errors += Reaches() ? 1 : 0; });
+    QObject::connect(&app, &BaseApp::AppError, &app, [this] { expected.errors += IsForwarded() ? 1 : 0; });
     const auto event = [this] {
-        expected.events += Reaches() ? 1 : 0;
+        expected.events += IsForwarded() ? 1 : 0;
     };
     QObject::connect(&app, &BaseApp::AppEventInited, &app, event);
     QObject::connect(&app, &BaseApp::AppEventRunning, &app, event);
     QObject::connect(&app, &BaseApp::AppEventStopped, &app, event);
     manager = std::make_unique<AppManager>();
-    Watch();
+    CountSignals();
     ChooseChild();
     descriptors = OpenDescriptors();
 }
 
-void AppManagerCalls::Watch()
+void AppManagerCalls::CountSignals()
 {
     QObject::connect(manager.get(), &AppManager::AppStarted, &app, [this](AppManager::AppType type) {
         REQUIRE(type == AppManager::TANDRA_APP);
@@ -114,14 +114,14 @@ void AppManagerCalls::Watch()
 void AppManagerCalls::ChooseChild()
 {
     const Children::Child child = Any(Children::All());
-    app.*OpenApp::Program() = child.program;
-    app.*OpenApp::Arguments() = child.arguments;
+    app.*ExposedApp::Program() = child.program;
+    app.*ExposedApp::Arguments() = child.arguments;
 }
 
 void AppManagerCalls::Report()
 {
     if (clients.empty() || OneIn(4)) {
-        clients.push_back(std::make_unique<Client>(QString::fromStdString(app.*OpenApp::Name())));
+        clients.push_back(std::make_unique<Client>(QString::fromStdString(app.*ExposedApp::Name())));
     } else if (clients.size() > 4 || OneIn(4)) {
         clients.erase(clients.begin() + Pick(static_cast<int>(clients.size())));
     } else {
@@ -131,69 +131,69 @@ void AppManagerCalls::Report()
     }
 }
 
-void AppManagerCalls::Ask()
+void AppManagerCalls::CompareTypes()
 {
-    const BaseApp stranger("stranger");
-    REQUIRE(manager->GetTypeFromApp(app) == (known ? AppManager::TANDRA_APP : AppManager::APP_TYPE_END));
-    REQUIRE(manager->GetTypeFromApp(stranger) == AppManager::APP_TYPE_END);
+    const BaseApp unregistered("unregistered");
+    REQUIRE(manager->GetTypeFromApp(app) == (registered ? AppManager::TANDRA_APP : AppManager::APP_TYPE_END));
+    REQUIRE(manager->GetTypeFromApp(unregistered) == AppManager::APP_TYPE_END);
 }
 
-void AppManagerCalls::Rewire()
+void AppManagerCalls::Reconnect()
 {
     switch (Pick(4)) {
     case 0:
         manager->RegisterCallback();
-        wired = wired || known;
+        connected = connected || registered;
         break;
     case 1:
         manager->UnregisterCallback();
-        wired = wired && !known;
+        connected = connected && !registered;
         break;
     case 2:
         manager->InitAppMap();
-        known = true;
+        registered = true;
         break;
     default:
         manager->ReAllocResource();
-        known = true;
-        wired = true;
+        registered = true;
+        connected = true;
         break;
     }
 }
 
 void AppManagerCalls::Step()
 {
-    const auto comeBack = [this] {
-        wired = wired || !known;
-        known = true;
+    const auto registerAgain = [this] {
+        connected = connected || !registered;
+        registered = true;
     };
     switch (Pick(12)) {
     case 0:
     case 1:
     case 2:
-        comeBack();
-        if (Processes().size() < MOST_CHILDREN) {
+        registerAgain();
+        if (Processes().size() < MAX_CHILDREN) {
             manager->StartApp(AppManager::TANDRA_APP);
         } else {
             manager->StopApp(AppManager::TANDRA_APP, false);
         }
         break;
     case 3:
-        comeBack();
+        registerAgain();
         manager->StopApp(AppManager::TANDRA_APP, OneIn(2));
         break;
     case 4:
-        comeBack();
+        registerAgain();
         manager->StopAll();
         break;
     case 5:
         manager->DeleteAll();
-        known = false;
+        registered = false;
         break;
     case 6:
-        // Both look for the application anew, whatever type they were asked for.
-        known = true;
-        wired = true;
+        // Both register missing applications, whatever type they receive.
+        registered = true;
+        connected = true;
         if (OneIn(2)) {
             manager->StartApp(AppManager::APP_TYPE_END);
         } else {
@@ -201,7 +201,7 @@ void AppManagerCalls::Step()
         }
         break;
     case 7:
-        Rewire();
+        Reconnect();
         break;
     case 8:
         ChooseChild();
@@ -210,14 +210,14 @@ void AppManagerCalls::Step()
         Report();
         break;
     case 10:
-        Ask();
+        CompareTypes();
         break;
     default:
         Spin(Pick(40));
         break;
     }
     REQUIRE(emitted == expected);
-    REQUIRE(app.*OpenApp::Count() >= 0);
+    REQUIRE(app.*ExposedApp::Count() >= 0);
 }
 
 void AppManagerCalls::End()

@@ -1,4 +1,5 @@
-// One application: its signals fit its count, and a clearing leaves those that run, in their order.
+// The signals of an application agree with its count, and ClearVector() keeps the running processes in their
+// order.
 
 #include <QTemporaryDir>
 #include <algorithm>
@@ -8,9 +9,9 @@
 #include "supervision/BaseApp.h"
 
 namespace {
-constexpr std::size_t MOST_CHILDREN = 6;
+constexpr std::size_t MAX_CHILDREN = 6;
 
-class OpenApp : public BaseApp
+class ExposedApp : public BaseApp
 {
 public:
     using BaseApp::arguments;
@@ -35,15 +36,15 @@ private:
     void CallASlot();
 
     QTemporaryDir directory;
-    std::unique_ptr<OpenApp> app;
+    std::unique_ptr<ExposedApp> app;
     int inside = 0;
 };
 
 void BaseAppCalls::Make()
 {
     app.reset();
-    app = std::make_unique<OpenApp>(directory.filePath(QStringLiteral("ipc")).toStdString());
-    // One that is being destroyed still tells of its children.
+    app = std::make_unique<ExposedApp>(directory.filePath(QStringLiteral("ipc")).toStdString());
+    // The destructor of an application still emits signals of its processes.
     const auto step = [this] {
         if (app == nullptr) {
             return;
@@ -108,7 +109,7 @@ void BaseAppCalls::CallASlot()
 
 void BaseAppCalls::Step()
 {
-    if (app->processVector.size() >= MOST_CHILDREN) {
+    if (app->processVector.size() >= MAX_CHILDREN) {
         app->Stop(OneIn(2));
         Clear();
     }
@@ -128,7 +129,7 @@ void BaseAppCalls::Step()
         CallASlot();
         break;
     case 6:
-        // An application may go with its children alive, but not while one of its signals is being handled.
+        // An application may be destroyed while its processes run, but not by a slot of its own signal.
         if (inside == 0 && OneIn(4)) {
             Make();
         }
@@ -144,7 +145,7 @@ void BaseAppCalls::End()
 {
     StayOutside();
     app->Stop(true);
-    const OpenApp& last = *app;
+    const ExposedApp& last = *app;
     REQUIRE(SpinUntil([&last] {
         return std::all_of(last.processVector.begin(), last.processVector.end(),
                            [](const auto& process) { return process->state() == QProcess::NotRunning; });

@@ -6,7 +6,7 @@
 #include <QString>
 #include <memory>
 
-/// Ends the run with what did not hold; main() adds which run it was.
+/// Aborts the run if the condition is false, with the condition, its source line and the seed.
 #define REQUIRE(condition)                                                                                   \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \
@@ -14,8 +14,8 @@
         }                                                                                                    \
     } while (false)
 
-/// The public operations of one class, called in a random order, from outside and from within its own
-/// signals, and held against a small model of what they promise.
+/// A model-based test of one class: calls its public operations in a random sequence, also from slots that
+/// are connected to its signals, and compares the results with a small model of the class.
 class CallSequence
 {
 public:
@@ -24,9 +24,9 @@ public:
     CallSequence(const CallSequence&) = delete;
     CallSequence& operator=(const CallSequence&) = delete;
 
-    /// One operation, with what must hold after it.
+    /// Calls one operation and verifies its result.
     virtual void Step() = 0;
-    /// What must hold once nothing more is called.
+    /// Verifies the final state; called once after the last step.
     virtual void End() {}
 
     [[noreturn]] static void Fail(const char* file, int line, const char* condition);
@@ -41,9 +41,9 @@ protected:
     }
     QByteArray AnyBytes(int longest);
 
-    /// Lets the event loop run for a while.
+    /// Runs the event loop for that time.
     static void Spin(int ms);
-    /// Lets it run until `condition` holds; false after ten seconds.
+    /// Runs the event loop until `condition` is true; returns false after ten seconds.
     template <typename Condition>
     static bool SpinUntil(Condition condition)
     {
@@ -54,27 +54,27 @@ protected:
         return condition();
     }
 
-    /// One more operation from within a signal now and then, but not without end.
+    /// Called by slots: sometimes calls one more operation. The nesting is limited.
     void StepInside()
     {
-        if (depth < DEEPEST && OneIn(2)) {
+        if (depth < MAX_DEPTH && OneIn(2)) {
             ++depth;
             Step();
             --depth;
         }
     }
 
-    /// No more operations from within signals.
-    void StayOutside() { depth = DEEPEST; }
+    /// Prevents further operations in slots.
+    void StayOutside() { depth = MAX_DEPTH; }
 
 private:
-    static constexpr int DEEPEST = 3;
+    static constexpr int MAX_DEPTH = 3;
 
     QRandomGenerator random;
     int depth = 0;
 };
 
-/// Open descriptors of this process.
+/// Returns the number of open descriptors of this process.
 int OpenDescriptors();
 
 std::unique_ptr<CallSequence> MakeAppManagerCalls(quint32 seed);

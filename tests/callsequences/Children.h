@@ -3,7 +3,7 @@
 #include <QList>
 #include <QStringList>
 
-/// Programs that a supervised application may turn out to be.
+/// Programs for a supervised application.
 namespace Children {
 struct Child
 {
@@ -16,7 +16,7 @@ inline Child Shell(const char* script)
     return {QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QLatin1String(script)}};
 }
 
-/// All but the last three end by themselves soon.
+/// Returns all of them. All but the last three end soon without a signal.
 inline QList<Child> All()
 {
     return {

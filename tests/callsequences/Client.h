@@ -7,7 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-/// A peer of a local socket, beneath the library's own and never waiting.
+/// A client of a local socket that does not use Qt and never blocks.
 class Client
 {
 public:
@@ -25,7 +25,7 @@ public:
     bool IsConnected() const { return isConnected; }
     void Send(const QByteArray& bytes) const
     {
-        // What does not fit, or nobody takes any more, is lost.
+        // Data that does not fit into the buffer, or that nobody reads any more, is lost.
         (void)!send(fd, bytes.constData(), static_cast<size_t>(bytes.size()), MSG_NOSIGNAL);
     }
 

@@ -1,4 +1,4 @@
-// The settings: each getter gives what was set last, or its failure value while the file cannot be read.
+// Each getter returns the last stored value, or its failure value while the file cannot be read.
 
 #include <QFile>
 #include <sys/stat.h>
@@ -104,7 +104,7 @@ void ConfigureCalls::Step()
         ReplaceFile();
         break;
     case 1: {
-        // Makes a file that is missing, and mends no other.
+        // Creates a missing file, and does not change an unreadable one.
         const bool isMissing = !QFile::exists(path);
         configure.Init();
         readable = readable || isMissing;

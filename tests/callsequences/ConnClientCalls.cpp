@@ -1,4 +1,4 @@
-// The client: what it says it has sent arrives, in whole messages only, whether the server comes or goes.
+// The client sends whole messages, also while the server is stopped and started.
 
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -63,7 +63,7 @@ void ConnClientCalls::Read(QLocalSocket* socket)
     for (const char* message : {R"({"status":"init"})", R"({"status":"run"})", R"({"status":"stop"})"}) {
         bytes.replace(message, "");
     }
-    // A message is small enough never to be torn on the way.
+    // A message is so small that the socket never splits it.
     REQUIRE(bytes.isEmpty());
 }
 
@@ -92,11 +92,11 @@ void ConnClientCalls::Send()
 
 void ConnClientCalls::Step()
 {
-    constexpr int MOST_CONNECTIONS = 3;
+    constexpr int MAX_CONNECTIONS = 3;
     switch (Pick(10)) {
     case 0:
-        // Each further call wires the signals once more.
-        if (connections < MOST_CONNECTIONS) {
+        // Each further call connects the signals once more.
+        if (connections < MAX_CONNECTIONS) {
             ++connections;
             const int result = client->ConnToServer();
             REQUIRE(result == 0 || result == -1);
@@ -123,7 +123,7 @@ void ConnClientCalls::Step()
         }
         break;
     case 7: {
-        // From another thread the state is set there and sent here.
+        // The other thread sets the state; the client sends it on this thread.
         ConnClient& other = *client;
         std::thread([&other] { other.AppRun(); }).join();
         break;

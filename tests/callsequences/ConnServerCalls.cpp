@@ -1,4 +1,4 @@
-// The server: only a change to one of the three words counts, whoever sends it and in whatever pieces.
+// The server emits a signal only if the status changes, whichever client sends it and however it is split.
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,9 +15,9 @@ class ConnServerCalls : public CallSequence
 public:
     explicit ConnServerCalls(quint32 seed) : CallSequence(seed)
     {
-        QObject::connect(&server, &ConnServer::AppInited, &server, [this] { Hear("init"); });
-        QObject::connect(&server, &ConnServer::AppRunning, &server, [this] { Hear("run"); });
-        QObject::connect(&server, &ConnServer::AppStoped, &server, [this] { Hear("stop"); });
+        QObject::connect(&server, &ConnServer::AppInited, &server, [this] { Receive("init"); });
+        QObject::connect(&server, &ConnServer::AppRunning, &server, [this] { Receive("run"); });
+        QObject::connect(&server, &ConnServer::AppStoped, &server, [this] { Receive("stop"); });
         REQUIRE(server.ServerStart() == 0);
     }
 
@@ -25,11 +25,11 @@ public:
     void End() override;
 
 private:
-    void Hear(const char* word)
+    void Receive(const char* status)
     {
-        // Never the same word twice in a row.
-        REQUIRE(heard != QLatin1String(word));
-        heard = QLatin1String(word);
+        // Never the same status twice in a row.
+        REQUIRE(received != QLatin1String(status));
+        received = QLatin1String(status);
         StepInside();
     }
     QByteArray AnyMessage();
@@ -38,7 +38,7 @@ private:
     QTemporaryDir directory;
     QString path{directory.filePath(QStringLiteral("status"))};
     ConnServer server{path.toStdString(), nullptr};
-    QString heard;
+    QString received;
     std::vector<std::unique_ptr<Client>> clients;
 };
 
@@ -71,7 +71,7 @@ void ConnServerCalls::Parse()
 
 void ConnServerCalls::Step()
 {
-    constexpr std::size_t MOST_CLIENTS = 20;
+    constexpr std::size_t MAX_CLIENTS = 20;
     switch (Pick(9)) {
     case 0:
         clients.push_back(std::make_unique<Client>(path));
@@ -96,7 +96,7 @@ void ConnServerCalls::Step()
         server.RemoveConn();
         break;
     case 7:
-        // Takes one that waits, or finds none.
+        // There may be a waiting connection, or none.
         server.OnNewConnect();
         if (OneIn(50)) {
             server.ServerStart();
@@ -106,7 +106,7 @@ void ConnServerCalls::Step()
         Spin(Pick(3));
         break;
     }
-    if (clients.size() > MOST_CLIENTS) {
+    if (clients.size() > MAX_CLIENTS) {
         clients.clear();
     }
 }
@@ -116,12 +116,12 @@ void ConnServerCalls::End()
     StayOutside();
     clients.clear();
     Spin(100);
-    // It still hears.
+    // The server still receives messages.
     const Client last(path);
-    const bool running = heard == QLatin1String("run");
+    const bool running = received == QLatin1String("run");
     last.Send(running ? R"({"status":"stop"})" : R"({"status":"run"})");
-    const QString wanted = running ? QStringLiteral("stop") : QStringLiteral("run");
-    REQUIRE(SpinUntil([this, wanted] { return heard == wanted; }));
+    const QString expected = running ? QStringLiteral("stop") : QStringLiteral("run");
+    REQUIRE(SpinUntil([this, expected] { return received == expected; }));
 }
 } // namespace
 

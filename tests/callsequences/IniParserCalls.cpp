@@ -1,5 +1,5 @@
-// The parser: what it gives is what stands in the file, what it holds is what it read or set last, and a save
-// makes the one the other.
+// The getters return what the file contains. The parser's memory contains what was read or set last, and a
+// save writes it to the file.
 
 #include <QFile>
 #include <QMap>
@@ -24,7 +24,7 @@ public:
     void Step() override;
 
 private:
-    /// One file: what it holds (nothing: no file, or none that can be read) and what the parser holds of it.
+    /// One file: its content (empty if it is missing or unreadable), and the parser's copy of it.
     struct Model
     {
         std::optional<Sections> file;
@@ -119,7 +119,7 @@ void IniParserCalls::Get(const std::string& path, Model& model)
     REQUIRE(parser.GetKeyValueString(path, section.toStdString(), key.toStdString()) == value.toStdString());
     REQUIRE(parser.GetKeyValueBool(path, section.toStdString(), key.toStdString()) == (value == "true"));
     if (loads && !key.isEmpty() && model.entry->contains(section)) {
-        // Asking leaves an empty value behind, which a save would write.
+        // A getter adds the key with an empty value, which a save would write.
         (*model.entry)[section][key];
     }
     bool isNumber = false;
@@ -173,10 +173,10 @@ void IniParserCalls::Step()
     const QString path = directory.filePath(Any(NAMES));
     Model& model = models[path];
     const std::string local = Local(path);
-    const bool canBe = !path.contains(QLatin1String("no/"));
+    const bool folderExists = !path.contains(QLatin1String("no/"));
     switch (Pick(6)) {
     case 0:
-        if (canBe) {
+        if (folderExists) {
             ReplaceFile(path, model);
         }
         break;

@@ -1,4 +1,4 @@
-// The log: every line that fits stands in the file that was opened last, whole and once, whoever wrote it.
+// Every line that fits is in the last opened file once and complete, whichever thread wrote it.
 
 #include <QDir>
 #include <QMap>
@@ -12,7 +12,7 @@
 #include "support/Files.h"
 
 namespace {
-constexpr int LONGEST = 4095;
+constexpr int MAX_LENGTH = 4095;
 
 class LoggerCalls : public CallSequence
 {
@@ -32,7 +32,7 @@ private:
     QTemporaryDir directory;
     Brevora::Logger logger;
     QString path;
-    /// How many lines end in each message.
+    /// The number of lines of each message.
     QMap<QByteArray, int> expected;
 };
 
@@ -67,11 +67,12 @@ void LoggerCalls::Open()
 
 void LoggerCalls::Write()
 {
-    QByteArray message = OneIn(5) ? QByteArray(LONGEST - 1 + Pick(3), 'x') : QByteArray::number(Pick(100000));
+    QByteArray message =
+        OneIn(5) ? QByteArray(MAX_LENGTH - 1 + Pick(3), 'x') : QByteArray::number(Pick(100000));
     message = OneIn(6) ? message + "%s%n" : message;
     const int level = Pick(8) - 1;
     logger.WriteLog(level, "File.cpp", Pick(1000), "TAG", "%s", message.constData());
-    if (level > 1 && message.size() <= LONGEST) {
+    if (level > 1 && message.size() <= MAX_LENGTH) {
         ++expected[message];
     }
 }

@@ -1,4 +1,4 @@
-// The page: its button and its picture always say the same, and only the manager's signals decide what.
+// The page: its button and its status text always show the same state.
 
 #include <QDialog>
 #include <QDir>
@@ -30,7 +30,7 @@ private:
     void Click();
     void Call();
     void EditName();
-    void TellAsTheManager();
+    void CallSlotOfTheManager();
     void CloseDialogs();
 
     QTimer dialogs;
@@ -137,7 +137,7 @@ void MultiScreenCalls::EditName()
     }
 }
 
-void MultiScreenCalls::TellAsTheManager()
+void MultiScreenCalls::CallSlotOfTheManager()
 {
     const auto type = OneIn(3) ? AppManager::APP_TYPE_END : AppManager::TANDRA_APP;
     switch (Pick(4)) {
@@ -173,7 +173,7 @@ void MultiScreenCalls::Step()
         EditName();
         break;
     case 5:
-        TellAsTheManager();
+        CallSlotOfTheManager();
         break;
     default:
         Spin(Pick(20));

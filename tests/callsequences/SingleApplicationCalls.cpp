@@ -1,4 +1,5 @@
-// The application object: it takes its socket's name whatever stands there, and every knock is heard.
+// The application object listens on its socket, whatever exists under that name, and answers every
+// connection.
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -20,7 +21,7 @@ public:
 
 private:
     void ChooseName();
-    void Bar();
+    void Block();
     void Establish();
 
     QTemporaryDir directory;
@@ -41,7 +42,7 @@ void SingleApplicationCalls::ChooseName()
     isOther = true;
 }
 
-void SingleApplicationCalls::Bar()
+void SingleApplicationCalls::Block()
 {
     if (!isOther) {
         return;
@@ -67,13 +68,13 @@ void SingleApplicationCalls::Bar()
 void SingleApplicationCalls::Establish()
 {
     if (!isOther) {
-        // Itself is another instance by now.
+        // The application finds its own server and takes it for another instance.
         REQUIRE(application.InitLocalConnect() == 0);
         REQUIRE(application.IsRunning());
         return;
     }
-    // One object listens once: under a second name it goes on without, or says that it cannot, as its first
-    // attempt ended.
+    // The server listens only once: with a second name, InitLocalConnect() succeeds without listening there,
+    // or fails as the first attempt did.
     const int result = application.InitLocalConnect();
     REQUIRE(result == 0 || (listens && result == -1));
     REQUIRE(!application.IsRunning());
@@ -83,7 +84,7 @@ void SingleApplicationCalls::Establish()
 
 void SingleApplicationCalls::Step()
 {
-    constexpr std::size_t MOST_CLIENTS = 5;
+    constexpr std::size_t MAX_CLIENTS = 5;
     switch (Pick(8)) {
     case 0:
         if (OneIn(4)) {
@@ -91,19 +92,19 @@ void SingleApplicationCalls::Step()
         }
         break;
     case 1:
-        Bar();
+        Block();
         break;
     case 2:
         Establish();
         break;
     case 3:
-        if (clients.size() < MOST_CLIENTS) {
+        if (clients.size() < MAX_CLIENTS) {
             clients.push_back(std::make_unique<Client>(name));
             clients.back()->Send(OneIn(2) ? AnyBytes(10) : QByteArray());
         }
         break;
     case 4:
-        // A peer that stays silent is waited for.
+        // The server waits for a silent client.
         clients.clear();
         break;
     case 5:

@@ -39,8 +39,8 @@ long steps = 0;
 
 int Run(const Target& target, int seconds)
 {
-    // The lines are formatted and written as ever, but nobody needs them. Not to a device: the log takes the
-    // rights of what it opens from everybody else.
+    // The log lines are formatted and written as in the program, but not read. Not to /dev/null: the logger
+    // would change the permissions of the device.
     Singleton<Brevora::Logger>::GetInstance()->Init(
         (QDir::tempPath() + "/call-sequences.log").toLocal8Bit().toStdString());
     const std::unique_ptr<CallSequence> sequence = target.make(usedSeed);
