@@ -150,7 +150,8 @@ int IniParser::Save(const std::string& filePath)
         for (const auto& [key, value] : keys) {
             std::string name = section;
             name.append("/").append(key);
-            // Such a comment can only belong to a section of that name; the key is then not written.
+            // commentLines has no entries of keys: this one is a comment above a section [section/key]. The
+            // key is then not written.
             if (configFile.commentLines[name + "0"].empty()) {
                 stream << key << '=' << value << configFile.inlineComments[name] << '\n' << std::flush;
             }

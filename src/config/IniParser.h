@@ -13,9 +13,9 @@ struct ConfigFile
 {
     /// Values by section, then by key.
     std::unordered_map<std::string, std::unordered_map<std::string, std::string>> sections;
-    /// Text from the first ";" of a line on; by section, or by section + "/" + key.
+    /// Comments at the end of lines, with their ";"; by section, or by section + "/" + key.
     std::unordered_map<std::string, std::string> inlineComments;
-    /// Comment lines with their line feed; by section + index.
+    /// Comment lines with their line feeds; by section + index.
     std::unordered_map<std::string, std::string> commentLines;
 };
 

@@ -45,10 +45,10 @@ StartEnvironment::StartEnvironment()
 
 StartEnvironment::~StartEnvironment()
 {
-    GiveBack();
+    Restore();
 }
 
-void StartEnvironment::GiveBack()
+void StartEnvironment::Restore()
 {
     for (const Variable& variable : given) {
         if (variable.value.isNull()) {

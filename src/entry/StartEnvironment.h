@@ -7,7 +7,7 @@
 /// session, 96 dots per inch, Qt's own style and colours, and no OpenGL.
 ///
 /// Construct it before the QApplication, which reads these variables; the OpenGL variable is read when the
-/// first native window is created. Children inherit the environment: call GiveBack() before one is started.
+/// first native window is created. Children inherit the environment: call Restore() before one is started.
 /// Main thread only.
 class StartEnvironment
 {
@@ -18,7 +18,7 @@ public:
     StartEnvironment& operator=(const StartEnvironment&) = delete;
 
     /// Restores the environment. Call it after the first window is shown; a second call has no effect.
-    void GiveBack();
+    void Restore();
 
 private:
     struct Variable

@@ -23,7 +23,7 @@ void SetHandler(void (*handler)(int))
     }
 }
 
-/// A signal handler: only async-signal-safe functions (signal-safety(7)).
+/// The signal handler; calls only async-signal-safe functions (signal-safety(7)).
 void OnSignal(int)
 {
     const int before = errno;
@@ -37,7 +37,7 @@ void OnSignal(int)
 void TerminationSignals::QuitEventLoop()
 {
     wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    // Never read: each further event loop ends, too.
+    // The event is never read, so each further event loop ends, too.
     auto* notifier = new QSocketNotifier(wakeUp, QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, &QCoreApplication::quit);
     SetHandler(&OnSignal);

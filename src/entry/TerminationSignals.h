@@ -2,8 +2,8 @@
 
 /// Ends the program in order on SIGTERM, SIGINT and SIGHUP. Main thread only.
 namespace TerminationSignals {
-/// From now on the first of these signals makes all event loops return, those of dialogs too; a second one
-/// has its default effect. Once, after the QApplication is constructed.
+/// Installs the handlers. The first signal makes all event loops return, also those of dialogs; a second one
+/// has its default effect. Call it once, after the QApplication is constructed.
 void QuitEventLoop();
 
 /// True once one of the signals has arrived.

@@ -80,7 +80,7 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, Star
     if (!configure.IsStatementRead()) {
         application.SetMainWindow(protocolWin);
         protocolWin.show();
-        environment.GiveBack();
+        environment.Restore();
         MoveToCentre(protocolWin);
         QApplication::exec();
     }
@@ -92,14 +92,14 @@ bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, Star
 void RunMainWindow(SingleApplication& application, StartEnvironment& environment)
 {
     LOG_INFO("Mainwindow start.");
-    // Before the pages: this starts the status server.
+    // Created before the pages, because it starts the status server.
     Singleton<AppManager>::GetInstance();
     VeloWin veloWin(nullptr);
     veloWin.exitHook = StopVelodeskd;
     application.SetMainWindow(veloWin);
     veloWin.SetAppObj(application);
     veloWin.show();
-    environment.GiveBack();
+    environment.Restore();
     MoveToCentre(veloWin);
     QApplication::exec();
 }
@@ -121,7 +121,7 @@ int main(int argc, char** argv)
 
     StartEnvironment environment;
     SingleApplication application(argc, argv);
-    // From a pixmap: for a file name without a suffix Qt would load its MIME database.
+    // Uses a pixmap, because for a file name without a suffix Qt would load its MIME database.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
         return 1;

@@ -49,8 +49,8 @@ border-radius: 16px;background-color: #FFFFFF;
 }
 
 QPushButton:hover {color: #3E80FF; background-color: #FFFFFF;}QPushButton:pressed {color: #1953C4; background-color: #FFFFFF;})");
-const QString IDLE_PICTURE_STYLE = QStringLiteral("border-image: url(:/velo/prescreen)");
-const QString CASTING_PICTURE_STYLE = QStringLiteral("border-image: url(:/velo/prescreensucess)");
+const QString IDLE_IMAGE_STYLE = QStringLiteral("border-image: url(:/velo/prescreen)");
+const QString CASTING_IMAGE_STYLE = QStringLiteral("border-image: url(:/velo/prescreensucess)");
 
 const QString PAGE_STYLE = QStringLiteral("border:transparent");
 const QString LINE_STYLE = QStringLiteral("border-top: 2px solid #F0F0F0;");
@@ -144,7 +144,7 @@ void MultiScreen::SetPreScreenStatus(bool casting)
     ui->PreScreenBtn->repaint();
     ui->ScreenLabel->setText(casting ? QStringLiteral("投屏中") : QStringLiteral("未投屏"));
     ui->ScreenLabel->repaint();
-    ui->StatusFrame->setStyleSheet(casting ? CASTING_PICTURE_STYLE : IDLE_PICTURE_STYLE);
+    ui->StatusFrame->setStyleSheet(casting ? CASTING_IMAGE_STYLE : IDLE_IMAGE_STYLE);
     ui->StatusFrame->repaint();
 }
 

@@ -8,8 +8,8 @@
 #include <QWidget>
 
 namespace {
-/// The background that the widget's style sheet gives it, on white. Kept, because the style scales the image
-/// of the cast state anew for each paint, which takes as long as all the rest of a change.
+/// Returns the background of the widget's style sheet on white. It is cached, because the style scales the
+/// image of the cast state at each paint, which takes as long as all other work of a change.
 QPixmap StyledBackground(const QWidget& widget)
 {
     const QSize size = widget.size() * widget.devicePixelRatioF();
@@ -45,7 +45,7 @@ bool WhiteBackground::eventFilter(QObject* watched, QEvent* event)
     } else if (event->type() == QEvent::Paint && isWhite) {
         QPainter painter(widget);
         if (widget->testAttribute(Qt::WA_StyledBackground)) {
-            // Qt does not paint it for an opaque widget.
+            // Qt does not paint the styled background of an opaque widget.
             painter.drawPixmap(0, 0, StyledBackground(*widget));
         } else {
             painter.fillRect(widget->rect(), Qt::white);

@@ -6,13 +6,13 @@ class QWidget;
 
 /// Gives a widget on a page of the main window an opaque white background of its own.
 ///
-/// The page is white there, so the pixels are the same, but Qt paints no layer of the card below an opaque
-/// widget: a change of the widget takes a third of the time. A page that is a window by itself is left as it
-/// is, because it has the window's colour. Interface thread only.
+/// The page is white there, so the pixels do not change. Qt does not paint the layers of the card below an
+/// opaque widget, so a change of the widget takes a third of the time. Has no effect while the page is a
+/// window, because a window has another colour. Interface thread only.
 class WhiteBackground : public QObject
 {
 public:
-    /// `target` lies directly on `page`, and owns this object. Both outlive it.
+    /// `target` is a child of `page` and owns this object. `page` must outlive it.
     WhiteBackground(QWidget* target, const QWidget* page);
 
 protected:

@@ -11,11 +11,11 @@
 #include <qdrawutil.h>
 
 namespace {
-/// Along an edge the shadow is the same everywhere once the corners are this far away.
+/// The corners affect the shadow up to this distance in pixels; beyond it, an edge looks the same everywhere.
 constexpr int CORNER_REACH = 48;
 constexpr int OPAQUE = 255;
 
-/// The card's background alone, as its style draws it.
+/// Returns the card's background without its children, as its style draws it.
 QPixmap Outline(const QWidget& card, const QSize& size)
 {
     QPixmap outline(size);
@@ -36,43 +36,43 @@ CardShadow::CardShadow(const QWidget* target, QObject* parent)
 void CardShadow::draw(QPainter* painter)
 {
     const QSize sample = card->size().boundedTo(QSize(2 * CORNER_REACH, 2 * CORNER_REACH));
-    if (pictureSample != sample || pictureStyle != card->styleSheet()) {
-        picture = MakePicture(sample);
-        pictureSample = sample;
-        pictureStyle = card->styleSheet();
+    if (renderedSize != sample || renderedStyle != card->styleSheet()) {
+        image = RenderShadow(sample);
+        renderedSize = sample;
+        renderedStyle = card->styleSheet();
     }
-    // Drawing the source works on the window's own surface only: with any other, as of QWidget::render(), Qt
-    // moves the painter to the card a second time.
-    if (picture.isNull() || painter->device() != card->backingStore()->paintDevice()) {
+    // drawSource() works only on the window's own surface. For any other one, for example in
+    // QWidget::render(), Qt translates the painter to the card twice.
+    if (image.isNull() || painter->device() != card->backingStore()->paintDevice()) {
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }
     const int blur = qCeil(blurRadius());
     const QRect frame = card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint());
-    // The card covers its inside, except near the corners. Without the clip each change on the card would
-    // draw the shadow below it, too.
+    // The card covers the shadow inside, except near the corners. Without the clip, each change on the card
+    // would draw the covered shadow, too.
     QRegion visible(frame);
     visible -= card->rect().adjusted(CORNER_REACH, 0, -CORNER_REACH, 0);
     visible -= card->rect().adjusted(0, CORNER_REACH, 0, -CORNER_REACH);
-    const int width = picture.width() / 2 - 1;
-    const int height = picture.height() / 2 - 1;
+    const int width = image.width() / 2 - 1;
+    const int height = image.height() / 2 - 1;
     painter->save();
     painter->setClipRegion(visible);
-    // Replaces what is there: Qt has cleared the places that changed, but lets the effect paint everything
-    // between them, and a shadow on a shadow is darker.
+    // Replaces the existing pixels. Qt clears only the changed areas, but the clip is their bounding
+    // rectangle, and a shadow drawn over a shadow would be darker.
     painter->setCompositionMode(QPainter::CompositionMode_Source);
-    qDrawBorderPixmap(painter, frame, QMargins(width, height, width, height), picture);
+    qDrawBorderPixmap(painter, frame, QMargins(width, height, width, height), image);
     painter->restore();
     drawSource(painter);
 }
 
-QPixmap CardShadow::MakePicture(const QSize& sampleSize) const
+QPixmap CardShadow::RenderShadow(const QSize& sampleSize) const
 {
     const QPixmap outline = Outline(*card, sampleSize);
     if (qAlpha(outline.toImage().pixel(sampleSize.width() / 2, sampleSize.height() / 2)) != OPAQUE) {
         return QPixmap();
     }
-    // Qt draws the shadow together with what casts it, so it is cast far to the side.
+    // Qt draws the shadow together with its source. A large offset separates them.
     const int aside = sampleSize.width() + 2 * qCeil(blurRadius());
     auto* effect = new QGraphicsDropShadowEffect;
     effect->setOffset(aside, 0);
@@ -81,7 +81,7 @@ QPixmap CardShadow::MakePicture(const QSize& sampleSize) const
     QGraphicsScene scene;
     scene.addPixmap(outline)->setGraphicsEffect(effect);
 
-    // The scene leaves out what lies beside the area it is to draw, so that holds both.
+    // The rendered area contains both, because the scene skips items outside of it.
     const int blur = qCeil(blurRadius());
     const QRect shadow = QRect(QPoint(aside, 0), sampleSize).adjusted(-blur, -blur, blur, blur);
     const QRect both = shadow.united(QRect(QPoint(0, 0), sampleSize));

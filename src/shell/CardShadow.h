@@ -6,28 +6,29 @@
 
 class QWidget;
 
-/// The drop shadow of a card, drawn from a picture that is made once.
+/// The drop shadow of a card, drawn from an image that is rendered once.
 ///
-/// Qt's own effect draws the whole card into an image and blurs it for each change of the smallest label on
-/// the card. Here only what has changed is drawn: the card is opaque and has straight edges, so the shadow is
-/// a small image of which the edges are stretched. Colour, offset and blur radius are those of the base
-/// class; set them before the first paint.
+/// The base class draws the whole card into an image and blurs it each time a widget on the card changes.
+/// This class draws only the changed area. The card is opaque and has straight edges, so a small image of the
+/// shadow with stretched edges is sufficient. Set the base class's colour, offset and blur radius before the
+/// first paint. The effect's parent owns it. Interface thread only.
 class CardShadow : public QGraphicsDropShadowEffect
 {
 public:
-    /// `card`: the widget that gets the effect; its own style alone decides on the outline.
+    /// `card`: the widget that gets the effect. Only its own style defines the outline, not its children.
     CardShadow(const QWidget* card, QObject* parent);
 
 protected:
     void draw(QPainter* painter) override;
 
 private:
-    /// Null for a card whose own background does not fill it: its children cast the shadow, and Qt draws it.
-    QPixmap MakePicture(const QSize& sampleSize) const;
+    /// Returns the shadow of a card of that size. Returns a null image if the card's own background does not
+    /// fill it: then its children cast the shadow, and the base class draws it.
+    QPixmap RenderShadow(const QSize& sampleSize) const;
 
     const QWidget* card;
-    QPixmap picture;
-    /// What the picture was made of.
-    QString pictureStyle;
-    QSize pictureSample;
+    QPixmap image;
+    /// The style sheet and the size from which the image was rendered.
+    QString renderedStyle;
+    QSize renderedSize;
 };

@@ -51,8 +51,8 @@ void Clamp(QWidget* window, QBoxLayout* layout, QRect rect, const QRect& area, b
 }
 } // namespace
 
-// The per-user directories are made before the first command runs, in whatever order source files are
-// initialised.
+// Reads DATA_DIR first, because that creates the per-user directories, which must exist before the first
+// command runs.
 bool Shadow::useShadow = (GetConstant(Velodesk::DATA_DIR), Shadow::IsShadowEffectEnable());
 
 bool Shadow::IsShadowEffectEnable()

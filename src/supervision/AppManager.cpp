@@ -29,7 +29,7 @@ static_assert(std::size(APPS) == AppManager::APP_TYPE_END, "each type needs its 
 
 AppManager::AppManager()
 {
-    // With their full names, so that queued connections can carry them.
+    // Registered with their full names, which queued connections use.
     qRegisterMetaType<AppManager::AppType>("AppManager::AppType");
     qRegisterMetaType<AppManager::AppEventType>("AppManager::AppEventType");
     ReAllocResource();
@@ -68,7 +68,7 @@ void AppManager::StopApp(AppType type, bool wait)
 
 void AppManager::StopAll()
 {
-    // On this thread: the workers must not change the map.
+    // Registers on this thread, because the workers must not change the map.
     if (std::any_of(std::begin(APPS), std::end(APPS),
                     [this](const auto& app) { return !appMap[app.type]; })) {
         ReAllocResource();
@@ -127,7 +127,7 @@ void AppManager::InitAppMap()
 
 void AppManager::RegisterCallback()
 {
-    // The connections of a removed application still exist when it is registered again.
+    // A removed application keeps its connections, so they exist already when it is registered again.
     constexpr auto ONCE = Qt::UniqueConnection;
     for (const auto& known : APPS) {
         const BaseApp* app = FindApp(known.type);

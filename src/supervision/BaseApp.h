@@ -78,7 +78,7 @@ public:
     virtual void Stop(bool wait)
     {
         ClearVector();
-        // A copy: waiting emits signals, and a slot may start or stop the application again.
+        // Iterates over a copy: waiting emits signals, and a slot may start or stop the application again.
         const auto running = processVector;
         for (const auto& process : running) {
             // While a process reports its crash, it has ended but is still in the state Running.
@@ -191,7 +191,7 @@ public slots:
     }
 
 private:
-    /// Lives as long as a slot handles a signal of a process.
+    /// Exists while a slot handles a signal of a process.
     class Emission
     {
     public:
@@ -199,7 +199,7 @@ private:
         ~Emission()
         {
             --app.emissions;
-            // In the event loop, because the process is still emitting when the slot returns.
+            // Deleted by the event loop, because the process is still emitting when the slot returns.
             QMetaObject::invokeMethod(&app, &BaseApp::DestroyRemoved, Qt::QueuedConnection);
         }
         Emission(const Emission&) = delete;

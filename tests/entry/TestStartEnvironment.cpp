@@ -79,7 +79,7 @@ void TestStartEnvironment::environmentIsRestored()
     StartEnvironment environment;
     QCOMPARE(qgetenv("QT_STYLE_OVERRIDE"), QByteArray("fusion"));
     QCOMPARE(qgetenv("QT_XCB_GL_INTEGRATION"), QByteArray("none"));
-    environment.GiveBack();
+    environment.Restore();
     QVERIFY(qEnvironmentVariableIsSet("QT_QPA_PLATFORM"));
     QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray(""));
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("120"));
@@ -87,7 +87,7 @@ void TestStartEnvironment::environmentIsRestored()
     QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"));
     // Only the first call restores: later values of the program are kept.
     qputenv("QT_FONT_DPI", "100");
-    environment.GiveBack();
+    environment.Restore();
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("100"));
 }
 
