@@ -47,6 +47,9 @@ protected:
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
 
+    /// The engine in lines of the log about an application.
+    const QString ENGINE = QStringLiteral("/Velodesk/TandraIpc]");
+
     std::unique_ptr<DesktopWorld> world;
 };
 

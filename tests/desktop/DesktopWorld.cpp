@@ -283,16 +283,16 @@ QStringList DesktopWorld::Log() const
     return lines;
 }
 
-bool DesktopWorld::HasLog(const QString& text) const
+bool DesktopWorld::HasLog(const QString& text, const QString& about) const
 {
-    return CountLog(text) > 0;
+    return CountLog(text, about) > 0;
 }
 
-int DesktopWorld::CountLog(const QString& text) const
+int DesktopWorld::CountLog(const QString& text, const QString& about) const
 {
     int count = 0;
     for (const QString& line : Log()) {
-        count += line.contains(text) ? 1 : 0;
+        count += line.contains(text) && line.contains(about) ? 1 : 0;
     }
     return count;
 }

@@ -119,8 +119,10 @@ public:
 
     /// Returns the lines of the log, oldest first, without the time stamps.
     QStringList Log() const;
-    bool HasLog(const QString& text) const;
-    int CountLog(const QString& text) const;
+    /// Return whether, and how often, the log has a line with both texts. `about` is for instance the socket
+    /// of an application, followed by a bracket.
+    bool HasLog(const QString& text, const QString& about = QString()) const;
+    int CountLog(const QString& text, const QString& about = QString()) const;
     QString SettingsText() const;
     void WriteEngineScript(const QString& script) const;
     QList<Event> DaemonEvents() const;

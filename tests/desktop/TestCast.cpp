@@ -35,6 +35,7 @@ private:
         world->ClickPage(CAST_BUTTON);
         VERIFY_SOON(world->ShowsCasting());
     }
+    int CountConnections() const { return world->CountLog(QStringLiteral("New application connected.")); }
     QString EnginePath() const { return world->InstalledDir() + QStringLiteral("/tandra/bin/Tandra"); }
 };
 
@@ -45,13 +46,13 @@ void TestCast::clickStartsAndStopsACast()
     VERIFY_SOON(world->ShowsCasting());
     QCOMPARE(world->CountLog(QStringLiteral("Click start app button.")), 1);
     QCOMPARE(world->CountLog(QStringLiteral("App started.")), 1);
-    QVERIFY(world->HasLog(QStringLiteral("/Velodesk/TandraIpc] started")));
+    QVERIFY(world->HasLog(QStringLiteral("started"), ENGINE));
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
     VERIFY_SOON(EngineTime(QStringLiteral("ended")) > 0);
     QCOMPARE(world->CountLog(QStringLiteral("Click stop app button.")), 1);
     VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 0.")));
-    QVERIFY(!world->HasLog(QStringLiteral("kill process")));
+    QVERIFY(!world->HasLog(QStringLiteral("kill process"), ENGINE));
     // A second cast works in the same way.
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
@@ -76,7 +77,7 @@ void TestCast::pageWaitsForTheEnginesReport()
     Begin();
     world->WriteEngineScript(QStringLiteral("report init\nawait phone\nreport run\n"));
     world->ClickPage(CAST_BUTTON);
-    VERIFY_SOON(world->HasLog(QStringLiteral("event inited")));
+    VERIFY_SOON(world->HasLog(QStringLiteral("event inited"), ENGINE));
     VERIFY_SOON(world->ShowsIdle());
     Signal(QStringLiteral("phone"));
     VERIFY_SOON(world->ShowsCasting());
@@ -100,10 +101,10 @@ void TestCast::crashEndsTheCast()
     StartCast(QStringLiteral("report run\nawait bang\ncrash\n"));
     Signal(QStringLiteral("bang"));
     VERIFY_SOON(world->ShowsIdle());
-    VERIFY_SOON(world->HasLog(QStringLiteral("]error: 1")));
+    VERIFY_SOON(world->HasLog(QStringLiteral("error: 1"), ENGINE));
     VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 9.")));
     QVERIFY(!world->HasLog(QStringLiteral("Tandra startup failed.")));
-    QVERIFY(!world->HasLog(QStringLiteral("event stopped")));
+    QVERIFY(!world->HasLog(QStringLiteral("event stopped"), ENGINE));
 }
 
 void TestCast::endedEngineEndsTheCast()
@@ -113,7 +114,7 @@ void TestCast::endedEngineEndsTheCast()
     Signal(QStringLiteral("end"));
     VERIFY_SOON(world->ShowsIdle());
     VERIFY_SOON(world->HasLog(QStringLiteral("Process finished, id 7.")));
-    QVERIFY(!world->HasLog(QStringLiteral("]error:")));
+    QVERIFY(!world->HasLog(QStringLiteral("error:"), ENGINE));
 }
 
 void TestCast::engineThatIgnoresTheRequestKeepsRunning()
@@ -124,8 +125,8 @@ void TestCast::engineThatIgnoresTheRequestKeepsRunning()
     QVERIFY(EngineDid(QStringLiteral("terminate")));
     VERIFY_SOON(world->ShowsCasting());
     world->ClickPage(CAST_BUTTON);
-    VERIFY_SOON(world->CountLog(QStringLiteral("terminate process[")) == 2);
-    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    VERIFY_SOON(world->CountLog(QStringLiteral("terminate process["), ENGINE) == 2);
+    QVERIFY(!world->HasLog(QStringLiteral("kill process["), ENGINE));
     VERIFY_SOON(world->ShowsCasting());
 }
 
@@ -188,12 +189,13 @@ void TestCast::badMessageChangesNothing()
     QFETCH(QString, complaint);
     Begin();
     world->WriteEngineScript(QStringLiteral("send %1\nawait go\nreport run\n").arg(message));
+    const int connected = CountConnections();
     world->ClickPage(CAST_BUTTON);
-    VERIFY_SOON(world->HasLog(QStringLiteral("New application connected.")));
+    VERIFY_SOON(CountConnections() > connected);
     if (!complaint.isEmpty()) {
         VERIFY_SOON(world->HasLog(complaint));
     }
-    QVERIFY(!world->HasLog(QStringLiteral(" event ")));
+    QVERIFY(!world->HasLog(QStringLiteral(" event "), ENGINE));
     VERIFY_SOON(world->ShowsIdle());
     Signal(QStringLiteral("go"));
     VERIFY_SOON(world->ShowsCasting());
@@ -212,11 +214,13 @@ void TestCast::droppedConnectionIsOpenedAgain()
 {
     Begin();
     StartCast(QStringLiteral("report run\nawait drop\ndrop\n"));
+    const int connected = CountConnections();
     Signal(QStringLiteral("drop"));
     VERIFY_SOON(world->HasLog(QStringLiteral("App close the connect.")));
-    VERIFY_SOON(world->CountLog(QStringLiteral("New application connected.")) == 2);
+    VERIFY_SOON(CountConnections() > connected);
     VERIFY_SOON(world->ShowsCasting());
-    QCOMPARE(world->CountLog(QStringLiteral("count is 1")), 2);
+    // The report after the reconnection is no change.
+    QCOMPARE(world->CountLog(QStringLiteral("TandraApp.cpp")), 1);
 }
 
 void TestCast::reportWithoutAProcessIsNotShown()
@@ -231,9 +235,10 @@ void TestCast::reportWithoutAProcessIsNotShown()
     VERIFY_SOON(world->HasLog(QStringLiteral("TandraApp.cpp")) &&
                 world->HasLog(QStringLiteral("count is 0")));
     VERIFY_SOON(world->ShowsIdle());
+    const int connected = CountConnections();
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("App started.")));
-    VERIFY_SOON(world->CountLog(QStringLiteral("New application connected.")) == 2);
+    VERIFY_SOON(CountConnections() > connected);
     VERIFY_SOON(world->ShowsIdle());
     stranger.terminate();
     QVERIFY(stranger.waitForFinished());

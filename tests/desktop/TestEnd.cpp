@@ -63,7 +63,7 @@ void TestEnd::quitWithoutACastEndsTheDaemon()
     QVERIFY(world->EngineEvents().isEmpty());
     // First when the user quits, then in the destructor of the manager.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 2);
-    QCOMPARE(world->CountLog(QStringLiteral("process[")), 0);
+    QCOMPARE(world->CountLog(QStringLiteral("process["), ENGINE), 0);
     QCOMPARE(world->CountLog(QStringLiteral("Velodesk exit.")), 1);
 }
 
@@ -88,7 +88,7 @@ void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
     world->ClickCard(CLOSE_BUTTON);
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
-    QCOMPARE(world->CountLog(QStringLiteral("kill process[")), 1);
+    QCOMPARE(world->CountLog(QStringLiteral("kill process["), ENGINE), 1);
     // The engine may write its event late; the wait began when the request was sent.
     constexpr qint64 NOTED_LATE_NS = 500LL * 1000 * 1000;
     const qint64 waited =
@@ -104,7 +104,7 @@ void TestEnd::quitAfterAStopLeavesNoEngine()
     world->ClickCard(CLOSE_BUTTON);
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
-    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    QVERIFY(!world->HasLog(QStringLiteral("kill process["), ENGINE));
 }
 
 void TestEnd::cancelKeepsTheCast_data()
@@ -288,11 +288,11 @@ void TestEnd::secondSignalDoesNotWaitForTheEngine()
     BeginCast(QStringLiteral("ignore-terminate\nreport run\n"));
     const auto assistant = static_cast<pid_t>(world->AssistantPid());
     QCOMPARE(kill(assistant, SIGTERM), 0);
-    VERIFY_SOON(world->HasLog(QStringLiteral("terminate process[")));
+    VERIFY_SOON(world->HasLog(QStringLiteral("terminate process["), ENGINE));
     QCOMPARE(kill(assistant, SIGTERM), 0);
     QVERIFY(world->WaitForDaemonEnd());
     QCOMPARE(world->AssistantStatus(), -1);
-    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    QVERIFY(!world->HasLog(QStringLiteral("kill process["), ENGINE));
 }
 
 QTEST_GUILESS_MAIN(TestEnd)

@@ -95,7 +95,7 @@ void TestFaults::quitSucceedsWhenTheEngineLeavesAChildBehind()
     QVERIFY(EngineDid(QStringLiteral("left behind")));
     QuitByHand();
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
-    QVERIFY(!world->HasLog(QStringLiteral("kill process[")));
+    QVERIFY(!world->HasLog(QStringLiteral("kill process["), ENGINE));
     for (const DesktopWorld::Event& event : world->EngineEvents()) {
         if (event.what.startsWith(QLatin1String("left behind "))) {
             kill(event.what.section(QLatin1Char(' '), 2).toInt(), SIGKILL);
