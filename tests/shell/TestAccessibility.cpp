@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QCheckBox>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -16,6 +17,7 @@
 
 namespace {
 const QString PRESS = QAccessibleActionInterface::pressAction();
+const QString TOGGLE = QAccessibleActionInterface::toggleAction();
 
 QAccessibleInterface& InterfaceOf(QWidget* widget)
 {
@@ -127,7 +129,8 @@ void TestAccessibility::Walk(QAccessibleInterface& top)
     seen.append(top.object());
     QVERIFY2(!WantsName(top.role()) || !Name(top).isEmpty(), qPrintable(what));
     if (IsPressed(top.role())) {
-        const QStringList wanted = top.state().disabled ? QStringList() : QStringList(PRESS);
+        const QString action = qobject_cast<QCheckBox*>(top.object()) != nullptr ? TOGGLE : PRESS;
+        const QStringList wanted = top.state().disabled ? QStringList() : QStringList(action);
         QVERIFY2(top.actionInterface()->actionNames() == wanted, qPrintable(what));
     }
     for (int i = 0; i < top.childCount(); ++i) {
