@@ -145,7 +145,6 @@ void TestResources::holdsTheNamesAndNoOther()
     }
     names.sort();
     QCOMPARE(names, AllNames());
-    QCOMPARE(names.size(), 65);
 }
 
 void TestResources::picturesHaveTheirSizeAndAnAlphaChannel_data()
@@ -300,7 +299,7 @@ void TestResources::mastersGiveTheSamePixels()
         QVERIFY2(same, qPrintable(name));
         ++compared;
     }
-    QCOMPARE(compared, 62);
+    QCOMPARE(compared, AllNames().size() - DOCUMENTS.size());
 }
 
 void TestResources::documentsAreWellFormed_data()
