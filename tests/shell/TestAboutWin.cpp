@@ -99,7 +99,7 @@ void TestAboutWin::buttonsSwitchBetweenTheViews()
 {
     window->show();
     window->ShowAboutWin();
-    QCOMPARE(Find<QStackedWidget>(*window, "appStack")->currentIndex(), 1);
+    QCOMPARE(Find<QStackedWidget>(*window, "appStack")->currentWidget(), &Page());
     Click("proBtn");
     QCOMPARE(View(), 1);
     Click("proBackBtn");
