@@ -13,26 +13,26 @@
 namespace {
 constexpr int CAST_ROUNDS = 200;
 constexpr int IDLE_ROUNDS = 6;
-/// Long enough for the kernel's counts to mean something, with a report a second in it.
+/// The length of one round. Each program receives one report per second.
 constexpr int IDLE_SECONDS = 5;
 constexpr unsigned long SECOND_MS = 1000;
 constexpr unsigned long SETTLE_MS = 300;
-/// Between two changes, so that each finds a program at rest.
+/// The pause before each change, so that the program is idle when the change arrives.
 constexpr unsigned long PAUSE_MS = 30;
 constexpr double NS_PER_MS = 1e6;
 
 constexpr char RUN[] = R"({"status":"run"})";
 constexpr char STOP[] = R"({"status":"stop"})";
 
-/// On the page: the status picture, which changes last, and the start button.
-constexpr QRect PICTURE(207, 118, 306, 192);
+/// The status image and the start button on the page. The program paints the image last.
+constexpr QRect STATUS_IMAGE(207, 118, 306, 192);
 constexpr QPoint BUTTON(616, 36);
-/// In the other windows, which stand in the upper left corner.
+/// The label in the baseline windows, which are in the upper left corner of the screen.
 constexpr QRect LABEL(20, 20, 100, 40);
-/// Room for two windows beside one another.
+/// Large enough for two windows side by side.
 constexpr QSize SCREEN(2900, 800);
 
-/// The engine's end of a status channel.
+/// The client side of a status channel.
 class Reporter
 {
 public:
@@ -63,22 +63,22 @@ private:
     int channel;
 };
 
-/// A program that shows what is reported, and the place where that is seen.
+/// A program that shows reports, and one pixel that has a different colour in each state.
 struct Display
 {
     qint64 pid = 0;
     std::unique_ptr<Reporter> reporter;
-    QPoint place;
+    QPoint position;
     QRgb running = 0;
     QRgb stopped = 0;
 };
 
-/// The assistant with an engine that does nothing, and another program beside it.
+/// The assistant with an engine that does nothing, and a baseline program beside it.
 class Stage
 {
 public:
-    /// `program` of this build shows reports within `area`.
-    Stage(const char* program, const QRect& area) : world(Wanted())
+    /// `program`: the name of a program of this build. `area`: where its window shows reports.
+    Stage(const char* program, const QRect& area) : world(WideScreen())
     {
         const QString missing = world.Start();
         if (!missing.isEmpty() || !world.StartAssistant()) {
@@ -89,16 +89,17 @@ public:
         StartOther(program);
         assistant.pid = world.AssistantPid();
         assistant.reporter = std::make_unique<Reporter>(world.Home() + QStringLiteral("/Velodesk/TandraIpc"));
-        FindPlace(assistant, QRect(world.OnPage(PICTURE.topLeft()), PICTURE.size()));
-        FindPlace(other, area);
+        FindPixel(assistant, QRect(world.OnPage(STATUS_IMAGE.topLeft()), STATUS_IMAGE.size()));
+        FindPixel(other, area);
     }
 
-    /// From the write to the pixel, in milliseconds.
-    double Change(const Display& display, const char* message, QRgb wanted) const
+    /// Returns the time from the write until the pixel changes, in milliseconds.
+    double Change(const Display& display, const char* message, QRgb expected) const
     {
         const qint64 start = PixelWatch::Now();
         display.reporter->Send(message);
-        const qint64 end = watch->WaitFor(display.place, [wanted](QRgb pixel) { return pixel == wanted; });
+        const qint64 end =
+            watch->WaitFor(display.position, [expected](QRgb pixel) { return pixel == expected; });
         if (end < 0) {
             qFatal("a report is not shown");
         }
@@ -109,7 +110,7 @@ public:
     Display other;
 
 private:
-    static DesktopWorld::Options Wanted()
+    static DesktopWorld::Options WideScreen()
     {
         DesktopWorld::Options options;
         options.screen = SCREEN;
@@ -124,7 +125,7 @@ private:
         if (!DesktopWorld::WaitFor([this] { return world.HasLog(QStringLiteral("count is 1")); })) {
             qFatal("the engine does not start");
         }
-        // The hover look would change the button once more.
+        // Moves the pointer off the button: a hovered button would change its appearance once more.
         world.Desktop().MoveTo(QPoint(1, SCREEN.height() - 1));
     }
 
@@ -142,22 +143,22 @@ private:
         other.reporter = std::make_unique<Reporter>(path);
     }
 
-    QImage Settled(const Display& display, const char* message) const
+    QImage ScreenAfter(const Display& display, const char* message) const
     {
         display.reporter->Send(message);
         QThread::msleep(SETTLE_MS);
         return world.Desktop().Screen();
     }
 
-    /// A pixel of the area that tells the one state from the other.
-    void FindPlace(Display& display, const QRect& area) const
+    /// Finds a pixel of the area that has different colours in the two states.
+    void FindPixel(Display& display, const QRect& area) const
     {
-        const QImage running = Settled(display, RUN);
-        const QImage stopped = Settled(display, STOP);
+        const QImage running = ScreenAfter(display, RUN);
+        const QImage stopped = ScreenAfter(display, STOP);
         for (int y = area.top(); y <= area.bottom(); ++y) {
             for (int x = area.left(); x <= area.right(); ++x) {
                 if (running.pixel(x, y) != stopped.pixel(x, y)) {
-                    display.place = QPoint(x, y);
+                    display.position = QPoint(x, y);
                     display.running = running.pixel(x, y);
                     display.stopped = stopped.pixel(x, y);
                     return;
@@ -180,7 +181,7 @@ void ChangeOnce(const Stage& stage, const Display& display, Samples& samples)
     stage.Change(display, STOP, display.stopped);
 }
 
-/// Both programs on one screen, a change of each in turn.
+/// Measures both programs on one screen. They change in turn.
 void CompareChanges(Row& row, const char* program, const QRect& area, const Effort& effort)
 {
     const Stage stage(program, area);
@@ -196,7 +197,7 @@ QByteArray ContentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// How often a process has waited since it began, all threads together.
+/// Returns how often all threads of the process have waited since they started.
 double WakeUpsOf(qint64 pid)
 {
     double wakeUps = 0.0;
@@ -226,7 +227,7 @@ void MeasureCast(Report& report, const Effort& effort)
     Row label = page;
     label.baselineName = QStringLiteral("one label");
     label.limit = 2.5;
-    CompareChanges(page, "page-window", PICTURE, effort);
+    CompareChanges(page, "page-window", STATUS_IMAGE, effort);
     CompareChanges(label, "label-window", LABEL, effort);
     report.Add(page);
     report.Add(label);

@@ -14,7 +14,7 @@ constexpr double NS_PER_US = 1e3;
 
 using SamplesByName = QMap<QString, Samples>;
 
-/// One run of all benchmarks that the pattern names, each once and one after the other.
+/// Runs each benchmark that matches the pattern once.
 QJsonArray RunOnce(const QString& pattern, const Effort& effort)
 {
     const QTemporaryDir home;
@@ -37,7 +37,8 @@ QJsonArray RunOnce(const QString& pattern, const Effort& effort)
         .toArray();
 }
 
-/// Nanoseconds per iteration; the library's names without what it appends to them.
+/// Returns the nanoseconds per iteration by benchmark. Removes the suffixes that the library appends to
+/// names.
 SamplesByName Run(const QString& pattern, const Effort& effort)
 {
     SamplesByName samples;
@@ -71,7 +72,7 @@ void MeasureLog(Report& report, const Effort& effort)
     const SamplesByName samples = Run(QStringLiteral("^log/"), effort);
     for (const int threads : {1, 8}) {
         const QString suffix = QStringLiteral("/threads:%1").arg(threads);
-        // The library gives the time of an iteration divided by the threads that share it.
+        // The library divides the time of an iteration by the number of threads.
         const Samples ours = PerSecond(samples[QStringLiteral("log/ours") + suffix]);
         const QString name = QStringLiteral("log lines, threads: %1").arg(threads);
         report.Add({name, QStringLiteral("1/s"), QStringLiteral("same calls in C"), ours,

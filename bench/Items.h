@@ -5,8 +5,7 @@
 
 #include "Report.h"
 
-/// How often an item is measured: the samples of ours and of the baseline are taken in turn, one of each a
-/// round.
+/// The number of rounds. Each round takes one sample of our program and one of the baseline.
 struct Effort
 {
     bool quick = false;
@@ -14,7 +13,7 @@ struct Effort
     int Rounds(int thorough) const { return quick ? qMax(2, thorough / 10) : thorough; }
 };
 
-/// One thing that can be measured by itself, by its name on the command line.
+/// A measurement, with its name on the command line.
 struct Item
 {
     const char* name;
@@ -22,7 +21,7 @@ struct Item
 };
 
 void MeasureStart(Report& report, const Effort& effort);
-/// The same beside two processes that never rest.
+/// Measures the start while two other processes use the processors all the time.
 void MeasureBusyStart(Report& report, const Effort& effort);
 void MeasureMemory(Report& report, const Effort& effort);
 void MeasureCast(Report& report, const Effort& effort);
@@ -33,7 +32,7 @@ void MeasureRotation(Report& report, const Effort& effort);
 void MeasureSettings(Report& report, const Effort& effort);
 void MeasureErase(Report& report, const Effort& effort);
 
-/// The path of a program of this build.
+/// Returns the path of a program of this build.
 inline QString BuiltProgram(const char* name)
 {
     return QStringLiteral(VELODESK_BINARY_DIR "/") + QLatin1String(name);

@@ -8,7 +8,7 @@
 namespace {
 constexpr qint64 NS_PER_S = 1000000000;
 constexpr qint64 TIMEOUT_NS = 10 * NS_PER_S;
-/// The server and the program watched need the processor more than we do.
+/// The pause between two reads: the X server and the measured program need the processors.
 constexpr long PAUSE_NS = 200000;
 } // namespace
 

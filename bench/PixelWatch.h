@@ -7,19 +7,19 @@
 
 struct _XDisplay;
 
-/// Looks at one pixel of the screen over and over, as cheaply as the X server allows.
+/// Reads single pixels of the screen through the X server.
 class PixelWatch
 {
 public:
-    /// `display`: as in DISPLAY. Ends the program if it cannot be opened.
+    /// `display`: as in the variable DISPLAY. Ends the program if the display cannot be opened.
     explicit PixelWatch(const QString& display);
     ~PixelWatch();
     PixelWatch(const PixelWatch&) = delete;
     PixelWatch& operator=(const PixelWatch&) = delete;
 
     QRgb At(const QPoint& pos) const;
-    /// Waits until the pixel passes the test; the time of the monotonic clock in nanoseconds, or -1 after
-    /// ten seconds.
+    /// Waits until `passes` returns true for the pixel. Returns the time of the monotonic clock in
+    /// nanoseconds, or -1 after ten seconds.
     qint64 WaitFor(const QPoint& pos, const std::function<bool(QRgb)>& passes) const;
 
     static qint64 Now();

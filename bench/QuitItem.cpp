@@ -13,7 +13,7 @@ constexpr double NS_PER_MS = 1e6;
 constexpr QPoint START_BUTTON(616, 36);
 constexpr QPoint CLOSE_BUTTON(868, 22);
 constexpr QPoint QUIT_BUTTON(199, 132);
-/// As long as a finger, and for the engine to be up.
+/// How long a finger presses a button. The engine is ready after this time too.
 constexpr unsigned long PRESS_MS = 60;
 
 [[noreturn]] void Fail(const DesktopWorld& world, const char* what)
@@ -21,14 +21,14 @@ constexpr unsigned long PRESS_MS = 60;
     qFatal("%s:\n%s", what, qUtf8Printable(world.Log().join(QLatin1Char('\n'))));
 }
 
-void Require(const DesktopWorld& world, bool holds, const char* what)
+void Require(const DesktopWorld& world, bool condition, const char* what)
 {
-    if (!holds) {
+    if (!condition) {
         Fail(world, what);
     }
 }
 
-/// From the release of the button that confirms to the end of the process, in milliseconds.
+/// Returns the time from the release of the confirming button to the end of the process, in milliseconds.
 double QuitOnce()
 {
     DesktopWorld world{DesktopWorld::Options()};
@@ -57,7 +57,7 @@ double QuitOnce()
     return static_cast<double>(end - start) / NS_PER_MS;
 }
 
-/// The same engine asked by us.
+/// Returns the time that the same engine needs to end after our SIGTERM, in milliseconds.
 double EndOnce()
 {
     Child engine(BuiltProgram("prompt-engine").toStdString(), {"prompt-engine", "1"});

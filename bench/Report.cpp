@@ -77,5 +77,5 @@ void Report::Add(const Row& row)
     missed += row.IsMet() ? 0 : 1;
     PrintLine({row.name, row.unit, WithSpread(row.ours), row.baselineName, WithSpread(row.baseline),
                Number(row.Figure()), LimitText(row),
-               row.IsMet() ? QStringLiteral("holds") : QStringLiteral("MISSED")});
+               row.IsMet() ? QStringLiteral("met") : QStringLiteral("MISSED")});
 }

@@ -4,16 +4,16 @@
 
 #include "Samples.h"
 
-/// One line of the table: ours beside the baseline, and its limit.
+/// One line of the table: our program, the baseline and the limit.
 struct Row
 {
     enum Kind
     {
         RATIO_AT_MOST,
         RATIO_AT_LEAST,
-        /// Ours may take so much more than the baseline, in the row's unit.
+        /// The limit is the difference between our median and the baseline's, in the row's unit.
         MORE_AT_MOST,
-        /// Of 99 in 100 of ours, in the row's unit.
+        /// The limit applies to our 99th percentile, in the row's unit.
         P99_BELOW
     };
 
@@ -25,12 +25,12 @@ struct Row
     Kind kind = RATIO_AT_MOST;
     double limit = 0.0;
 
-    /// What the limit applies to.
+    /// Returns the value to which the limit applies.
     double Figure() const;
     bool IsMet() const;
 };
 
-/// The table: a line for each row as soon as it is measured.
+/// Prints the table. Each row is printed as soon as it is measured.
 class Report
 {
 public:

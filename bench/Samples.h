@@ -3,7 +3,7 @@
 #include <QVector>
 #include <functional>
 
-/// What was measured of one thing, a value a round.
+/// The measured values, one per round.
 class Samples
 {
 public:
@@ -11,12 +11,12 @@ public:
     int Count() const { return values.size(); }
 
     double Median() const { return Quantile(0.5); }
-    /// The middle half's width: what noise there was.
+    /// The interquartile range, as a measure of noise.
     double Spread() const { return Quantile(0.75) - Quantile(0.25); }
-    /// Interpolated between neighbours; 0 without samples.
+    /// Interpolates between adjacent values. Returns 0 if there are no samples.
     double Quantile(double share) const;
 
-    /// Each value by the function, in the same order.
+    /// Returns the results of `change` for each value, in the same order.
     Samples Mapped(const std::function<double(double)>& change) const;
 
 private:

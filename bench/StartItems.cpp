@@ -12,30 +12,30 @@
 
 namespace {
 constexpr int START_ROUNDS = 40;
-/// Three times as long, each of them.
+/// Fewer than START_ROUNDS: on loaded processors a start takes three times as long.
 constexpr int BUSY_ROUNDS = 20;
 constexpr int MEMORY_ROUNDS = 15;
 constexpr double NS_PER_MS = 1e6;
-/// After its first frame a program has a little left to do, and then rests.
+/// How long a program works after its first frame until it is idle.
 constexpr unsigned long SETTLE_MS = 400;
 constexpr double KIB_PER_MIB = 1024.0;
 
-/// In the blue of the start button, where the card stands in the middle of the screen: the main window is
-/// painted, not only the agreement's or an empty one.
+/// A pixel of the start button while the card is in the middle of the screen. If it is blue, the main window
+/// is painted, and it is neither empty nor the agreement's window.
 constexpr QPoint START_BUTTON(932, 228);
 constexpr QRgb BLUE = qRgb(0x2B, 0x6F, 0xF2);
-/// Wherever the window manager puts a bare window of that size, it covers this place.
+/// A bare window covers this pixel at each position that a window manager can choose.
 constexpr QPoint MIDDLE(640, 400);
-/// An X screen with nothing on it.
+/// The colour of an X screen without windows.
 constexpr QRgb EMPTY = qRgb(0, 0, 0);
 
-/// A program that is started again and again on the same desktop.
-struct Contestant
+/// A program that is started repeatedly on the same desktop.
+struct MeasuredProgram
 {
     std::string program;
     std::vector<std::string> arguments;
     std::vector<std::string> environment;
-    QPoint place;
+    QPoint position;
     std::function<bool(QRgb)> painted;
 };
 
@@ -49,14 +49,14 @@ public:
             qFatal("%s", qUtf8Printable(missing));
         }
         watch = std::make_unique<PixelWatch>(world.Environment().value(QStringLiteral("DISPLAY")));
-        // The window that looked for the window manager may still be on its way.
+        // The window that DesktopWorld used to wait for the window manager may still be mapped.
         WaitForEmpty();
         for (const QString& assignment : world.Environment().toStringList()) {
             environment.push_back(assignment.toStdString());
         }
     }
 
-    Contestant Ours() const
+    MeasuredProgram Ours() const
     {
         return {BuiltProgram("Velodesk").toStdString(),
                 {"Velodesk", "1"},
@@ -66,7 +66,7 @@ public:
                     return pixel == BLUE;
                 }};
     }
-    Contestant Bare() const
+    MeasuredProgram Bare() const
     {
         return {
             BuiltProgram("bare-window").toStdString(), {"bare-window"}, environment, MIDDLE, [](QRgb pixel) {
@@ -74,7 +74,7 @@ public:
             }};
     }
 
-    /// Ends the program, and waits until nothing of it is on the screen.
+    /// Ends the program and waits until its windows have disappeared.
     void End(Child& child) const
     {
         child.Send(SIGKILL);
@@ -96,24 +96,24 @@ private:
     std::vector<std::string> environment;
 };
 
-void WaitForFrame(const Desktop& desktop, const Contestant& contestant)
+void WaitForFrame(const Desktop& desktop, const MeasuredProgram& measured)
 {
-    if (desktop.watch->WaitFor(contestant.place, contestant.painted) < 0) {
-        qFatal("%s shows no window", contestant.program.c_str());
+    if (desktop.watch->WaitFor(measured.position, measured.painted) < 0) {
+        qFatal("%s shows no window", measured.program.c_str());
     }
 }
 
-void StartOnce(const Desktop& desktop, const Contestant& contestant, Samples& wall, Samples& cpu)
+void StartOnce(const Desktop& desktop, const MeasuredProgram& measured, Samples& wall, Samples& cpu)
 {
     const qint64 start = PixelWatch::Now();
-    Child child(contestant.program, contestant.arguments, contestant.environment);
-    WaitForFrame(desktop, contestant);
+    Child child(measured.program, measured.arguments, measured.environment);
+    WaitForFrame(desktop, measured);
     wall.Add(static_cast<double>(PixelWatch::Now() - start) / NS_PER_MS);
     desktop.End(child);
     cpu.Add(child.CpuMs());
 }
 
-/// The proportional set size in MiB.
+/// Returns the proportional set size in MiB.
 double PssOf(pid_t pid)
 {
     QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
@@ -129,10 +129,10 @@ double PssOf(pid_t pid)
     return 0.0;
 }
 
-void WeighOnce(const Desktop& desktop, const Contestant& contestant, Samples& pss)
+void MeasureMemoryOnce(const Desktop& desktop, const MeasuredProgram& measured, Samples& pss)
 {
-    Child child(contestant.program, contestant.arguments, contestant.environment);
-    WaitForFrame(desktop, contestant);
+    Child child(measured.program, measured.arguments, measured.environment);
+    WaitForFrame(desktop, measured);
     QThread::msleep(SETTLE_MS);
     pss.Add(PssOf(child.Pid()));
     desktop.End(child);
@@ -193,8 +193,8 @@ void MeasureMemory(Report& report, const Effort& effort)
             Row::RATIO_AT_MOST,
             0.75};
     for (int round = 0; round < effort.Rounds(MEMORY_ROUNDS); ++round) {
-        WeighOnce(desktop, desktop.Ours(), pss.ours);
-        WeighOnce(desktop, desktop.Bare(), pss.baseline);
+        MeasureMemoryOnce(desktop, desktop.Ours(), pss.ours);
+        MeasureMemoryOnce(desktop, desktop.Bare(), pss.baseline);
     }
     report.Add(pss);
 }

@@ -1,5 +1,5 @@
 // bench [--quick] [--list] [ITEM...]: measures and prints a table.
-// Exit status: 0 all limits hold, 1 some are missed, 2 wrong command line.
+// Exit status: 0 if all limits are met, 1 if some are missed, 2 if the command line is wrong.
 
 #include <QCoreApplication>
 #include <cstdio>
@@ -42,24 +42,24 @@ int main(int argc, char** argv)
         return List(stdout, 0);
     }
     const Effort effort{arguments.removeAll(QStringLiteral("--quick")) > 0};
-    QList<const Item*> wanted;
+    QList<const Item*> selected;
     for (const QString& argument : qAsConst(arguments)) {
-        wanted.append(Find(argument));
+        selected.append(Find(argument));
     }
-    if (wanted.contains(nullptr)) {
+    if (selected.contains(nullptr)) {
         std::fprintf(stderr, "the items are:\n");
         return List(stderr, 2);
     }
-    if (wanted.isEmpty()) {
+    if (selected.isEmpty()) {
         for (const Item& item : ITEMS) {
-            wanted.append(&item);
+            selected.append(&item);
         }
     }
     Report report;
     int number = 0;
-    for (const Item* item : qAsConst(wanted)) {
-        // Beside the table, which goes to the standard output.
-        std::fprintf(stderr, "measuring %s, %d of %d\n", item->name, ++number, int(wanted.size()));
+    for (const Item* item : qAsConst(selected)) {
+        // The table is on the standard output, the progress on the standard error.
+        std::fprintf(stderr, "measuring %s, %d of %d\n", item->name, ++number, int(selected.size()));
         item->measure(report, effort);
     }
     std::printf("%d of the limits missed\n", report.Missed());

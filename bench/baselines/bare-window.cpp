@@ -1,4 +1,4 @@
-// A window of the size of ours with nothing but a label, and all else as Qt has it.
+// A window that has the size of the main window and contains only a label. Everything else is Qt's default.
 
 #include <QApplication>
 #include <QLabel>

@@ -1,5 +1,5 @@
-// label-window SOCKET: listens on a local socket, and shows what it is sent, and nothing for a "stop". The
-// least that a Qt program can do with a report.
+// label-window SOCKET: listens on a local socket and shows a text in a label. The report "stop" clears the
+// label, all others set it. This is the least work that a Qt program can do for a report.
 
 #include <QApplication>
 #include <QLabel>

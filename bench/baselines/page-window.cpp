@@ -1,6 +1,6 @@
-// page-window SOCKET: listens on a local socket, and shows what it is sent as the assistant's page does:
-// another style sheet and text on a button, another text, another picture. A plain page: no card, no shadow,
-// no layers.
+// page-window SOCKET: listens on a local socket and shows reports as the assistant's page does: it changes
+// the style sheet and text of a button, the text of a label, and an image. The page has no card, no shadow
+// and no layers.
 
 #include <QApplication>
 #include <QFrame>
@@ -29,16 +29,16 @@ int main(int argc, char** argv)
     button.setGeometry(560, 20, 112, 32);
     QLabel text(&page);
     text.setGeometry(336, 328, 48, 28);
-    // As large as the picture, which is not stretched.
-    QFrame picture(&page);
-    picture.setGeometry(207, 118, 308, 192);
+    // The frame has the size of the image, so that Qt does not scale it.
+    QFrame image(&page);
+    image.setGeometry(207, 118, 308, 192);
 
     const auto show = [&](bool casting) {
         button.setText(casting ? QStringLiteral("结束投屏") : QStringLiteral("开始投屏"));
         button.setStyleSheet(casting ? STOP_STYLE : START_STYLE);
         text.setText(casting ? QStringLiteral("投屏中") : QStringLiteral("未投屏"));
-        picture.setStyleSheet(casting ? QStringLiteral("border-image: url(:/velo/prescreensucess)")
-                                      : QStringLiteral("border-image: url(:/velo/prescreen)"));
+        image.setStyleSheet(casting ? QStringLiteral("border-image: url(:/velo/prescreensucess)")
+                                    : QStringLiteral("border-image: url(:/velo/prescreen)"));
     };
     show(false);
     page.show();

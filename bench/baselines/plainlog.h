@@ -5,8 +5,8 @@
 extern "C" {
 #endif
 
-/* A log line with the system calls that ours makes, and with nothing else: the size of the file by open, seek
-   and close, and one write, all under a lock. */
+/* Writes log lines with the same system calls as our log and nothing else: under a lock, it opens, seeks and
+   closes the file to get its size, and writes the line. */
 
 void plainlog_open(const char* path);
 void plainlog_line(const char* file, int line, const char* module, int number);

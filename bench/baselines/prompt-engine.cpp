@@ -1,4 +1,4 @@
-// Stands where the cast engine does, and ends at once when it is asked to.
+// Replaces the cast engine, and ends immediately when it receives SIGTERM.
 
 #include <csignal>
 

@@ -51,6 +51,6 @@ void Copy(benchmark::State& state)
 }
 } // namespace
 
-// The first of each has no older copy to overwrite, the others have: so with both.
+// In both benchmarks, the first iteration creates the copy, and the others overwrite it.
 BENCHMARK(Ours)->Name("rotation/ours")->UseManualTime()->Iterations(TIMES);
 BENCHMARK(Copy)->Name("rotation/cp")->UseManualTime()->Iterations(TIMES);

@@ -4,7 +4,7 @@
 
 #include <QTemporaryDir>
 
-/// A folder of this process's own, on the same file system for all that is measured.
+/// Returns a path in this process's temporary folder. All benchmarks use the same file system.
 inline std::string ScratchPath(const char* name)
 {
     static const QTemporaryDir folder;

@@ -12,7 +12,7 @@ namespace {
 constexpr char SECTION[] = "Tandra";
 constexpr char KEY[] = "devicename";
 
-/// A settings file as it is after some use.
+/// Writes a typical settings file.
 std::string MakeFile(const char* name)
 {
     const std::string path = ScratchPath(name);
