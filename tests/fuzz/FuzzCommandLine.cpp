@@ -1,5 +1,5 @@
-// Any command line: only one of two words, the first being the program's name and the second beginning with a
-// number that fits, is accepted.
+// Input: a command line. It is accepted exactly if it has two words, the first is the program's name, and the
+// second begins with a number in the range of int.
 
 #include <cerrno>
 #include <climits>
@@ -10,7 +10,7 @@
 #include "fuzz/FuzzSupport.h"
 
 namespace {
-bool BeginsWithANumber(const char* text, int& number)
+bool BeginsWithNumber(const char* text, int& number)
 {
     char* end = nullptr;
     errno = 0;
@@ -26,7 +26,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::vector<std::string> words;
     const uint8_t count = input.Byte() % 4;
     for (uint8_t i = 0; i < count; ++i) {
-        // The name comes often enough to get past its check.
+        // Half of the command lines have the right name, because CheckArgs() rejects all others.
         const uint8_t length = input.Byte();
         words.push_back(length < 128 && i == 0 ? "Velodesk" : input.Take(length % 32));
     }
@@ -38,7 +38,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const bool accepted = CheckArgs(static_cast<int>(words.size()), argv.data());
     int number = 0;
     const bool expected =
-        words.size() == 2 && std::strcmp(argv[0], "Velodesk") == 0 && BeginsWithANumber(argv[1], number);
+        words.size() == 2 && std::strcmp(argv[0], "Velodesk") == 0 && BeginsWithNumber(argv[1], number);
     REQUIRE(accepted == expected);
     REQUIRE(!accepted ||
             (Singleton<Configure>::GetInstance()->daemonPid == number && Brevora::g_velodeskdPid == number));

@@ -1,5 +1,5 @@
-// Any bytes from the bus as the daemon's answer: a text comes out only of an answer that holds one, and a
-// failure leaves none.
+// Input: the bytes that the bus sends as the daemon's reply. The client gets a text only from a reply that
+// contains a text, and an empty text after a failure.
 
 #include <array>
 #include <cstring>
@@ -42,12 +42,12 @@ std::string Text(const std::string& text)
     return bytes + text + '\0';
 }
 
-/// A message of the bus in little-endian order.
-std::string Message(uint8_t type, uint32_t repliesTo, const std::string& signature, const std::string& body)
+/// Returns a D-Bus message in little-endian order.
+std::string Message(uint8_t type, uint32_t replySerial, const std::string& signature, const std::string& body)
 {
     std::string fields;
     fields += std::string("\5\1u\0", 4);
-    Number(fields, repliesTo);
+    Number(fields, replySerial);
     if (type == ERROR_TYPE) {
         Align(fields, 8);
         fields += std::string("\4\1s\0", 4) + Text("org.freedesktop.DBus.Error.Failed");
@@ -58,14 +58,14 @@ std::string Message(uint8_t type, uint32_t repliesTo, const std::string& signatu
     }
     std::string bytes{'l', static_cast<char>(type), '\1', '\1'};
     Number(bytes, static_cast<uint32_t>(body.size()));
-    Number(bytes, repliesTo);
+    Number(bytes, replySerial);
     Number(bytes, static_cast<uint32_t>(fields.size()));
     bytes += fields;
     Align(bytes, 8);
     return bytes + body;
 }
 
-/// A bus for one caller: lets it in, answers its greeting, and gives `answer` for its call.
+/// A bus for one client: authenticates it, answers Hello, and replies to its call with given bytes.
 class Bus
 {
 public:
@@ -80,35 +80,35 @@ public:
         setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
     }
 
-    void Serve(const std::string& answer) const
+    void Serve(const std::string& reply) const
     {
-        const int caller = accept(listener, nullptr, nullptr);
-        ReadUntil(caller, "BEGIN\r\n");
-        Write(caller, "DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nAGREE_UNIX_FD\r\n");
-        ReadUntil(caller, "Hello");
-        Write(caller, Message(RETURN_TYPE, HELLO_SERIAL, "s", Text(":1.1")));
-        ReadUntil(caller, "velodeskd");
-        Write(caller, answer);
-        // The end of the connection ends a call that this was no answer to.
-        close(caller);
+        const int client = accept(listener, nullptr, nullptr);
+        ReadUntil(client, "BEGIN\r\n");
+        Write(client, "DATA\r\nOK 0123456789abcdef0123456789abcdef\r\nAGREE_UNIX_FD\r\n");
+        ReadUntil(client, "Hello");
+        Write(client, Message(RETURN_TYPE, HELLO_SERIAL, "s", Text(":1.1")));
+        ReadUntil(client, "velodeskd");
+        Write(client, reply);
+        // If the bytes are no reply, the end of the connection ends the call.
+        close(client);
     }
 
 private:
-    static void ReadUntil(int caller, const char* wanted)
+    static void ReadUntil(int client, const char* expected)
     {
         std::string all;
-        std::array<char, 4096> piece{};
-        while (all.find(wanted) == std::string::npos) {
-            const ssize_t count = read(caller, piece.data(), piece.size());
+        std::array<char, 4096> chunk{};
+        while (all.find(expected) == std::string::npos) {
+            const ssize_t count = read(client, chunk.data(), chunk.size());
             if (count <= 0) {
                 return;
             }
-            all.append(piece.data(), static_cast<size_t>(count));
+            all.append(chunk.data(), static_cast<size_t>(count));
         }
     }
-    static void Write(int caller, const std::string& bytes)
+    static void Write(int client, const std::string& bytes)
     {
-        (void)!send(caller, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        (void)!send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     }
 
     std::string path;
@@ -116,7 +116,7 @@ private:
 };
 } // namespace
 
-// This bus can not be asked for a sender: it is believed to be the daemon.
+// This bus does not provide credentials, so these functions return the daemon's process id as the sender's.
 extern "C" int __wrap_sd_bus_query_sender_creds(sd_bus_message*, uint64_t, sd_bus_creds** creds)
 {
     *creds = nullptr;
@@ -135,18 +135,18 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Brevora::Utils::SetDbusServerPid(SENDER);
     Input input(data, size);
     const uint8_t kind = input.Byte() % 4;
-    std::string answer;
+    std::string reply;
     std::string text;
     if (kind == 0) {
-        answer = input.Rest();
+        reply = input.Rest();
     } else if (kind == 1) {
         text = input.Rest();
-        answer = Message(RETURN_TYPE, CALL_SERIAL, "s", Text(text));
+        reply = Message(RETURN_TYPE, CALL_SERIAL, "s", Text(text));
     } else {
         const std::string signature = input.Take(input.Byte() % 8);
-        answer = Message(kind == 2 ? RETURN_TYPE : ERROR_TYPE, CALL_SERIAL, signature, input.Rest());
+        reply = Message(kind == 2 ? RETURN_TYPE : ERROR_TYPE, CALL_SERIAL, signature, input.Rest());
     }
-    std::thread server([&answer] { bus.Serve(answer); });
+    std::thread server([&reply] { bus.Serve(reply); });
     std::string result = "before";
     std::string error = "before";
     const int outcome = Brevora::Utils::ExecutePopenAndReturnByDbus("velodeskd --exit", result, error);

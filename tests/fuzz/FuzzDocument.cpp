@@ -1,5 +1,5 @@
-// Any document in the view: it is loaded behind what stands there, its top is on show, and a click anywhere
-// opens nothing but addresses that stand in it.
+// Input: a document and the position of a click. The view appends the document to its text and shows the top,
+// and the click opens only addresses that the document contains.
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -14,7 +14,7 @@
 #include "shell/SerProEdit.h"
 
 namespace {
-/// Stands where the desktop's browser does.
+/// Replaces the browser and counts the opened addresses.
 class Browser : public QObject
 {
     Q_OBJECT
@@ -44,7 +44,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         std::filesystem::temp_directory_path() / ("velodesk-fuzz-" + std::to_string(getpid()) + ".html"));
 
     Input input(data, size);
-    const QPoint where(input.Byte() * 2, input.Byte() * 2);
+    const QPoint clickPos(input.Byte() * 2, input.Byte() * 2);
     const QByteArray document = QByteArray::fromStdString(input.Rest());
     {
         QFile file(path);
@@ -57,7 +57,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     REQUIRE(view.toPlainText().startsWith(QLatin1String("heading")));
     REQUIRE(view.verticalScrollBar()->value() == view.verticalScrollBar()->minimum());
     browser.opened = 0;
-    QMouseEvent release(QEvent::MouseButtonRelease, where, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent release(QEvent::MouseButtonRelease, clickPos, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
     QCoreApplication::sendEvent(view.viewport(), &release);
     REQUIRE(browser.opened == 0 || document.contains("http"));
     view.clear();

@@ -1,5 +1,5 @@
-// Files and directories of any name: what was made is there, what was written is read, and what is removed is
-// gone with all that it held, but nothing that it only linked to.
+// Input: names and contents of files and directories. Created directories exist, written content is read
+// back, and RemoveDir() removes everything in a directory except the targets of links.
 
 #include <filesystem>
 #include <fstream>
@@ -14,7 +14,7 @@ using Brevora::FileOperator;
 namespace {
 constexpr size_t LONGEST_PATH = 4000;
 
-/// A name for one level: whatever bytes a file system takes.
+/// Returns a file name that can contain each byte that the file system accepts.
 std::string Name(Input& input)
 {
     std::string name = input.Take(input.Byte());
@@ -34,14 +34,14 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (uint8_t levels = input.Byte() % 8; levels > 0 && path.size() < LONGEST_PATH; --levels) {
         path += "/" + Name(input);
     }
-    const bool made = DIR_OPERATOR.CreateDirectories(path) == 0;
-    REQUIRE(made == DIR_OPERATOR.IsDirExist(path));
+    const bool created = DIR_OPERATOR.CreateDirectories(path) == 0;
+    REQUIRE(created == DIR_OPERATOR.IsDirExist(path));
     DIR_OPERATOR.CreateDirectories(base + "/tree");
     std::ofstream(base + "/kept") << "kept";
 
     const auto& files = FileOperator::GetInstance();
     const std::string name = Name(input);
-    const std::string file = (made ? path : base + "/tree") + "/" + name;
+    const std::string file = (created ? path : base + "/tree") + "/" + name;
     const std::string content = input.Take(1 + input.Byte());
     const bool wasDirectory = DIR_OPERATOR.IsDirExist(file);
     const bool written = files.WriteToFileForce(file, content, 0, "out", 0600) == 0;

@@ -1,4 +1,4 @@
-// Any document: with the links taken out again, the result is the document.
+// Input: a document. If the added links are replaced by their addresses, the result is the document.
 
 #include <QApplication>
 #include <QRegularExpression>

@@ -1,4 +1,4 @@
-// Any text through the log: one line, or none where it does not fit.
+// Input: a text and a level. The log writes the text as one line, or drops it if it is too long.
 
 #include <filesystem>
 #include <fstream>
@@ -20,10 +20,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Input input(data, size);
     const uint8_t repeats = input.Byte();
     const int level = input.Byte() % 8;
-    const std::string piece = input.Rest();
+    const std::string part = input.Rest();
     std::string text;
     for (int i = 0; i <= repeats && text.size() <= 2 * LONGEST; ++i) {
-        text += piece;
+        text += part;
     }
     truncate(path.c_str(), 0);
     auto* logger = Singleton<Brevora::Logger>::GetInstance();

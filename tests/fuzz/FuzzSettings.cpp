@@ -1,5 +1,5 @@
-// A settings file of any content: it loads or is refused as a whole, and what was loaded, changed and saved
-// is there again afterwards.
+// Input: the content of a settings file, and a value to set. The file is loaded or rejected as a whole. After
+// a value is set, the file contains the new value and all values that were loaded.
 
 #include <filesystem>
 #include <fstream>
@@ -21,8 +21,8 @@ std::string Read(const std::string& path)
     return content.str();
 }
 
-/// Whether a text comes back from a file as it went in.
-bool IsPlain(const std::string& text, const char* forbidden)
+/// Returns whether a text is unchanged after it was saved and loaded.
+bool RoundTrips(const std::string& text, const char* forbidden)
 {
     return !text.empty() && text.find_first_of(forbidden) == std::string::npos;
 }
@@ -60,18 +60,18 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         REQUIRE(Read(path) == content);
         return 0;
     }
-    // What the format cannot hold does not come back, and may make the file unreadable; all else does.
-    if (IsPlain(section, "]\n;") && IsPlain(key, "=\n;[") && IsPlain(value, "\n;")) {
+    // Texts with these characters are not read back, and can make the file unreadable.
+    if (RoundTrips(section, "]\n;") && RoundTrips(key, "=\n;[") && RoundTrips(value, "\n;")) {
         const auto saved = parser.GetConfig(path);
         if (saved != nullptr && all->commentLines.empty()) {
             REQUIRE(parser.GetKeyValueString(path, section, key) == value);
             for (const auto& [oldSection, keys] : all->sections) {
                 for (const auto& [oldKey, oldValue] : keys) {
                     const bool changed = oldSection == section && oldKey == key;
-                    // A line without "=" is its own key, and a ";" in it cuts the value when it is read
-                    // again.
-                    const bool comesBack = IsPlain(oldSection, "]\n;") && IsPlain(oldKey, ";[");
-                    REQUIRE(changed || !comesBack || saved->sections[oldSection][oldKey] == oldValue);
+                    // A line without "=" is both key and value. If it contains ";", the value is cut when it
+                    // is read back.
+                    const bool roundTrips = RoundTrips(oldSection, "]\n;") && RoundTrips(oldKey, ";[");
+                    REQUIRE(changed || !roundTrips || saved->sections[oldSection][oldKey] == oldValue);
                 }
             }
         }

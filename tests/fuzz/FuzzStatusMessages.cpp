@@ -1,5 +1,5 @@
-// A stream of bytes, cut into arbitrary reads: only a change to one of the three words counts, whatever came
-// before it.
+// Input: a byte stream that is split into arbitrary reads. The server emits one signal for each change to one
+// of the three statuses, and none otherwise.
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -8,8 +8,8 @@
 #include "statuschannel/ConnServer.h"
 
 namespace {
-/// The word that a read stands for; null if it is no message.
-QString Word(const QByteArray& read)
+/// Returns the status in a read, or a null string if the read is no message.
+QString Status(const QByteArray& read)
 {
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(read, &error);
@@ -36,12 +36,12 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     while (!input.IsEmpty()) {
         const QByteArray read = QByteArray::fromStdString(input.Take(input.Byte()));
         const int result = server.ParseMsg(read);
-        const QString word = Word(read);
-        REQUIRE(result == (word.isNull() ? -1 : 0));
-        const bool known =
-            word == QLatin1String("init") || word == QLatin1String("run") || word == QLatin1String("stop");
-        if (known && word != current) {
-            current = word;
+        const QString status = Status(read);
+        REQUIRE(result == (status.isNull() ? -1 : 0));
+        const bool known = status == QLatin1String("init") || status == QLatin1String("run") ||
+                           status == QLatin1String("stop");
+        if (known && status != current) {
+            current = status;
             ++changes;
         }
         REQUIRE(inits + runs + stops == changes);

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-/// Ends the run with what did not hold, so that the fuzzer keeps the input.
+/// Prints a condition that is false and aborts, so that the fuzzer stores the input.
 #define REQUIRE(condition)                                                                                   \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \
@@ -15,7 +15,7 @@
         }                                                                                                    \
     } while (false)
 
-/// Takes an input apart, byte by byte and piece by piece.
+/// Splits an input into bytes and strings.
 class Input
 {
 public:
@@ -30,14 +30,14 @@ public:
         --size;
         return *data++;
     }
-    /// At most `count` bytes.
+    /// Returns the next `count` bytes, or fewer at the end of the input.
     std::string Take(size_t count)
     {
-        const size_t taken = count < size ? count : size;
-        std::string piece(reinterpret_cast<const char*>(data), taken);
-        data += taken;
-        size -= taken;
-        return piece;
+        const size_t length = count < size ? count : size;
+        std::string bytes(reinterpret_cast<const char*>(data), length);
+        data += length;
+        size -= length;
+        return bytes;
     }
     std::string Rest() { return Take(size); }
 

@@ -1,4 +1,5 @@
-// The functions on text: what they give fits together, and commands with a path out of here are not run.
+// Input: a text. The results of the text functions are consistent, and commands with a relative path do not
+// run.
 
 #include "fuzz/FuzzSupport.h"
 #include "platform/Utils.h"
@@ -14,10 +15,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     }
     std::string joined;
-    const auto pieces = Utils::Split(text, delimiter);
-    for (size_t i = 0; i < pieces.size(); ++i) {
-        REQUIRE(pieces[i].find(delimiter) == std::string::npos);
-        joined += (i == 0 ? "" : delimiter) + pieces[i];
+    const auto parts = Utils::Split(text, delimiter);
+    for (size_t i = 0; i < parts.size(); ++i) {
+        REQUIRE(parts[i].find(delimiter) == std::string::npos);
+        joined += (i == 0 ? "" : delimiter) + parts[i];
     }
     REQUIRE(joined == text || joined + delimiter == text);
 
