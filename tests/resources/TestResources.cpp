@@ -15,9 +15,10 @@
 #include "support/ImageComparison.h"
 
 namespace {
-/// Of 255. The renderers of three releases of Debian differ by six at most, where a rounded shape ends.
+/// The accepted difference of a colour channel. The renderers of three Debian releases differ by up to 6, at
+/// round edges.
 constexpr int ROUNDING = 7;
-/// The renderer that has drawn the pictures that are kept.
+/// The version of the renderer that created the stored images.
 constexpr char RENDERED_WITH[] = " 2.54.";
 const QString PREFIX = QStringLiteral(":/velo/");
 const QStringList DOCUMENTS = {QStringLiteral("beginnerGuide"), QStringLiteral("freQuestions"),
@@ -35,7 +36,7 @@ QStringList Words(const char* text)
     return QString::fromLatin1(text).split(QLatin1Char(' '));
 }
 
-QList<Group> PictureGroups()
+QList<Group> ImageGroups()
 {
     return {
         {{56, 44}, Words("minNormal minHover minClick minDisabled setNormal setHover setClick")},
@@ -60,7 +61,7 @@ QList<Group> PictureGroups()
     };
 }
 
-QStringList HelpPictures()
+QStringList HelpImages()
 {
     QStringList names;
     for (int i = 1; i <= 8; ++i) {
@@ -74,8 +75,8 @@ QStringList HelpPictures()
 
 QStringList AllNames()
 {
-    QStringList names = DOCUMENTS + HelpPictures();
-    for (const Group& group : PictureGroups()) {
+    QStringList names = DOCUMENTS + HelpImages();
+    for (const Group& group : ImageGroups()) {
         names += group.names;
     }
     names.sort();
@@ -112,31 +113,31 @@ class TestResources : public QObject
     Q_OBJECT
 
 private slots:
-    void holdsTheNamesAndNoOther();
-    void picturesHaveTheirSizeAndAnAlphaChannel_data();
-    void picturesHaveTheirSizeAndAnAlphaChannel();
-    void closeButtonsStayInsideTheCardsCorner_data();
-    void closeButtonsStayInsideTheCardsCorner();
-    void statesOfAButtonDiffer_data();
-    void statesOfAButtonDiffer();
-    void mastersGiveTheSamePixels();
-    void roundingIsNoChangeOfShapeOrColour();
-    void placeOfLettersIsNoChangeOfShapeOrColour();
+    void containsExactlyTheSpecifiedFiles();
+    void imagesHaveSpecifiedSizeAndAlphaChannel_data();
+    void imagesHaveSpecifiedSizeAndAlphaChannel();
+    void closeButtonsAreTransparentOutsideOfTheRoundedCorner_data();
+    void closeButtonsAreTransparentOutsideOfTheRoundedCorner();
+    void imagesOfButtonStatesDiffer_data();
+    void imagesOfButtonStatesDiffer();
+    void renderingTheMastersGivesTheStoredImages();
+    void comparisonAcceptsOnlyRounding();
+    void comparisonAcceptsOnlyMovedLetters();
     void documentsAreWellFormed_data();
     void documentsAreWellFormed();
-    void documentsHoldTheirAddresses_data();
-    void documentsHoldTheirAddresses();
-    void helpDocumentsShowEveryPictureOfTheirSet_data();
-    void helpDocumentsShowEveryPictureOfTheirSet();
-    void agreementHasItsLength();
+    void documentsContainExpectedNumberOfAddresses_data();
+    void documentsContainExpectedNumberOfAddresses();
+    void helpDocumentsShowAllImagesOfTheirFolder_data();
+    void helpDocumentsShowAllImagesOfTheirFolder();
+    void agreementHasExpectedLength();
     void guideHasSixSteps();
-    void problemsAreFifteen();
-    void documentsHoldThePhrases_data();
-    void documentsHoldThePhrases();
-    void everyNameInTheSourcesExists();
+    void frequentQuestionsAreFifteen();
+    void documentsContainExpectedPhrases_data();
+    void documentsContainExpectedPhrases();
+    void resourcesNamedInTheSourcesExist();
 };
 
-void TestResources::holdsTheNamesAndNoOther()
+void TestResources::containsExactlyTheSpecifiedFiles()
 {
     QStringList names;
     QDirIterator files(QStringLiteral(":/velo"), QDir::Files, QDirIterator::Subdirectories);
@@ -147,21 +148,21 @@ void TestResources::holdsTheNamesAndNoOther()
     QCOMPARE(names, AllNames());
 }
 
-void TestResources::picturesHaveTheirSizeAndAnAlphaChannel_data()
+void TestResources::imagesHaveSpecifiedSizeAndAlphaChannel_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QSize>("size");
-    for (const Group& group : PictureGroups()) {
+    for (const Group& group : ImageGroups()) {
         for (const QString& name : group.names) {
             QTest::newRow(qPrintable(name)) << name << group.size;
         }
     }
-    for (const QString& name : HelpPictures()) {
+    for (const QString& name : HelpImages()) {
         QTest::newRow(qPrintable(name)) << name << QSize();
     }
 }
 
-void TestResources::picturesHaveTheirSizeAndAnAlphaChannel()
+void TestResources::imagesHaveSpecifiedSizeAndAlphaChannel()
 {
     QFETCH(QString, name);
     QFETCH(QSize, size);
@@ -179,10 +180,10 @@ void TestResources::picturesHaveTheirSizeAndAnAlphaChannel()
     }
 }
 
-void TestResources::closeButtonsStayInsideTheCardsCorner_data()
+void TestResources::closeButtonsAreTransparentOutsideOfTheRoundedCorner_data()
 {
     QTest::addColumn<QString>("name");
-    for (const Group& group : PictureGroups()) {
+    for (const Group& group : ImageGroups()) {
         for (const QString& name : group.names) {
             if (name.endsWith(QLatin1String("hadow"))) {
                 QTest::newRow(qPrintable(name)) << name;
@@ -191,7 +192,7 @@ void TestResources::closeButtonsStayInsideTheCardsCorner_data()
     }
 }
 
-void TestResources::closeButtonsStayInsideTheCardsCorner()
+void TestResources::closeButtonsAreTransparentOutsideOfTheRoundedCorner()
 {
     QFETCH(QString, name);
     const QImage image(PREFIX + name);
@@ -199,7 +200,7 @@ void TestResources::closeButtonsStayInsideTheCardsCorner()
     const QPointF centre(image.width() - RADIUS, RADIUS);
     for (int y = 0; y < RADIUS; ++y) {
         for (int x = image.width() - static_cast<int>(RADIUS); x < image.width(); ++x) {
-            // The nearest corner of the pixel: one that is cut by the arc may be half covered.
+            // The distance of the pixel's nearest corner: the arc may cover a part of a pixel.
             const double distance = std::hypot(x - centre.x(), centre.y() - (y + 1));
             if (distance >= RADIUS) {
                 QVERIFY2(qAlpha(image.pixel(x, y)) == 0, qPrintable(QStringLiteral("%1,%2").arg(x).arg(y)));
@@ -208,17 +209,17 @@ void TestResources::closeButtonsStayInsideTheCardsCorner()
     }
 }
 
-void TestResources::statesOfAButtonDiffer_data()
+void TestResources::imagesOfButtonStatesDiffer_data()
 {
     QTest::addColumn<QStringList>("names");
-    for (const Group& group : PictureGroups()) {
+    for (const Group& group : ImageGroups()) {
         if (group.names.size() >= 3) {
             QTest::newRow(qPrintable(group.names.first())) << group.names;
         }
     }
 }
 
-void TestResources::statesOfAButtonDiffer()
+void TestResources::imagesOfButtonStatesDiffer()
 {
     QFETCH(QStringList, names);
     for (int i = 0; i < names.size(); ++i) {
@@ -229,7 +230,7 @@ void TestResources::statesOfAButtonDiffer()
     }
 }
 
-void TestResources::roundingIsNoChangeOfShapeOrColour()
+void TestResources::comparisonAcceptsOnlyRounding()
 {
     const QImage icon(PREFIX + QStringLiteral("setNormal"));
     QCOMPARE(LargestDifference(icon, icon), 0);
@@ -247,31 +248,31 @@ void TestResources::roundingIsNoChangeOfShapeOrColour()
     QVERIFY(LargestDifference(icon, rounded.copy(1, 0, icon.width(), icon.height())) > ROUNDING);
 }
 
-void TestResources::placeOfLettersIsNoChangeOfShapeOrColour()
+void TestResources::comparisonAcceptsOnlyMovedLetters()
 {
-    const QImage kept(QStringLiteral(VELODESK_SOURCE_DIR "/src/resources/pictures/resource/screenpage/"
-                                                         "tandraBeginnerGuide.files/image006.png"));
-    const auto with = [&kept](const QPoint& move, const std::function<void(QPainter&)>& change) {
-        QImage image = kept.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage stored(QStringLiteral(VELODESK_SOURCE_DIR "/src/resources/pictures/resource/screenpage/"
+                                                           "tandraBeginnerGuide.files/image006.png"));
+    const auto isAccepted = [&stored](const QPoint& move, const std::function<void(QPainter&)>& change) {
+        QImage image = stored.convertToFormat(QImage::Format_ARGB32_Premultiplied);
         QPainter painter(&image);
         const QRect digits(100, 115, 140, 40);
-        painter.drawImage(digits.translated(move), kept, digits);
+        painter.drawImage(digits.translated(move), stored, digits);
         change(painter);
         painter.end();
-        return FindDifference(image, kept, OTHER_RELEASE).isEmpty();
+        return FindDifference(image, stored, OTHER_RELEASE).isEmpty();
     };
     const auto nothing = [](QPainter& /*painter*/) {
     };
-    QVERIFY(with({0, 0}, nothing));
-    QVERIFY(with({2, 0}, nothing));
-    QVERIFY(!with({5, 0}, nothing));
-    // The tick's ground, and a speck where nothing is.
-    QVERIFY(!with({0, 0},
-                  [](QPainter& painter) { painter.fillRect(78, 175, 12, 12, QColor(0x1F, 0x9D, 0x55)); }));
-    QVERIFY(!with({0, 0}, [](QPainter& painter) { painter.fillRect(20, 20, 5, 5, Qt::darkBlue); }));
+    QVERIFY(isAccepted({0, 0}, nothing));
+    QVERIFY(isAccepted({2, 0}, nothing));
+    QVERIFY(!isAccepted({5, 0}, nothing));
+    // The background of the tick, and a dot on an empty area.
+    QVERIFY(!isAccepted(
+        {0, 0}, [](QPainter& painter) { painter.fillRect(78, 175, 12, 12, QColor(0x1F, 0x9D, 0x55)); }));
+    QVERIFY(!isAccepted({0, 0}, [](QPainter& painter) { painter.fillRect(20, 20, 5, 5, Qt::darkBlue); }));
 }
 
-void TestResources::mastersGiveTheSamePixels()
+void TestResources::renderingTheMastersGivesTheStoredImages()
 {
     const QString resources = QStringLiteral(VELODESK_SOURCE_DIR "/src/resources/");
     const QTemporaryDir rendered;
@@ -280,22 +281,22 @@ void TestResources::mastersGiveTheSamePixels()
                  {resources + QStringLiteral("art/render"), QStringLiteral("--into"), rendered.path()});
     QVERIFY(render.waitForFinished());
     QVERIFY2(render.exitCode() == 0, render.readAllStandardError().constData());
-    QProcess asked;
-    asked.start(QStringLiteral("rsvg-convert"), {QStringLiteral("--version")});
-    QVERIFY(asked.waitForFinished());
-    // Another processor may round the last bit otherwise.
-    const bool sameRenderer = asked.readAllStandardOutput().contains(RENDERED_WITH);
+    QProcess versionQuery;
+    versionQuery.start(QStringLiteral("rsvg-convert"), {QStringLiteral("--version")});
+    QVERIFY(versionQuery.waitForFinished());
+    // On another processor, the last bit may differ even with the same renderer.
+    const bool sameRenderer = versionQuery.readAllStandardOutput().contains(RENDERED_WITH);
     int compared = 0;
     QDirIterator files(rendered.path(), {QStringLiteral("*.png")}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString name = files.next().mid(rendered.path().size() + 1);
-        const QImage drawn(files.filePath());
-        const QImage kept(resources + QStringLiteral("pictures/") + name);
-        // Every release of the renderer rounds a little otherwise, and sets the letters in the
-        // illustrations.
+        const QImage rendering(files.filePath());
+        const QImage stored(resources + QStringLiteral("pictures/") + name);
+        // Each version of the renderer rounds differently, and places the letters of the illustrations
+        // differently.
         const bool same = sameRenderer || !name.startsWith(QLatin1String("resource/"))
-                              ? LargestDifference(drawn, kept) <= (sameRenderer ? 1 : ROUNDING)
-                              : FindDifference(drawn, kept, OTHER_RELEASE).isEmpty();
+                              ? LargestDifference(rendering, stored) <= (sameRenderer ? 1 : ROUNDING)
+                              : FindDifference(rendering, stored, OTHER_RELEASE).isEmpty();
         QVERIFY2(same, qPrintable(name));
         ++compared;
     }
@@ -317,7 +318,7 @@ void TestResources::documentsAreWellFormed()
     QVERIFY(!bytes.contains('\0'));
     QCOMPARE(QString::fromUtf8(bytes).toUtf8(), bytes);
     const QStringList allowed = Words("html head meta title style body div p span img");
-    // `meta` and `img` have no end in HTML; the rest must nest as XML does.
+    // `meta` and `img` have no end tag in HTML. All other elements must be nested as in XML.
     QString xml = QString::fromUtf8(bytes);
     xml.replace(QRegularExpression(QStringLiteral("<(meta|img)([^>]*)>")), QStringLiteral("<\\1\\2/>"));
     QXmlStreamReader reader(xml);
@@ -332,7 +333,7 @@ void TestResources::documentsAreWellFormed()
     QVERIFY(styled);
 }
 
-void TestResources::documentsHoldTheirAddresses_data()
+void TestResources::documentsContainExpectedNumberOfAddresses_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("count");
@@ -341,49 +342,49 @@ void TestResources::documentsHoldTheirAddresses_data()
     QTest::newRow("problems") << "freQuestions" << 1;
 }
 
-void TestResources::documentsHoldTheirAddresses()
+void TestResources::documentsContainExpectedNumberOfAddresses()
 {
     QFETCH(QString, name);
     QFETCH(int, count);
-    // Over the whole source, as the view looks for them: a header would count as well.
+    // SerProEdit searches the whole source for addresses, including the HTML head.
     QCOMPARE(Matches(QString::fromUtf8(Bytes(name)), ADDRESS).size(), count);
 }
 
-void TestResources::helpDocumentsShowEveryPictureOfTheirSet_data()
+void TestResources::helpDocumentsShowAllImagesOfTheirFolder_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("set");
+    QTest::addColumn<QString>("folder");
     QTest::newRow("guide") << "beginnerGuide"
                            << "tandraBeginnerGuide.files";
     QTest::newRow("problems") << "freQuestions"
                               << "tandraFreAskedQuestions.files";
 }
 
-void TestResources::helpDocumentsShowEveryPictureOfTheirSet()
+void TestResources::helpDocumentsShowAllImagesOfTheirFolder()
 {
     QFETCH(QString, name);
-    QFETCH(QString, set);
-    QStringList wanted;
-    for (const QString& picture : HelpPictures()) {
-        if (picture.contains(set)) {
-            wanted += PREFIX + picture;
+    QFETCH(QString, folder);
+    QStringList expected;
+    for (const QString& image : HelpImages()) {
+        if (image.contains(folder)) {
+            expected += PREFIX + image;
         }
     }
-    QStringList shown = ImagesOf(name);
-    for (const QString& image : shown) {
+    QStringList actual = ImagesOf(name);
+    for (const QString& image : actual) {
         QVERIFY2(QFile::exists(image), qPrintable(image));
     }
-    shown.sort();
-    QCOMPARE(shown, wanted);
+    actual.sort();
+    QCOMPARE(actual, expected);
     int dividers = 0;
-    for (const QString& image : shown) {
+    for (const QString& image : actual) {
         dividers += QImage(image).size() == QSize(556, 2) ? 1 : 0;
     }
     QCOMPARE(dividers, 1);
     QVERIFY(ImagesOf(QStringLiteral("serProtocal")).isEmpty());
 }
 
-void TestResources::agreementHasItsLength()
+void TestResources::agreementHasExpectedLength()
 {
     const int size = Bytes(QStringLiteral("serProtocal")).size();
     QVERIFY2(size > 12300 && size < 13300, qPrintable(QString::number(size)));
@@ -395,7 +396,7 @@ void TestResources::guideHasSixSteps()
     QCOMPARE(text.count(QStringLiteral("class=\"step\"")), 6);
 }
 
-void TestResources::problemsAreFifteen()
+void TestResources::frequentQuestionsAreFifteen()
 {
     QTextDocument document;
     document.setHtml(QString::fromUtf8(Bytes(QStringLiteral("freQuestions"))));
@@ -404,7 +405,7 @@ void TestResources::problemsAreFifteen()
     QVERIFY(text.contains(QStringLiteral("\n15. ")));
 }
 
-void TestResources::documentsHoldThePhrases_data()
+void TestResources::documentsContainExpectedPhrases_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("phrase");
@@ -421,7 +422,7 @@ void TestResources::documentsHoldThePhrases_data()
     row("freQuestions", "“_”、“—”");
 }
 
-void TestResources::documentsHoldThePhrases()
+void TestResources::documentsContainExpectedPhrases()
 {
     QFETCH(QString, name);
     QFETCH(QString, phrase);
@@ -430,7 +431,7 @@ void TestResources::documentsHoldThePhrases()
     QVERIFY(document.toPlainText().contains(phrase));
 }
 
-void TestResources::everyNameInTheSourcesExists()
+void TestResources::resourcesNamedInTheSourcesExist()
 {
     QStringList named;
     QDirIterator sources(QStringLiteral(VELODESK_SOURCE_DIR "/src"),
