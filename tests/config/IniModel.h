@@ -5,7 +5,7 @@
 #include <QMap>
 #include <algorithm>
 
-/// A simple second implementation of reading and saving a settings file, used as a model by the tests.
+/// A simple second implementation of loading and saving a settings file. The tests use it as a model.
 struct IniModel
 {
     bool valid = true;
@@ -52,8 +52,8 @@ struct IniModel
         }
     }
 
-    /// A file as the blocks of its sections: comment lines and section line, then the key lines. Both levels
-    /// are sorted, because their order is unspecified.
+    /// The blocks of a file. A block contains the comment lines and the line of a section, then its key
+    /// lines. Blocks and key lines are sorted, because their order is unspecified.
     using Blocks = QList<QList<QByteArray>>;
 
     Blocks Saved() const

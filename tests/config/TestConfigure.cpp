@@ -36,8 +36,8 @@ private slots:
     void fileThatCannotBeCreatedIsLogged();
     void permissionThatCannotBeSetIsLogged();
     void agreementIsStored();
-    void agreementIsReadOnlyFromTheTextTrue_data();
-    void agreementIsReadOnlyFromTheTextTrue();
+    void onlyTheTextTrueCountsAsAgreement_data();
+    void onlyTheTextTrueCountsAsAgreement();
     void trustedPhonesAreCleared_data();
     void trustedPhonesAreCleared();
     void trustedPhonesAreCounted_data();
@@ -66,7 +66,7 @@ void TestConfigure::initTestCase()
 {
     path = QString::fromStdString(GetConstant(Velodesk::CONF_FILE));
     QCOMPARE(path, QString::fromLocal8Bit(qgetenv("HOME")) + QStringLiteral("/Velodesk//velodesk.conf"));
-    QVERIFY2(!QFileInfo::exists(path), "this wants a home of its own");
+    QVERIFY2(!QFileInfo::exists(path), "the test needs a separate home");
 }
 
 void TestConfigure::init()
@@ -145,7 +145,7 @@ void TestConfigure::fileThatCannotBeCreatedIsLogged()
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0500);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         const Configure configure;
         QVERIFY(!configure.IsStatementRead());
     }
@@ -158,12 +158,12 @@ void TestConfigure::fileThatCannotBeCreatedIsLogged()
 
 void TestConfigure::permissionThatCannotBeSetIsLogged()
 {
-    // In a directory without search permission the mode of a file can be neither read nor set.
+    // In a directory without search permission, the mode of a file can neither be read nor set.
     WriteAll(path, "text");
     const QString directory = QFileInfo(path).path();
     SetMode(directory, 0600);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         const Configure configure;
     }
     SetMode(directory, 0700);
@@ -181,7 +181,7 @@ void TestConfigure::agreementIsStored()
     QCOMPARE(Content(), QByteArray("[VelodeskServer]\nstatement=true\n"));
 }
 
-void TestConfigure::agreementIsReadOnlyFromTheTextTrue_data()
+void TestConfigure::onlyTheTextTrueCountsAsAgreement_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("isRead");
@@ -192,7 +192,7 @@ void TestConfigure::agreementIsReadOnlyFromTheTextTrue_data()
     QTest::newRow("other key") << QByteArray("[VelodeskServer]\nStatement=true\n") << false;
 }
 
-void TestConfigure::agreementIsReadOnlyFromTheTextTrue()
+void TestConfigure::onlyTheTextTrueCountsAsAgreement()
 {
     QFETCH(QByteArray, content);
     WriteAll(path, content);
@@ -224,7 +224,7 @@ void TestConfigure::trustedPhonesAreCounted_data()
     QTest::addColumn<unsigned int>("count");
     QTest::newRow("some") << QByteArray("3") << 3U;
     QTest::newRow("negative") << QByteArray("-1") << 0U;
-    QTest::newRow("far negative") << QByteArray("-99999999999") << 0U;
+    QTest::newRow("below an integer") << QByteArray("-99999999999") << 0U;
     QTest::newRow("empty") << QByteArray() << 0U;
     QTest::newRow("text") << QByteArray("x") << 0U;
     QTest::newRow("beyond an integer") << QByteArray("4294967295") << 2147483647U;
@@ -343,7 +343,7 @@ void TestConfigure::unreadableFileIsNotChanged()
     QFETCH(bool, isReadable);
     WriteAll(path, content);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         Configure configure;
         if (!isReadable) {
             SetMode(path, 0200);

@@ -15,7 +15,7 @@ namespace {
 const QString DATA = QStringLiteral("/Velodesk/");
 const QString LOG = QStringLiteral("/Velodesk/log");
 
-/// All texts in the order of their names; <data> and <log> are the results of the two directory getters.
+/// All texts in the order of their names. <data> and <log> stand for the results of the directory getters.
 constexpr struct
 {
     Velodesk::StrConstName name;
@@ -73,13 +73,13 @@ private slots:
     void directoriesExistBeforeMain();
     void existingDirectoriesAreKept();
     void settingsPathHasADoubleSlashAndTheSocketPathNone();
-    void tableIsFilledWithoutAHome_data();
-    void tableIsFilledWithoutAHome();
+    void missingHomeDoesNotPreventTheTable_data();
+    void missingHomeDoesNotPreventTheTable();
     void readOnlyHomeGivesATableWithoutDirectories();
     void missingHomeIsReplacedByTheRootDirectory();
 
 private:
-    /// Returns the probe's output in a file system that is read-only except for this test's directory.
+    /// Returns the probe's output in a file system in which only this test's directory is writable.
     QStringList Probe(const QByteArray& home, const QStringList& directories = {});
     QStringList Run(const QStringList& world, const QByteArray& home, const QStringList& directories);
 
@@ -190,7 +190,7 @@ void TestConstant::directoriesExistBeforeMain()
     QCOMPARE(ModeOf(home + QStringLiteral("/Velodesk")), mode_t(0700));
     QCOMPARE(ModeOf(home + LOG), mode_t(0700));
     QCOMPARE(ModeOf(home), mode_t(0755));
-    // No file is created, and no directory of the engine.
+    // The program creates no files and no directories of the engine.
     COMPARE_LISTS(QDir(home + DATA).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                   QStringList(QStringLiteral("log")));
     QVERIFY(QDir(home + LOG).isEmpty());
@@ -215,7 +215,7 @@ void TestConstant::settingsPathHasADoubleSlashAndTheSocketPathNone()
     QCOMPARE(table.at(4), QStringLiteral("4 ") + home + QStringLiteral("/Velodesk/TandraIpc"));
 }
 
-void TestConstant::tableIsFilledWithoutAHome_data()
+void TestConstant::missingHomeDoesNotPreventTheTable_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::newRow("unset") << QByteArray();
@@ -224,7 +224,7 @@ void TestConstant::tableIsFilledWithoutAHome_data()
     QTest::newRow("file") << QByteArray("/proc/self/exe");
 }
 
-void TestConstant::tableIsFilledWithoutAHome()
+void TestConstant::missingHomeDoesNotPreventTheTable()
 {
     QFETCH(QByteArray, value);
     QCOMPARE(Probe(value), Probed(QString(), QString()));
@@ -236,7 +236,7 @@ void TestConstant::readOnlyHomeGivesATableWithoutDirectories()
     QCOMPARE(Probe(home.toLocal8Bit()), Probed(QString(), QString()));
     SetMode(home, 0700);
     QVERIFY(QDir(home).isEmpty());
-    // Only the log directory cannot be created.
+    // Now only the log directory cannot be created.
     QVERIFY(QDir().mkdir(home + DATA));
     SetMode(home + QStringLiteral("/Velodesk"), 0500);
     QCOMPARE(Probe(home.toLocal8Bit()), Probed(home + DATA, QString()));
@@ -245,11 +245,11 @@ void TestConstant::readOnlyHomeGivesATableWithoutDirectories()
 
 void TestConstant::missingHomeIsReplacedByTheRootDirectory()
 {
-    // A process that may write to the root directory: here in a separate root file system.
+    // The process can write to the root directory, because it runs in a separate root file system.
     const QString programs = QFileInfo(QStringLiteral(CONSTANTPROBE)).path();
     QStringList world{QStringLiteral("--proc"), QStringLiteral("/proc"), QStringLiteral("--ro-bind"),
                       programs, programs};
-    // /lib is a link into /usr or, on older systems, a folder; a bind mount works for both.
+    // /lib is a link into /usr or, on older systems, a folder. A bind mount works for both.
     for (const QString& folder : {QStringLiteral("/usr"), QStringLiteral("/lib"), QStringLiteral("/lib64")}) {
         world << QStringLiteral("--ro-bind") << folder << folder;
     }

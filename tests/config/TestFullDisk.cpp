@@ -11,10 +11,10 @@ using Brevora::Config::IniParser;
 
 namespace {
 const QString DISK = QStringLiteral("/opt/");
-constexpr char ROOM[] = "262144";
+constexpr char DISK_SIZE[] = "262144";
 } // namespace
 
-/// Runs on a full file system of 256 KiB.
+/// Runs on a file system of 256 KiB that each test fills.
 class TestFullDisk : public QObject
 {
     Q_OBJECT
@@ -22,10 +22,10 @@ class TestFullDisk : public QObject
 private slots:
     void cleanup() { QFile::remove(DISK + QStringLiteral("filler")); }
 
-    void logDropsLinesWithoutRoomAndContinues();
-    void shortSettingIsKept();
-    void settingWithoutRoomDoesNotChangeOtherFiles();
-    void erasingNeedsNoRoom();
+    void logDropsLinesThatDoNotFitAndContinues();
+    void shortSettingIsStored();
+    void settingThatDoesNotFitChangesNoOtherFile();
+    void erasingNeedsNoSpace();
 
 private:
     /// Fills the remaining space.
@@ -42,7 +42,7 @@ private:
     }
 };
 
-void TestFullDisk::logDropsLinesWithoutRoomAndContinues()
+void TestFullDisk::logDropsLinesThatDoNotFitAndContinues()
 {
     const QString path = DISK + QStringLiteral("log");
     Brevora::Logger logger;
@@ -59,7 +59,7 @@ void TestFullDisk::logDropsLinesWithoutRoomAndContinues()
     QVERIFY(QFile::remove(path));
 }
 
-void TestFullDisk::shortSettingIsKept()
+void TestFullDisk::shortSettingIsStored()
 {
     const QString path = DISK + QStringLiteral("settings");
     WriteAll(path, "[Tandra]\ndevicename=a\nfileStorePath=/home/a\n");
@@ -72,15 +72,15 @@ void TestFullDisk::shortSettingIsKept()
     QVERIFY(QFile::remove(path));
 }
 
-void TestFullDisk::settingWithoutRoomDoesNotChangeOtherFiles()
+void TestFullDisk::settingThatDoesNotFitChangesNoOtherFile()
 {
     const QString path = DISK + QStringLiteral("settings");
     const QString other = DISK + QStringLiteral("other");
     WriteAll(path, "[a]\nb=c\n");
     WriteAll(other, "untouched");
     Fill();
-    // The file is rewritten in place and the result is not checked: it is cut, and the rest can still be
-    // read.
+    // The parser rewrites the file in place and does not check the result: the file is truncated, but still
+    // readable.
     IniParser::GetInstance().SetKeyValue(Local(path), "a", "b", std::string(300000, 'v'));
     QVERIFY(IniParser::GetInstance().GetKeyValueString(Local(path), "a", "b").size() < 300000);
     QCOMPARE(ReadAll(other), QByteArray("untouched"));
@@ -88,7 +88,7 @@ void TestFullDisk::settingWithoutRoomDoesNotChangeOtherFiles()
     QVERIFY(QFile::remove(other));
 }
 
-void TestFullDisk::erasingNeedsNoRoom()
+void TestFullDisk::erasingNeedsNoSpace()
 {
     const QString path = DISK + QStringLiteral("secret");
     WriteAll(path, QByteArray(20000, 's'));
@@ -99,7 +99,7 @@ void TestFullDisk::erasingNeedsNoRoom()
 
 int main(int argc, char** argv)
 {
-    EnterSandbox(argc, argv, ROOM);
+    EnterSandbox(argc, argv, DISK_SIZE);
     QCoreApplication application(argc, argv);
     TestFullDisk test;
     return QTest::qExec(&test, argc, argv);

@@ -24,42 +24,42 @@ constexpr int LIMIT = 1048576;
 constexpr int LONG_NAME = 500 * 1024;
 const QString OVERSIZE = QStringLiteral("DEBUG UTILS file oversize!");
 
-QMap<QByteArray, QByteArray> Plain(const std::unordered_map<std::string, std::string>& map)
+QMap<QByteArray, QByteArray> ToQt(const std::unordered_map<std::string, std::string>& map)
 {
-    QMap<QByteArray, QByteArray> plain;
+    QMap<QByteArray, QByteArray> result;
     for (const auto& [key, value] : map) {
-        plain[QByteArray::fromStdString(key)] = QByteArray::fromStdString(value);
+        result[QByteArray::fromStdString(key)] = QByteArray::fromStdString(value);
     }
-    return plain;
+    return result;
 }
 
 QMap<QByteArray, QMap<QByteArray, QByteArray>> Sections(const ConfigFile& file)
 {
-    QMap<QByteArray, QMap<QByteArray, QByteArray>> plain;
+    QMap<QByteArray, QMap<QByteArray, QByteArray>> result;
     for (const auto& [section, keys] : file.sections) {
-        plain[QByteArray::fromStdString(section)] = Plain(keys);
+        result[QByteArray::fromStdString(section)] = ToQt(keys);
     }
-    return plain;
+    return result;
 }
 
 /// Counts how often a file is opened.
-class Opens
+class OpenCounter
 {
 public:
-    explicit Opens(const QString& path) : events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    explicit OpenCounter(const QString& path) : events(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
     {
-        // The kernel merges consecutive equal events, so watch closing too.
+        // The kernel merges consecutive equal events. Close events between them prevent this.
         inotify_add_watch(events, Local(path).c_str(), IN_OPEN | IN_CLOSE);
     }
-    ~Opens() { close(events); }
-    Opens(const Opens&) = delete;
-    Opens& operator=(const Opens&) = delete;
+    ~OpenCounter() { close(events); }
+    OpenCounter(const OpenCounter&) = delete;
+    OpenCounter& operator=(const OpenCounter&) = delete;
 
     int Take() const
     {
         inotify_event event{};
         int count = 0;
-        // The event of a watched file has no name, unlike that of a directory.
+        // The event of a watched file has no name, so all events have the same size.
         while (read(events, &event, sizeof event) == sizeof event) {
             count += (event.mask & IN_OPEN) != 0 ? 1 : 0;
         }
@@ -96,7 +96,7 @@ private slots:
     void invalidKeyLineFails();
     void sectionNameIsParsed_data();
     void sectionNameIsParsed();
-    void laterLinesOverwrite();
+    void laterLinesReplaceEarlierLines();
     void streamIsParsedLikeAFile();
 
     void savingWritesTheLoadedText_data();
@@ -208,7 +208,7 @@ void TestIniParser::fileThatCannotBeOpenedIsNotFound()
 {
     WriteAll(path, "a=b\n");
     SetMode(path, 0200);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(parser->LoadIniFile(Path()), -1);
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS file not found!")));
 }
@@ -238,14 +238,14 @@ void TestIniParser::loadingReplacesTheLoadedEntry()
 void TestIniParser::unreadableLineRejectsTheWholeFile_data()
 {
     QTest::addColumn<QByteArray>("text");
-    QTest::newRow("blank line alone") << QByteArray("\n");
+    QTest::newRow("blank line only") << QByteArray("\n");
     QTest::newRow("blank line first") << QByteArray("\n[s]\na=b\n");
-    QTest::newRow("blank line amid") << QByteArray("[s]\na=b\n\nc=d\n");
+    QTest::newRow("blank line in the middle") << QByteArray("[s]\na=b\n\nc=d\n");
     QTest::newRow("blank line last") << QByteArray("[s]\na=b\n\n");
     QTest::newRow("equals sign first") << QByteArray("[s]\n=b\n");
-    QTest::newRow("equals sign alone") << QByteArray("[s]\n=\n");
+    QTest::newRow("equals sign only") << QByteArray("[s]\n=\n");
     QTest::newRow("section without a name") << QByteArray("[]\na=b\n");
-    QTest::newRow("bracket alone") << QByteArray("[\na=b\n");
+    QTest::newRow("bracket only") << QByteArray("[\na=b\n");
 }
 
 void TestIniParser::unreadableLineRejectsTheWholeFile()
@@ -313,7 +313,7 @@ void TestIniParser::lineIsSplitIntoKeyValueAndComment()
             if (!comment.isEmpty()) {
                 comments["s/" + key] = comment;
             }
-            QCOMPARE(Plain(config->inlineComments), comments);
+            QCOMPARE(ToQt(config->inlineComments), comments);
             QVERIFY(config->commentLines.empty());
         }
     }
@@ -383,7 +383,7 @@ void TestIniParser::sectionNameIsParsed()
     QCOMPARE(ReadAll(path), saved + "\na=b\n");
 }
 
-void TestIniParser::laterLinesOverwrite()
+void TestIniParser::laterLinesReplaceEarlierLines()
 {
     WriteAll(path, "[s]\na=1\nb=1\n[t]\na=2\n[s]\na=3\n");
     const std::unique_ptr<ConfigFile> file = parser->GetConfig(Path());
@@ -403,7 +403,7 @@ void TestIniParser::streamIsParsedLikeAFile()
     sections["default"] = {{"a", "1"}};
     sections["s"] = {{"b", "2"}};
     QCOMPARE(Sections(file), sections);
-    QCOMPARE(Plain(file.commentLines), (QMap<QByteArray, QByteArray>{{"s0", ";c\n"}}));
+    QCOMPARE(ToQt(file.commentLines), (QMap<QByteArray, QByteArray>{{"s0", ";c\n"}}));
     WriteAll(path, "=1\n");
     std::ifstream unreadable(Path());
     QCOMPARE(parser->ParseFile(unreadable, file), -1);
@@ -466,7 +466,8 @@ void TestIniParser::keyNamedLikeACommentedSectionIsNotSaved()
 
 void TestIniParser::keyNamedLikeACommentedKeyIsSaved()
 {
-    // The names differ only by the index 0, which the name of a comment line has.
+    // The inline comment of k0 and a comment line above a section [s/k] have the same internal name, "s/k0".
+    // The parser must not confuse them.
     WriteAll(path, "[s]\nk=1\nk0=2;c\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
     QCOMPARE(parser->Save(Path()), 0);
@@ -491,7 +492,7 @@ void TestIniParser::savingAnEmptyEntryKeepsTheFile()
     QCOMPARE(parser->Save(Path()), -1);
     QCOMPARE(lines->Take(), QStringList(QStringLiteral("DEBUG UTILS the config file is empty!")));
     QCOMPARE(ReadAll(path), QByteArray(";one\n[s]\n"));
-    // Now there is an entry without sections.
+    // The parser now has an entry without sections.
     QVERIFY(parser->CheckMapEmpty(Path(), "s"));
     QCOMPARE(lines->Take(), QStringList(Warning("config file %s is empty!", path)));
 }
@@ -509,7 +510,7 @@ void TestIniParser::failedSaveIsNotReported()
     WriteAll(path, "a=b;c\n");
     QCOMPARE(parser->LoadIniFile(Path()), 0);
     SetMode(path, 0400);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(parser->Save(Path()), 0);
     QCOMPARE(ReadAll(path), QByteArray("a=b;c\n"));
 }
@@ -797,7 +798,7 @@ void TestIniParser::everyAccessReadsTheFileAgain()
 void TestIniParser::numbersAndBooleansReadTheFileTwice()
 {
     WriteAll(path, "[s]\na=1\n");
-    const Opens opens(path);
+    const OpenCounter opens(path);
     parser->GetKeyValueString(Path(), "s", "a");
     QCOMPARE(opens.Take(), 1);
     parser->GetKeyValueInt(Path(), "s", "a");
@@ -824,15 +825,15 @@ void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
     const auto upTo = [&random](int limit) {
         return static_cast<int>(random() % static_cast<unsigned int>(limit));
     };
-    // Few names, so that they are often equal; digits and slashes make combined names collide.
-    const QList<QByteArray> pieces{"a",           "b", "a/b", "a1", "0",  "/", ";",
+    // A few names are often equal. Digits and slashes cause collisions of combined names.
+    const QList<QByteArray> tokens{"a",           "b", "a/b", "a1", "0",  "/", ";",
                                    "=",           "[", "]",   " ",  "\r", "#", QByteArray(1, '\0'),
                                    "\xe8\xbf\x9e"};
     const QList<QByteArray> names{"a", "b", "a/b", "a1", "a1", "default"};
-    const auto any = [&pieces, &upTo] {
+    const auto any = [&tokens, &upTo] {
         QByteArray text;
         for (int i = upTo(6); i > 0; --i) {
-            text += pieces.at(upTo(pieces.size()));
+            text += tokens.at(upTo(tokens.size()));
         }
         return text;
     };
@@ -863,34 +864,34 @@ void TestIniParser::randomTextsAreReadAndSavedAsInTheModel()
                 text += '\n';
             }
         }
-        const QByteArray shown = text.toPercentEncoding("\n ;=[]/#");
+        const QByteArray description = text.toPercentEncoding("\n ;=[]/#");
         IniModel model(text);
-        // Creating a file is faster than rewriting one, whose data the file system flushes to disk.
+        // Removes the file first, because the file system would flush a rewritten file to disk.
         QFile::remove(path);
         WriteAll(path, text);
         const std::unique_ptr<ConfigFile> file = parser->GetConfig(Path());
-        QVERIFY2((file != nullptr) == model.valid, shown.constData());
+        QVERIFY2((file != nullptr) == model.valid, description.constData());
         if (!model.valid) {
             parser->SetKeyValue(Path(), "a", "b", "value");
-            QVERIFY2(ReadAll(path) == text, shown.constData());
+            QVERIFY2(ReadAll(path) == text, description.constData());
             continue;
         }
         ++valid;
-        QVERIFY2(Sections(*file) == model.sections, shown.constData());
-        QVERIFY2(Plain(file->inlineComments) == model.inlineComments, shown.constData());
-        QVERIFY2(Plain(file->commentLines) == model.commentLines, shown.constData());
-        QVERIFY2(parser->Save(Path()) == (model.sections.isEmpty() ? -1 : 0), shown.constData());
+        QVERIFY2(Sections(*file) == model.sections, description.constData());
+        QVERIFY2(ToQt(file->inlineComments) == model.inlineComments, description.constData());
+        QVERIFY2(ToQt(file->commentLines) == model.commentLines, description.constData());
+        QVERIFY2(parser->Save(Path()) == (model.sections.isEmpty() ? -1 : 0), description.constData());
         if (model.sections.isEmpty()) {
-            QVERIFY2(ReadAll(path) == text, shown.constData());
+            QVERIFY2(ReadAll(path) == text, description.constData());
         } else {
-            QVERIFY2(IniModel::Split(ReadAll(path)) == model.Saved(), shown.constData());
+            QVERIFY2(IniModel::Split(ReadAll(path)) == model.Saved(), description.constData());
         }
-        // Repeat it from the start with a change.
+        // Repeats the test with a change of one value.
         QFile::remove(path);
         WriteAll(path, text);
         parser->SetKeyValue(Path(), "a", "b", "value");
         model.sections["a"]["b"] = "value";
-        QVERIFY2(IniModel::Split(ReadAll(path)) == model.Saved(), shown.constData());
+        QVERIFY2(IniModel::Split(ReadAll(path)) == model.Saved(), description.constData());
     }
     QVERIFY2(valid > TEXTS / 5, qPrintable(QString::number(valid)));
     QVERIFY2(valid < TEXTS, qPrintable(QString::number(valid)));

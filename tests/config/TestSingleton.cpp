@@ -9,7 +9,7 @@
 
 namespace {
 int alive = 0;
-int made = 0;
+int created = 0;
 
 class Counted
 {
@@ -17,17 +17,17 @@ public:
     Counted()
     {
         ++alive;
-        ++made;
+        ++created;
     }
     ~Counted() { --alive; }
 };
 
 bool memoryIsShort = false;
 
-class Hungry
+class ThrowsBadAlloc
 {
 public:
-    Hungry()
+    ThrowsBadAlloc()
     {
         if (memoryIsShort) {
             throw std::bad_alloc();
@@ -35,23 +35,23 @@ public:
     }
 };
 
-class Unallocatable
+class ThrowsInNew
 {
 public:
     static void* operator new(std::size_t) { throw std::bad_array_new_length(); }
     static void operator delete(void*) {}
 };
 
-class Thrower
+class ThrowsRuntimeError
 {
 public:
-    Thrower() { throw std::runtime_error("other"); }
+    ThrowsRuntimeError() { throw std::runtime_error("other"); }
 };
 
 class Shared
 {
 public:
-    Shared() { ++made; }
+    Shared() { ++created; }
 };
 } // namespace
 
@@ -63,9 +63,9 @@ private slots:
     void init();
 
     void objectIsCreatedOnceAtTheFirstUse();
-    void destroyingTwiceIsHarmless();
+    void secondDestroyDoesNothing();
     void newObjectIsCreatedAfterDestroy();
-    void failedAllocationReturnsNullAndIsTriedAgain();
+    void failedAllocationReturnsNullAndNextCallTriesAgain();
     void otherExceptionsArePropagated();
     void localObjectIsCreatedOnceByManyThreads();
     void objectsAreDestroyedInReverseOrder();
@@ -74,7 +74,7 @@ private slots:
 void TestSingleton::init()
 {
     Singleton<Counted>::Destroy();
-    made = 0;
+    created = 0;
 }
 
 void TestSingleton::objectIsCreatedOnceAtTheFirstUse()
@@ -83,18 +83,18 @@ void TestSingleton::objectIsCreatedOnceAtTheFirstUse()
     Counted* const one = Singleton<Counted>::GetInstance();
     QVERIFY(one != nullptr);
     QCOMPARE(Singleton<Counted>::GetInstance(), one);
-    QCOMPARE(made, 1);
+    QCOMPARE(created, 1);
     QCOMPARE(alive, 1);
 }
 
-void TestSingleton::destroyingTwiceIsHarmless()
+void TestSingleton::secondDestroyDoesNothing()
 {
     Singleton<Counted>::GetInstance();
     Singleton<Counted>::Destroy();
     QCOMPARE(alive, 0);
     Singleton<Counted>::Destroy();
     QCOMPARE(alive, 0);
-    QCOMPARE(made, 1);
+    QCOMPARE(created, 1);
 }
 
 void TestSingleton::newObjectIsCreatedAfterDestroy()
@@ -102,39 +102,39 @@ void TestSingleton::newObjectIsCreatedAfterDestroy()
     Singleton<Counted>::GetInstance();
     Singleton<Counted>::Destroy();
     QVERIFY(Singleton<Counted>::GetInstance() != nullptr);
-    QCOMPARE(made, 2);
+    QCOMPARE(created, 2);
     QCOMPARE(alive, 1);
 }
 
-void TestSingleton::failedAllocationReturnsNullAndIsTriedAgain()
+void TestSingleton::failedAllocationReturnsNullAndNextCallTriesAgain()
 {
     memoryIsShort = true;
-    QCOMPARE(Singleton<Hungry>::GetInstance(), nullptr);
+    QCOMPARE(Singleton<ThrowsBadAlloc>::GetInstance(), nullptr);
     memoryIsShort = false;
-    QVERIFY(Singleton<Hungry>::GetInstance() != nullptr);
-    QCOMPARE(Singleton<Unallocatable>::GetInstance(), nullptr);
-    Singleton<Unallocatable>::Destroy();
+    QVERIFY(Singleton<ThrowsBadAlloc>::GetInstance() != nullptr);
+    QCOMPARE(Singleton<ThrowsInNew>::GetInstance(), nullptr);
+    Singleton<ThrowsInNew>::Destroy();
 }
 
 void TestSingleton::otherExceptionsArePropagated()
 {
-    QVERIFY_EXCEPTION_THROWN(Singleton<Thrower>::GetInstance(), std::runtime_error);
-    Singleton<Thrower>::Destroy();
+    QVERIFY_EXCEPTION_THROWN(Singleton<ThrowsRuntimeError>::GetInstance(), std::runtime_error);
+    Singleton<ThrowsRuntimeError>::Destroy();
 }
 
 void TestSingleton::localObjectIsCreatedOnceByManyThreads()
 {
     constexpr std::size_t THREADS = 8;
-    std::vector<Shared*> seen(THREADS, nullptr);
+    std::vector<Shared*> instances(THREADS, nullptr);
     std::vector<std::thread> threads;
-    for (Shared*& object : seen) {
+    for (Shared*& object : instances) {
         threads.emplace_back([&object] { object = &SingletonNew<Shared>::GetInstance(); });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    QCOMPARE(seen, std::vector<Shared*>(THREADS, &SingletonNew<Shared>::GetInstance()));
-    QCOMPARE(made, 1);
+    QCOMPARE(instances, std::vector<Shared*>(THREADS, &SingletonNew<Shared>::GetInstance()));
+    QCOMPARE(created, 1);
 }
 
 void TestSingleton::objectsAreDestroyedInReverseOrder()

@@ -5,10 +5,10 @@
 #include "config/Constant.h"
 
 namespace {
-/// Initialised during the static initialisation of this file, which may precede that of the tables.
+/// Initialised with this file's static objects, possibly before the tables.
 const std::string EARLY = GetConstant(Velodesk::ENGINE_SECTION);
 
-void Tell(const char* name)
+void PrintExistence(const char* name)
 {
     struct stat status
     {};
@@ -22,7 +22,7 @@ void Tell(const char* name)
 int main(int argc, char* argv[])
 {
     for (int i = 2; i < argc; ++i) {
-        Tell(argv[i]);
+        PrintExistence(argv[i]);
     }
     for (int i = 0; i < std::atoi(argv[1]); ++i) {
         std::printf("%d %s\n", i, GetConstant(static_cast<Velodesk::StrConstName>(i)).c_str());

@@ -4,25 +4,26 @@
 #include "platform/Singleton.h"
 
 namespace {
-/// Prints a line in the destructor, which also verifies that the tables still exist.
+/// Prints a line in the constructor and in the destructor. The second contains a text of the tables, which
+/// must still exist.
 template <int number>
-class Speaker
+class Printer
 {
 public:
-    Speaker() { std::printf("+%d\n", number); }
-    ~Speaker() { std::printf("-%d %s\n", number, GetConstant(Velodesk::ENGINE_SECTION).c_str()); }
+    Printer() { std::printf("+%d\n", number); }
+    ~Printer() { std::printf("-%d %s\n", number, GetConstant(Velodesk::ENGINE_SECTION).c_str()); }
 };
 } // namespace
 
 int main()
 {
-    static const Speaker<1> LOCAL;
-    Singleton<Speaker<2>>::GetInstance();
-    SingletonNew<Speaker<3>>::GetInstance();
-    Singleton<Speaker<4>>::GetInstance();
-    SingletonNew<Speaker<5>>::GetInstance();
-    // Destroyed and created again: now it is the last one, and it is destroyed once.
-    Singleton<Speaker<2>>::Destroy();
-    Singleton<Speaker<2>>::GetInstance();
+    static const Printer<1> LOCAL;
+    Singleton<Printer<2>>::GetInstance();
+    SingletonNew<Printer<3>>::GetInstance();
+    Singleton<Printer<4>>::GetInstance();
+    SingletonNew<Printer<5>>::GetInstance();
+    // Printer<2> is now the last created object, so it must be destroyed first, and only once.
+    Singleton<Printer<2>>::Destroy();
+    Singleton<Printer<2>>::GetInstance();
     return 0;
 }

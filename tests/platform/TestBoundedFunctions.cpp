@@ -46,7 +46,7 @@ private slots:
     void textThatDoesNotFitFails_data();
     void textThatDoesNotFitFails();
     void formattingToNullFails();
-    void badFormatFails();
+    void invalidFormatFails();
     void argumentsAreFormatted();
 };
 
@@ -121,16 +121,16 @@ void TestBoundedFunctions::textThatDoesNotFitFails_data()
     QTest::addColumn<int>("limit");
     QTest::addColumn<int>("count");
     QTest::addColumn<bool>("works");
-    QTest::newRow("nothing") << QByteArray() << 8 << 7 << true;
+    QTest::newRow("empty") << QByteArray() << 8 << 7 << true;
     QTest::newRow("shorter") << QByteArray("abc") << 8 << 7 << true;
-    QTest::newRow("as long as the room") << QByteArray("abcdefg") << 8 << 7 << true;
-    QTest::newRow("one more than the room") << QByteArray("abcdefgh") << 8 << 7 << false;
+    QTest::newRow("as long as the buffer allows") << QByteArray("abcdefg") << 8 << 7 << true;
+    QTest::newRow("one byte more than the buffer allows") << QByteArray("abcdefgh") << 8 << 7 << false;
     QTest::newRow("as long as the count") << QByteArray("abc") << 8 << 3 << true;
-    QTest::newRow("one more than the count") << QByteArray("abcd") << 8 << 3 << false;
-    QTest::newRow("count beyond the room, text within") << QByteArray("abc") << 4 << 100 << true;
-    QTest::newRow("count beyond the room, text too") << QByteArray("abcd") << 4 << 100 << false;
-    QTest::newRow("room for the end alone") << QByteArray() << 1 << 0 << true;
-    QTest::newRow("text without room") << QByteArray("a") << 1 << 0 << false;
+    QTest::newRow("one byte more than the count") << QByteArray("abcd") << 8 << 3 << false;
+    QTest::newRow("count larger than the buffer, text shorter") << QByteArray("abc") << 4 << 100 << true;
+    QTest::newRow("count and text larger than the buffer") << QByteArray("abcd") << 4 << 100 << false;
+    QTest::newRow("buffer for the terminator only") << QByteArray() << 1 << 0 << true;
+    QTest::newRow("text in a buffer for the terminator only") << QByteArray("a") << 1 << 0 << false;
 }
 
 void TestBoundedFunctions::textThatDoesNotFitFails()
@@ -167,7 +167,7 @@ void TestBoundedFunctions::formattingToNullFails()
     QCOMPARE(Bytes(buffer), Bytes(Fresh()));
 }
 
-void TestBoundedFunctions::badFormatFails()
+void TestBoundedFunctions::invalidFormatFails()
 {
     Buffer buffer = Fresh();
     // A wide character that no encoding can represent.

@@ -44,28 +44,28 @@ constexpr char CONFIGURATION[] = "<busconfig><type>system</type><listen>unix:tmp
                                  "</policy></busconfig>";
 
 /// Controls the intercepted calls of the bus library.
-struct Between
+struct Mock
 {
-    std::function<void()> beforeTheSenderIsAsked;
+    std::function<void()> beforeSenderQuery;
     int newCallResult = 0;
     int appendResult = 0;
     int pidResult = 0;
     bool replyIsLost = false;
     bool textIsLost = false;
-    // The library only documents that success is not negative.
-    bool successIsNought = false;
+    // The library documents only that a successful result is not negative.
+    bool successIsZero = false;
     int callResult = 0;
     uint64_t timeout = 0;
-    uint64_t asked = 0;
-    /// The objects that the library has returned and that are not released yet.
-    std::set<const void*> held;
+    uint64_t queriedMask = 0;
+    /// The objects of the library that are not released yet.
+    std::set<const void*> unreleased;
 
-    int Success(int result) const { return successIsNought ? qMin(result, 0) : result; }
+    int Success(int result) const { return successIsZero ? qMin(result, 0) : result; }
 };
-/// One per calling thread.
-thread_local Between between;
+/// Each calling thread has its own.
+thread_local Mock mock;
 
-/// A system bus that only this process uses; it exists as long as the object.
+/// A private system bus for this process. The bus exists as long as the object.
 class PrivateBus
 {
 public:
@@ -91,7 +91,7 @@ public:
         daemon.waitForFinished();
     }
 
-    /// Pauses the bus until Resume(): it accepts connections and messages without answering.
+    /// Pauses the bus until Resume(). A paused bus accepts connections and messages, but does not reply.
     void Pause() const { kill(static_cast<pid_t>(daemon.processId()), SIGSTOP); }
     void Resume() const { kill(static_cast<pid_t>(daemon.processId()), SIGCONT); }
 
@@ -100,31 +100,32 @@ private:
     QProcess daemon;
 };
 
-using Answer = std::function<int(sd_bus_message*)>;
+using ReplyHandler = std::function<int(sd_bus_message*)>;
 
 /// Acts as the daemon on a thread of this process.
 class Server
 {
 public:
-    explicit Server(Answer wanted) : answer(std::move(wanted)), wake(eventfd(0, EFD_CLOEXEC))
+    explicit Server(ReplyHandler replyHandler)
+        : handler(std::move(replyHandler)), wake(eventfd(0, EFD_CLOEXEC))
     {
         if (sd_bus_open_system(&bus) < 0 ||
-            sd_bus_add_object(bus, nullptr, "/com/zelmora/velodesk", &Server::Called, this) < 0 ||
+            sd_bus_add_object(bus, nullptr, "/com/zelmora/velodesk", &Server::HandleCall, this) < 0 ||
             sd_bus_request_name(bus, "com.zelmora.velodesk", 0) < 0) {
-            qFatal("the server does not get on the bus");
+            qFatal("the server cannot connect to the bus");
         }
         thread = std::thread([this] { Serve(); });
     }
     ~Server()
     {
-        Leave();
+        Disconnect();
         close(wake);
     }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// Disconnects from the bus; on return the bus knows it.
-    void Leave()
+    /// Disconnects from the bus. Returns after the bus has removed the connection.
+    void Disconnect()
     {
         if (!thread.joinable()) {
             return;
@@ -133,34 +134,36 @@ public:
         thread.join();
         const char* name = nullptr;
         sd_bus_get_unique_name(bus, &name);
-        const std::string left = name;
+        const std::string uniqueName = name;
         sd_bus_flush_close_unref(bus);
-        while (IsOnTheBus(left)) {
+        while (IsConnected(uniqueName)) {
             std::this_thread::yield();
         }
     }
 
-    /// The calls as "destination path interface member signature argument"; complete after Leave().
+    /// The received calls as "destination path interface member signature argument". Complete after
+    /// Disconnect().
     QStringList calls;
 
 private:
-    static bool IsOnTheBus(const std::string& name)
+    static bool IsConnected(const std::string& name)
     {
-        sd_bus* asker = nullptr;
+        sd_bus* connection = nullptr;
         sd_bus_message* reply = nullptr;
-        int isThere = 0;
-        if (sd_bus_open_system(&asker) < 0 ||
-            sd_bus_call_method(asker, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                               "NameHasOwner", nullptr, &reply, "s", name.c_str()) < 0 ||
-            sd_bus_message_read(reply, "b", &isThere) < 0) {
+        int hasOwner = 0;
+        if (sd_bus_open_system(&connection) < 0 ||
+            sd_bus_call_method(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                               "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
+                               name.c_str()) < 0 ||
+            sd_bus_message_read(reply, "b", &hasOwner) < 0) {
             qFatal("the bus does not answer");
         }
         sd_bus_message_unref(reply);
-        sd_bus_flush_close_unref(asker);
-        return isThere != 0;
+        sd_bus_flush_close_unref(connection);
+        return hasOwner != 0;
     }
 
-    static int Called(sd_bus_message* message, void* server, sd_bus_error*)
+    static int HandleCall(sd_bus_message* message, void* server, sd_bus_error*)
     {
         auto& self = *static_cast<Server*>(server);
         const char* argument = nullptr;
@@ -172,7 +175,7 @@ private:
                                    QString::fromUtf8(sd_bus_message_get_member(message)),
                                    QString::fromUtf8(sd_bus_message_get_signature(message, 1)),
                                    QString::fromUtf8(argument)));
-        const int result = self.answer(message);
+        const int result = self.handler(message);
         return result < 0 ? result : 1;
     }
 
@@ -190,31 +193,31 @@ private:
         }
     }
 
-    Answer answer;
+    ReplyHandler handler;
     int wake;
     sd_bus* bus = nullptr;
     std::thread thread;
 };
 
-Answer Text(const std::string& text)
+ReplyHandler Text(const std::string& text)
 {
     return [text](sd_bus_message* call) {
         return sd_bus_reply_method_return(call, "s", text.c_str());
     };
 }
 
-Answer Failure(const std::string& message)
+ReplyHandler Failure(const std::string& message)
 {
     return [message](sd_bus_message* call) {
         return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_TIMEOUT, "%s", message.c_str());
     };
 }
 
-const Answer NONE = [](sd_bus_message*) {
+const ReplyHandler NONE = [](sd_bus_message*) {
     return 0;
 };
 
-/// The result of a call. Both texts are filled beforehand to show what the call changes.
+/// The result of a call. The initial texts show whether the call has assigned new ones.
 struct Outcome
 {
     int code = 0;
@@ -222,12 +225,13 @@ struct Outcome
     std::string error = "left over";
 };
 
-using Way = int (*)(const std::string&, std::string&, std::string&);
+using CallFunction = int (*)(const std::string&, std::string&, std::string&);
 
-Outcome Call(const std::string& command = "velodeskd --exit", Way way = &Utils::ExecutePopenAndReturnByDbus)
+Outcome Call(const std::string& command = "velodeskd --exit",
+             CallFunction function = &Utils::ExecutePopenAndReturnByDbus)
 {
     Outcome outcome;
-    outcome.code = way(command, outcome.result, outcome.error);
+    outcome.code = function(command, outcome.result, outcome.error);
     return outcome;
 }
 
@@ -236,12 +240,12 @@ int OpenFiles()
     return static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries).size());
 }
 
-QString Refusal(int sender, int wanted)
+QString DroppedLine(int sender, int daemon)
 {
-    return QStringLiteral("Failed to msg reply id: %1 != velodeskd pid %2").arg(sender).arg(wanted);
+    return QStringLiteral("Failed to msg reply id: %1 != velodeskd pid %2").arg(sender).arg(daemon);
 }
 } // namespace
-Q_DECLARE_METATYPE(Way)
+Q_DECLARE_METATYPE(CallFunction)
 
 int RealCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_error* error,
              sd_bus_message** reply) __asm__("__real_sd_bus_call");
@@ -262,100 +266,100 @@ int WrappedRead(sd_bus_message* message, const char* types, ...) __asm__("__wrap
 int WrappedAppend(sd_bus_message* message, const char* types, ...) __asm__("__wrap_sd_bus_message_append");
 sd_bus_message* RealUnref(sd_bus_message* message) __asm__("__real_sd_bus_message_unref");
 sd_bus_message* WrappedUnref(sd_bus_message* message) __asm__("__wrap_sd_bus_message_unref");
-sd_bus_creds* RealForget(sd_bus_creds* creds) __asm__("__real_sd_bus_creds_unref");
-sd_bus_creds* WrappedForget(sd_bus_creds* creds) __asm__("__wrap_sd_bus_creds_unref");
+sd_bus_creds* RealUnrefCreds(sd_bus_creds* creds) __asm__("__real_sd_bus_creds_unref");
+sd_bus_creds* WrappedUnrefCreds(sd_bus_creds* creds) __asm__("__wrap_sd_bus_creds_unref");
 void RealFree(sd_bus_error* error) __asm__("__real_sd_bus_error_free");
 void WrappedFree(sd_bus_error* error) __asm__("__wrap_sd_bus_error_free");
 
 int WrappedCall(sd_bus* bus, sd_bus_message* message, uint64_t usec, sd_bus_error* error,
                 sd_bus_message** reply)
 {
-    between.timeout = usec;
-    if (between.callResult < 0) {
-        // Without a reason.
-        return between.callResult;
+    mock.timeout = usec;
+    if (mock.callResult < 0) {
+        // The error has no message.
+        return mock.callResult;
     }
     const int result = RealCall(bus, message, usec, error, reply);
-    if (between.replyIsLost) {
+    if (mock.replyIsLost) {
         *reply = sd_bus_message_unref(*reply);
     }
     if (*reply != nullptr) {
-        between.held.insert(*reply);
+        mock.unreleased.insert(*reply);
     }
     if (error->message != nullptr) {
-        between.held.insert(error);
+        mock.unreleased.insert(error);
     }
-    return between.Success(result);
+    return mock.Success(result);
 }
 
 int WrappedNewCall(sd_bus* bus, sd_bus_message** message, const char* destination, const char* path,
                    const char* interface, const char* member)
 {
-    if (between.newCallResult < 0) {
-        return between.newCallResult;
+    if (mock.newCallResult < 0) {
+        return mock.newCallResult;
     }
     const int result = RealNewCall(bus, message, destination, path, interface, member);
-    between.held.insert(*message);
-    return between.Success(result);
+    mock.unreleased.insert(*message);
+    return mock.Success(result);
 }
 
 int WrappedQuery(sd_bus_message* message, uint64_t mask, sd_bus_creds** creds)
 {
-    between.asked = mask;
-    if (between.beforeTheSenderIsAsked) {
-        between.beforeTheSenderIsAsked();
+    mock.queriedMask = mask;
+    if (mock.beforeSenderQuery) {
+        mock.beforeSenderQuery();
     }
     const int result = RealQuery(message, mask, creds);
     if (result >= 0) {
-        between.held.insert(*creds);
+        mock.unreleased.insert(*creds);
     }
-    return between.Success(result);
+    return mock.Success(result);
 }
 
 int WrappedPid(sd_bus_creds* creds, pid_t* pid)
 {
-    return between.pidResult < 0 ? between.pidResult : between.Success(RealPid(creds, pid));
+    return mock.pidResult < 0 ? mock.pidResult : mock.Success(RealPid(creds, pid));
 }
 
 int WrappedAppend(sd_bus_message* message, const char* types, ...)
 {
-    if (between.appendResult < 0) {
-        return between.appendResult;
+    if (mock.appendResult < 0) {
+        return mock.appendResult;
     }
     va_list args;
     va_start(args, types);
     const int result = sd_bus_message_appendv(message, types, args);
     va_end(args);
-    return between.Success(result);
+    return mock.Success(result);
 }
 
 int WrappedRead(sd_bus_message* message, const char* types, ...)
 {
-    if (between.textIsLost) {
+    if (mock.textIsLost) {
         return 1;
     }
     va_list args;
     va_start(args, types);
     const int result = sd_bus_message_readv(message, types, args);
     va_end(args);
-    return between.Success(result);
+    return mock.Success(result);
 }
 
 sd_bus_message* WrappedUnref(sd_bus_message* message)
 {
-    between.held.erase(message);
+    mock.unreleased.erase(message);
     return RealUnref(message);
 }
 
-sd_bus_creds* WrappedForget(sd_bus_creds* creds)
+sd_bus_creds* WrappedUnrefCreds(sd_bus_creds* creds)
 {
-    between.held.erase(creds);
-    return RealForget(creds);
+    mock.unreleased.erase(creds);
+    return RealUnrefCreds(creds);
 }
 
 void WrappedFree(sd_bus_error* error)
 {
-    between.held.erase(error);
+    mock.unreleased.erase(error);
     RealFree(error);
 }
 
@@ -371,18 +375,18 @@ private slots:
 
     void callIsAddressedToTheDaemon_data();
     void callIsAddressedToTheDaemon();
-    void answerOfTheDaemonIsAccepted_data();
-    void answerOfTheDaemonIsAccepted();
+    void replyOfTheDaemonIsAccepted_data();
+    void replyOfTheDaemonIsAccepted();
     void everyCallIsLogged();
-    void answerOfAnotherProcessIsDropped_data();
-    void answerOfAnotherProcessIsDropped();
-    void everyAnswerIsDroppedBeforeTheDaemonsIdIsSet();
-    void answerIsAcceptedAfterTheDaemonsIdIsSet();
-    void answerOfAnotherTypeFails();
-    void answerOfAnotherTypeFromAnotherProcessIsOnlyDropped();
-    void missingAnswerTimesOut();
+    void replyOfAnotherProcessIsDropped_data();
+    void replyOfAnotherProcessIsDropped();
+    void everyReplyIsDroppedBeforeTheDaemonsIdIsSet();
+    void replyIsAcceptedAfterTheDaemonsIdIsSet();
+    void replyOfAnotherTypeFails();
+    void replyOfAnotherTypeFromAnotherProcessIsOnlyDropped();
+    void missingReplyTimesOut();
     void blockedBusTimesOut();
-    void answerIsDroppedIfTheBusBlocksTheSenderQuery();
+    void replyIsDroppedIfTheBusBlocksTheSenderQuery();
     void textOfATimeoutIsTheSameInEveryLocale_data();
     void textOfATimeoutIsTheSameInEveryLocale();
     void innerCallKeepsTheTextOfATimeout();
@@ -390,10 +394,10 @@ private slots:
     void otherFailureKeepsItsText();
     void missingBusFails();
     void missingDaemonFailsImmediately();
-    void answerOfAnEndedSenderIsDropped();
-    void answerOfASenderWithoutAProcessIsDropped();
-    void lostReplyIsDropped();
-    void answerWithoutItsTextIsEmpty();
+    void replyOfAnEndedSenderIsDropped();
+    void replyOfASenderWithoutAProcessIsDropped();
+    void successWithoutReplyIsDropped();
+    void replyWithoutItsTextGivesAnEmptyResult();
     void zeroIsSuccess();
     void failureWithoutAReasonHasAnEmptyReason();
     void callThatCannotBeMadeFails();
@@ -401,7 +405,7 @@ private slots:
     void commandThatIsNotUtf8Fails();
     void connectionIsClosedEachTime_data();
     void connectionIsClosedEachTime();
-    void threadsMayCallConcurrently();
+    void threadsCanCallConcurrently();
 
 private:
     QStringList Levels() const;
@@ -425,14 +429,14 @@ void TestDaemonBus::cleanupTestCase()
 void TestDaemonBus::init()
 {
     log = std::make_unique<CapturedLog>();
-    between = Between();
+    mock = Mock();
     g_velodeskdPid = getpid();
 }
 
 void TestDaemonBus::cleanup()
 {
-    QVERIFY(between.held.empty());
-    between = Between();
+    QVERIFY(mock.unreleased.empty());
+    mock = Mock();
     g_velodeskdPid = 0;
     log.reset();
 }
@@ -461,39 +465,39 @@ QStringList Errors(const QStringList& messages)
 
 void TestDaemonBus::callIsAddressedToTheDaemon_data()
 {
-    QTest::addColumn<Way>("way");
+    QTest::addColumn<CallFunction>("function");
     QTest::newRow("outer call") << &Utils::ExecutePopenAndReturnByDbus;
     QTest::newRow("inner call") << &Utils::DBusProcess;
 }
 
 void TestDaemonBus::callIsAddressedToTheDaemon()
 {
-    QFETCH(Way, way);
+    QFETCH(CallFunction, function);
     Server server(Text("done"));
-    QVERIFY(Call("velodeskd --exit", way).code >= 0);
-    QVERIFY(Call("", way).code >= 0);
-    server.Leave();
+    QVERIFY(Call("velodeskd --exit", function).code >= 0);
+    QVERIFY(Call("", function).code >= 0);
+    server.Disconnect();
     const QString address =
         QStringLiteral("com.zelmora.velodesk /com/zelmora/velodesk com.zelmora.velodesk velodeskd s ");
     QCOMPARE(server.calls, QStringList({address + QStringLiteral("velodeskd --exit"), address}));
-    // The time of connecting is part of the limit.
-    QVERIFY2(between.timeout <= TIMEOUT_US && between.timeout > TIMEOUT_US / 2,
-             qPrintable(QString::number(between.timeout)));
-    QCOMPARE(between.asked, uint64_t(1));
+    // The timeout includes the time for the connection, so the call gets less.
+    QVERIFY2(mock.timeout <= TIMEOUT_US && mock.timeout > TIMEOUT_US / 2,
+             qPrintable(QString::number(mock.timeout)));
+    QCOMPARE(mock.queriedMask, uint64_t(1));
 }
 
-void TestDaemonBus::answerOfTheDaemonIsAccepted_data()
+void TestDaemonBus::replyOfTheDaemonIsAccepted_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("word") << QByteArray("done");
-    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("empty") << QByteArray();
     QTest::newRow("untrimmed") << QByteArray("  two\nlines \n");
     QTest::newRow("Chinese") << QByteArray("投屏助手");
     QTest::newRow("percent signs") << QByteArray("100%s");
     QTest::newRow("long") << QByteArray(100000, 'x');
 }
 
-void TestDaemonBus::answerOfTheDaemonIsAccepted()
+void TestDaemonBus::replyOfTheDaemonIsAccepted()
 {
     QFETCH(QByteArray, text);
     const Server server(Text(text.toStdString()));
@@ -531,16 +535,16 @@ void TestDaemonBus::everyCallIsLogged()
                       text}));
 }
 
-void TestDaemonBus::answerOfAnotherProcessIsDropped_data()
+void TestDaemonBus::replyOfAnotherProcessIsDropped_data()
 {
     QTest::addColumn<int>("daemon");
     QTest::newRow("next process") << getpid() + 1;
     QTest::newRow("first process") << 1;
     QTest::newRow("no process") << 0;
-    QTest::newRow("no number of a process") << -1;
+    QTest::newRow("invalid process id") << -1;
 }
 
-void TestDaemonBus::answerOfAnotherProcessIsDropped()
+void TestDaemonBus::replyOfAnotherProcessIsDropped()
 {
     QFETCH(int, daemon);
     g_velodeskdPid = daemon;
@@ -549,18 +553,18 @@ void TestDaemonBus::answerOfAnotherProcessIsDropped()
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, std::string());
     QCOMPARE(outcome.error, std::string());
-    QCOMPARE(Levels(), Errors({Refusal(getpid(), daemon)}));
+    QCOMPARE(Levels(), Errors({DroppedLine(getpid(), daemon)}));
 }
 
-void TestDaemonBus::everyAnswerIsDroppedBeforeTheDaemonsIdIsSet()
+void TestDaemonBus::everyReplyIsDroppedBeforeTheDaemonsIdIsSet()
 {
     g_velodeskdPid = pidAtStart;
     const Server server(Text("done"));
     QCOMPARE(Call().result, std::string());
-    COMPARE_LISTS(log->Messages(), QStringList(Refusal(getpid(), 0)));
+    COMPARE_LISTS(log->Messages(), QStringList(DroppedLine(getpid(), 0)));
 }
 
-void TestDaemonBus::answerIsAcceptedAfterTheDaemonsIdIsSet()
+void TestDaemonBus::replyIsAcceptedAfterTheDaemonsIdIsSet()
 {
     g_velodeskdPid = 0;
     Utils::SetDbusServerPid(getpid());
@@ -569,7 +573,7 @@ void TestDaemonBus::answerIsAcceptedAfterTheDaemonsIdIsSet()
     QCOMPARE(Call().result, std::string("done"));
 }
 
-void TestDaemonBus::answerOfAnotherTypeFails()
+void TestDaemonBus::replyOfAnotherTypeFails()
 {
     const Server server([](sd_bus_message* call) { return sd_bus_reply_method_return(call, "i", 5); });
     const Outcome outcome = Call();
@@ -579,15 +583,15 @@ void TestDaemonBus::answerOfAnotherTypeFails()
     QCOMPARE(Levels(), Errors({QStringLiteral("sd_bus_message_read failed.")}));
 }
 
-void TestDaemonBus::answerOfAnotherTypeFromAnotherProcessIsOnlyDropped()
+void TestDaemonBus::replyOfAnotherTypeFromAnotherProcessIsOnlyDropped()
 {
     g_velodeskdPid = 1;
     const Server server([](sd_bus_message* call) { return sd_bus_reply_method_return(call, "i", 5); });
     QVERIFY(Call().code >= 0);
-    QCOMPARE(Levels(), Errors({Refusal(getpid(), 1)}));
+    QCOMPARE(Levels(), Errors({DroppedLine(getpid(), 1)}));
 }
 
-void TestDaemonBus::missingAnswerTimesOut()
+void TestDaemonBus::missingReplyTimesOut()
 {
     const Server server(NONE);
     QElapsedTimer timer;
@@ -618,10 +622,10 @@ void TestDaemonBus::blockedBusTimesOut()
     QCOMPARE(log->Messages().value(0), QStringLiteral("Failed to call method, reason: Connection timed out"));
 }
 
-void TestDaemonBus::answerIsDroppedIfTheBusBlocksTheSenderQuery()
+void TestDaemonBus::replyIsDroppedIfTheBusBlocksTheSenderQuery()
 {
     const Server server(Text("done"));
-    between.beforeTheSenderIsAsked = [this] {
+    mock.beforeSenderQuery = [this] {
         bus->Pause();
     };
     QElapsedTimer timer;
@@ -632,7 +636,7 @@ void TestDaemonBus::answerIsDroppedIfTheBusBlocksTheSenderQuery()
     QVERIFY2(took < 2 * TIMEOUT_MS, qPrintable(QString::number(took)));
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, std::string());
-    QCOMPARE(log->Messages().value(1), Refusal(-ETIMEDOUT, getpid()));
+    QCOMPARE(log->Messages().value(1), DroppedLine(-ETIMEDOUT, getpid()));
 }
 
 void TestDaemonBus::textOfATimeoutIsTheSameInEveryLocale_data()
@@ -670,11 +674,11 @@ void TestDaemonBus::innerCallKeepsTheTextOfATimeout()
 void TestDaemonBus::otherFailureKeepsItsText_data()
 {
     QTest::addColumn<QByteArray>("text");
-    QTest::newRow("other words") << QByteArray("Not now");
-    QTest::newRow("words after") << QByteArray("Connection timed out.");
-    QTest::newRow("words before") << QByteArray("The Connection timed out");
-    QTest::newRow("other letters") << QByteArray("connection timed out");
-    QTest::newRow("Chinese, words after") << QByteArray("连接超时。");
+    QTest::newRow("other text") << QByteArray("Not now");
+    QTest::newRow("text after") << QByteArray("Connection timed out.");
+    QTest::newRow("text before") << QByteArray("The Connection timed out");
+    QTest::newRow("other case") << QByteArray("connection timed out");
+    QTest::newRow("Chinese, text after") << QByteArray("连接超时。");
 }
 
 void TestDaemonBus::otherFailureKeepsItsText()
@@ -712,23 +716,23 @@ void TestDaemonBus::missingDaemonFailsImmediately()
                                QString::fromStdString(outcome.error)}));
 }
 
-void TestDaemonBus::answerOfAnEndedSenderIsDropped()
+void TestDaemonBus::replyOfAnEndedSenderIsDropped()
 {
     Server server(Text("done"));
-    between.beforeTheSenderIsAsked = [&server] {
-        server.Leave();
+    mock.beforeSenderQuery = [&server] {
+        server.Disconnect();
     };
     const Outcome outcome = Call();
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, std::string());
     QCOMPARE(outcome.error, std::string());
     QCOMPARE(Levels(), Errors({QStringLiteral("sd_bus_query_sender_creds failed: 6, creds = (nil)"),
-                               Refusal(-6, getpid())}));
+                               DroppedLine(-6, getpid())}));
 }
 
-void TestDaemonBus::answerOfASenderWithoutAProcessIsDropped()
+void TestDaemonBus::replyOfASenderWithoutAProcessIsDropped()
 {
-    between.pidResult = -ENODATA;
+    mock.pidResult = -ENODATA;
     const Server server(Text("done"));
     const Outcome outcome = Call();
     QVERIFY(outcome.code >= 0);
@@ -738,22 +742,22 @@ void TestDaemonBus::answerOfASenderWithoutAProcessIsDropped()
     const QRegularExpression first(
         QStringLiteral("^ERROR UTILS sd_bus_creds_get_pid failed: %1, creds = 0x[0-9a-f]+\\z").arg(ENODATA));
     QVERIFY2(first.match(lines.first()).hasMatch(), qPrintable(lines.first()));
-    QCOMPARE(lines.last(), Errors({Refusal(-ENODATA, getpid())}).first());
+    QCOMPARE(lines.last(), Errors({DroppedLine(-ENODATA, getpid())}).first());
 }
 
-void TestDaemonBus::lostReplyIsDropped()
+void TestDaemonBus::successWithoutReplyIsDropped()
 {
-    between.replyIsLost = true;
+    mock.replyIsLost = true;
     const Server server(Text("done"));
     const Outcome outcome = Call();
     QVERIFY(outcome.code >= 0);
     QCOMPARE(outcome.result, std::string());
-    QCOMPARE(Levels(), Errors({Refusal(-1, getpid())}));
+    QCOMPARE(Levels(), Errors({DroppedLine(-1, getpid())}));
 }
 
-void TestDaemonBus::answerWithoutItsTextIsEmpty()
+void TestDaemonBus::replyWithoutItsTextGivesAnEmptyResult()
 {
-    between.textIsLost = true;
+    mock.textIsLost = true;
     const Server server(Text("done"));
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, 1);
@@ -763,7 +767,7 @@ void TestDaemonBus::answerWithoutItsTextIsEmpty()
 
 void TestDaemonBus::zeroIsSuccess()
 {
-    between.successIsNought = true;
+    mock.successIsZero = true;
     const Server server(Text("done"));
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, 0);
@@ -774,7 +778,7 @@ void TestDaemonBus::zeroIsSuccess()
 
 void TestDaemonBus::failureWithoutAReasonHasAnEmptyReason()
 {
-    between.callResult = -EIO;
+    mock.callResult = -EIO;
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, -EIO);
     QCOMPARE(outcome.result, std::string());
@@ -784,7 +788,7 @@ void TestDaemonBus::failureWithoutAReasonHasAnEmptyReason()
 
 void TestDaemonBus::callThatCannotBeMadeFails()
 {
-    between.newCallResult = -ENOMEM;
+    mock.newCallResult = -ENOMEM;
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, -ENOMEM);
     QCOMPARE(outcome.result, std::string());
@@ -796,7 +800,7 @@ void TestDaemonBus::callThatCannotBeMadeFails()
 void TestDaemonBus::commandThatCannotBeSentFails()
 {
     const Server server(Text("done"));
-    between.appendResult = -ENOMEM;
+    mock.appendResult = -ENOMEM;
     const Outcome outcome = Call();
     QCOMPARE(outcome.code, -ENOMEM);
     QCOMPARE(outcome.result, std::string());
@@ -806,7 +810,8 @@ void TestDaemonBus::commandThatCannotBeSentFails()
 
 void TestDaemonBus::commandThatIsNotUtf8Fails()
 {
-    // The bus accepts only UTF-8; older releases of the library detect it when they send.
+    // The bus accepts only UTF-8. Older versions of the library detect the error only when they send the
+    // message.
     const Server server(Text("done"));
     const Outcome outcome = Call("\xff");
     QVERIFY(outcome.code < 0);
@@ -817,7 +822,7 @@ void TestDaemonBus::connectionIsClosedEachTime_data()
 {
     QTest::addColumn<bool>("isServed");
     QTest::addColumn<QByteArray>("command");
-    QTest::newRow("answer") << true << QByteArray("command");
+    QTest::newRow("reply") << true << QByteArray("command");
     QTest::newRow("failure of the call") << false << QByteArray("command");
     QTest::newRow("failure before the call") << true << QByteArray("\xff");
 }
@@ -833,7 +838,7 @@ void TestDaemonBus::connectionIsClosedEachTime()
     QCOMPARE(OpenFiles(), before);
 }
 
-void TestDaemonBus::threadsMayCallConcurrently()
+void TestDaemonBus::threadsCanCallConcurrently()
 {
     constexpr int THREADS = 4;
     constexpr int CALLS = 20;
@@ -843,16 +848,16 @@ void TestDaemonBus::threadsMayCallConcurrently()
         sd_bus_message_read(call, "s", &command);
         return sd_bus_reply_method_return(call, "s", command);
     });
-    std::atomic<int> right{0};
+    std::atomic<int> correct{0};
     std::vector<std::thread> threads;
     for (int thread = 0; thread < THREADS; ++thread) {
-        threads.emplace_back([&right, thread] {
+        threads.emplace_back([&correct, thread] {
             for (int i = 0; i < CALLS; ++i) {
                 const std::string command = std::to_string(thread) + "/" + std::to_string(i);
                 std::string result;
                 std::string error;
                 if (Utils::ExecutePopenAndReturnByDbus(command, result, error) >= 0 && result == command) {
-                    ++right;
+                    ++correct;
                 }
             }
         });
@@ -860,7 +865,7 @@ void TestDaemonBus::threadsMayCallConcurrently()
     for (std::thread& thread : threads) {
         thread.join();
     }
-    QCOMPARE(right.load(), THREADS * CALLS);
+    QCOMPARE(correct.load(), THREADS * CALLS);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 

@@ -74,16 +74,16 @@ private slots:
     void everyMissingLevelIsCreated();
     void existingLevelsKeepTheirModes();
     void relativeLevelsStartInTheCurrentDirectory();
-    void firstLevelThatCannotBeCreatedStops();
+    void creationStopsAtTheFirstLevelThatFails();
 
     void directoryIsRemovedWithItsContent();
     void everyRemovalIsLoggedBeforeItIsTried();
-    void deepDirectoriesTakeLittleOfTheStack();
+    void deepDirectoriesAreRemovedOnASmallStack();
     void missingDirectoryIsNotRemoved_data();
     void missingDirectoryIsNotRemoved();
     void linksAreRemovedAndNotFollowed();
-    void firstEntryThatCannotBeRemovedStops();
-    void directoryThatCannotBeRemovedIsAFailure();
+    void removalStopsAtTheFirstEntryThatFails();
+    void removalFailsIfTheParentIsNotWritable();
     void unreadableDirectoryInsideIsLoggedAtEachLevel();
     void entryTypeDecidesTheRemoval();
     void lengthOfAnEntrysPathIsLimited();
@@ -101,8 +101,8 @@ private slots:
 
     void enginesDirectoriesAreNotCreated_data();
     void enginesDirectoriesAreNotCreated();
-    void enginesDirectoriesWithoutAHome_data();
-    void enginesDirectoriesWithoutAHome();
+    void enginesDirectoriesAreEmptyWithoutAHome_data();
+    void enginesDirectoriesAreEmptyWithoutAHome();
     void othersDirectoryIsCreatedLevelByLevel();
     void othersDirectoryIsCreatedOnce();
     void othersDirectoryNeedsAHome();
@@ -244,7 +244,7 @@ void TestDirOperator::directoryIsCreatedWithItsMode_data()
     QTest::addColumn<int>("mode");
     QTest::addColumn<int>("made");
     QTest::newRow("private") << 0700 << 0700;
-    QTest::newRow("wide, less the mask") << 0777 << 0755;
+    QTest::newRow("wide, reduced by the mask") << 0777 << 0755;
     QTest::newRow("read only") << 0500 << 0500;
 }
 
@@ -275,7 +275,7 @@ void TestDirOperator::directoryThatCannotBeCreatedFails_data()
     QTest::newRow("file in its place") << QStringLiteral("file");
     QTest::newRow("dangling link in its place") << QStringLiteral("dangling");
     QTest::newRow("missing parent") << QStringLiteral("missing/new");
-    QTest::newRow("parent that may not be written") << QStringLiteral("closed/new");
+    QTest::newRow("parent that is not writable") << QStringLiteral("closed/new");
 }
 
 void TestDirOperator::directoryThatCannotBeCreatedFails()
@@ -285,7 +285,7 @@ void TestDirOperator::directoryThatCannotBeCreatedFails()
     QVERIFY(QFile::link(At("nowhere"), At("dangling")));
     QVERIFY(QDir().mkdir(At("closed")));
     SetMode(At("closed"), 0500);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(dirs.CreateDir(Local(At(name)), 0700), CREATE_DIR_FAILED);
     QVERIFY(!QFileInfo(At(name)).isDir());
     CompareLines(QString(), {});
@@ -333,7 +333,7 @@ void TestDirOperator::relativeLevelsStartInTheCurrentDirectory()
     QCOMPARE(dirs.CreateDirectories("/"), 0);
 }
 
-void TestDirOperator::firstLevelThatCannotBeCreatedStops()
+void TestDirOperator::creationStopsAtTheFirstLevelThatFails()
 {
     QVERIFY(QDir().mkdir(At("a")));
     WriteAll(At("a/b"), "text");
@@ -342,7 +342,7 @@ void TestDirOperator::firstLevelThatCannotBeCreatedStops()
     QVERIFY(QFile::remove(At("a/b")));
     SetMode(At("a"), 0500);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         QCOMPARE(dirs.CreateDirectories(Local(At("a/b/c"))), CREATE_DIR_FAILED);
     }
     SetMode(At("a"), 0700);
@@ -373,7 +373,7 @@ void TestDirOperator::everyRemovalIsLoggedBeforeItIsTried()
     QCOMPARE(lines.Take(), QStringList({line.arg(At("a/b")), line.arg(At("a/b/file"))}));
 }
 
-void TestDirOperator::deepDirectoriesTakeLittleOfTheStack()
+void TestDirOperator::deepDirectoriesAreRemovedOnASmallStack()
 {
     constexpr int LEVELS = 60;
     const QString top = At("top");
@@ -389,7 +389,7 @@ void TestDirOperator::missingDirectoryIsNotRemoved_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("missing") << QStringLiteral("missing");
     QTest::newRow("file") << QStringLiteral("file");
-    QTest::newRow("may not be read") << QStringLiteral("closed");
+    QTest::newRow("not readable") << QStringLiteral("closed");
 }
 
 void TestDirOperator::missingDirectoryIsNotRemoved()
@@ -398,7 +398,7 @@ void TestDirOperator::missingDirectoryIsNotRemoved()
     WriteAll(At("file"), "text");
     QVERIFY(QDir().mkdir(At("closed")));
     SetMode(At("closed"), 0);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(dirs.RemoveDir(Local(At(name))), -REMOVE_DIR_FAILED);
     CompareLines(ERROR, {QStringLiteral("opendir %1 failed").arg(At(name))});
     QVERIFY(QFileInfo::exists(At("file")));
@@ -418,7 +418,7 @@ void TestDirOperator::linksAreRemovedAndNotFollowed()
     QCOMPARE(ReadAll(At("target/file")), QByteArray("text"));
 }
 
-void TestDirOperator::firstEntryThatCannotBeRemovedStops()
+void TestDirOperator::removalStopsAtTheFirstEntryThatFails()
 {
     constexpr int FILES = 20;
     QVERIFY(QDir().mkpath(At("a/closed")));
@@ -430,30 +430,30 @@ void TestDirOperator::firstEntryThatCannotBeRemovedStops()
     const QStringList order = EntriesInOrder(At("a"));
     int result = 0;
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         result = dirs.RemoveDir(Local(At("a")));
     }
     SetMode(At("a/closed"), 0700);
     QCOMPARE(result, -1);
-    // The entries before it are removed, those after it are kept.
-    QStringList left = order.mid(order.indexOf(QStringLiteral("closed")));
-    QStringList found = EntriesInOrder(At("a"));
-    left.sort();
-    found.sort();
-    QCOMPARE(found, left);
+    // The entries before the directory are removed, the entries after it are kept.
+    QStringList expected = order.mid(order.indexOf(QStringLiteral("closed")));
+    QStringList actual = EntriesInOrder(At("a"));
+    expected.sort();
+    actual.sort();
+    QCOMPARE(actual, expected);
     QVERIFY(QFileInfo::exists(At("a/closed/file")));
     CompareLines(ERROR, {QStringLiteral("unlink failed, %1").arg(At("a/closed/file")),
                          QStringLiteral("RemoveDir failed, %1").arg(At("a"))});
 }
 
-void TestDirOperator::directoryThatCannotBeRemovedIsAFailure()
+void TestDirOperator::removalFailsIfTheParentIsNotWritable()
 {
     QVERIFY(QDir().mkpath(At("a/b")));
     WriteAll(At("a/b/file"), "text");
     SetMode(At("a"), 0500);
     int result = 0;
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         result = dirs.RemoveDir(Local(At("a/b")));
     }
     SetMode(At("a"), 0700);
@@ -469,7 +469,7 @@ void TestDirOperator::unreadableDirectoryInsideIsLoggedAtEachLevel()
     SetMode(At("a/b/c"), 0);
     int result = 0;
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         result = dirs.RemoveDir(Local(At("a")));
     }
     SetMode(At("a/b/c"), 0700);
@@ -485,11 +485,11 @@ void TestDirOperator::entryTypeDecidesTheRemoval()
     WriteAll(At("a/file"), "text");
     QVERIFY(QDir().mkdir(At("a/inner")));
     dirent file = Entry("file", DT_REG);
-    dirent taken = Entry("inner", DT_REG);
+    dirent wrongType = Entry("inner", DT_REG);
     dirent inner = Entry("inner", DT_DIR);
     QCOMPARE(dirs.RemoveDirAll(Local(At("a")), &file), 0);
     QVERIFY(!QFileInfo::exists(At("a/file")));
-    QCOMPARE(dirs.RemoveDirAll(Local(At("a")), &taken), -1);
+    QCOMPARE(dirs.RemoveDirAll(Local(At("a")), &wrongType), -1);
     CompareLines(ERROR, {QStringLiteral("unlink failed, %1").arg(At("a/inner"))});
     QCOMPARE(dirs.RemoveDirAll(Local(At("a")), &inner), 0);
     QVERIFY(!QFileInfo::exists(At("a/inner")));
@@ -497,7 +497,7 @@ void TestDirOperator::entryTypeDecidesTheRemoval()
 
 void TestDirOperator::lengthOfAnEntrysPathIsLimited()
 {
-    // With the slash and a name of 95 characters this is one character too long.
+    // With a slash and a name of 95 characters, the path is one character too long.
     const std::string path(4000, 'x');
     dirent longest = Entry(QByteArray(94, 'y'), DT_REG);
     dirent tooLong = Entry(QByteArray(95, 'y'), DT_REG);
@@ -615,7 +615,7 @@ void TestDirOperator::perUserDirectoriesThatCannotBeCreatedAreLogged()
     QFETCH(QString, field);
     SetMode(directory->path(), 0500);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         QCOMPARE((dirs.*get)(), std::string());
     }
     SetMode(directory->path(), 0700);
@@ -644,12 +644,12 @@ void TestDirOperator::enginesDirectoriesAreNotCreated()
     CompareLines(ERROR, {});
 }
 
-void TestDirOperator::enginesDirectoriesWithoutAHome_data()
+void TestDirOperator::enginesDirectoriesAreEmptyWithoutAHome_data()
 {
     AddEngineGetters();
 }
 
-void TestDirOperator::enginesDirectoriesWithoutAHome()
+void TestDirOperator::enginesDirectoriesAreEmptyWithoutAHome()
 {
     QFETCH(ConstGetter, get);
     QFETCH(QString, field);

@@ -177,7 +177,7 @@ private slots:
     void extremeNumbersAreUnknown_data();
     void extremeNumbersAreUnknown();
     void instanceIsTheSameEachTime();
-    void threadsMayReadConcurrently();
+    void threadsCanReadConcurrently();
 };
 
 void TestErrorInfo::everyCodeHasItsValueAndMessage_data()
@@ -210,7 +210,7 @@ void TestErrorInfo::everyOtherNumberIsUnknown()
     for (const Row& row : ROWS) {
         known.insert(row.value);
     }
-    // The two groups of codes that share three numbers.
+    // Two groups of codes share three numbers.
     QCOMPARE(known.size(), ROW_COUNT - 3);
     for (int code = -1000; code <= 2000; ++code) {
         QVERIFY2((MessageOf(code) != "Unknown error") == known.contains(code),
@@ -239,7 +239,7 @@ void TestErrorInfo::instanceIsTheSameEachTime()
     QVERIFY(std::is_empty_v<ErrorInfo>);
 }
 
-void TestErrorInfo::threadsMayReadConcurrently()
+void TestErrorInfo::threadsCanReadConcurrently()
 {
     constexpr int THREADS = 4;
     std::vector<int> right(THREADS, 0);

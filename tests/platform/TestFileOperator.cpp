@@ -82,11 +82,11 @@ private slots:
     void unknownModeWritesNothing();
     void emptyContentWritesNothing_data();
     void emptyContentWritesNothing();
-    void forcedWritingCreatesTheFile_data();
-    void forcedWritingCreatesTheFile();
-    void plainWritingCreatesNoFile_data();
-    void plainWritingCreatesNoFile();
-    void plainWritingWritesAnExistingFile();
+    void writeToFileForceCreatesTheFile_data();
+    void writeToFileForceCreatesTheFile();
+    void writeToFileCreatesNoFile_data();
+    void writeToFileCreatesNoFile();
+    void writeToFileWritesAnExistingFile();
     void writingChangesThePermission();
     void fileThatCannotBeOpenedFails_data();
     void fileThatCannotBeOpenedFails();
@@ -170,9 +170,9 @@ void TestFileOperator::linkToAFileIsALink_data()
     QTest::addColumn<bool>("isLink");
     QTest::addColumn<QString>("message");
     const QString missing = QStringLiteral("filename:%1 not exist!");
-    const QString plain = QStringLiteral("readlink filename:%1 not exist!");
+    const QString noLink = QStringLiteral("readlink filename:%1 not exist!");
     const QString link = QStringLiteral("readlink filename:%1 exist!");
-    QTest::newRow("file") << false << plain;
+    QTest::newRow("file") << false << noLink;
     QTest::newRow("link") << true << link;
     QTest::newRow("link to a link") << true << link;
     QTest::newRow("directory") << false << missing;
@@ -184,10 +184,10 @@ void TestFileOperator::linkToAFileIsALink_data()
 void TestFileOperator::linkToAFileIsALink()
 {
     QFETCH(QString, message);
-    const QString asked = At(QTest::currentDataTag());
-    QTEST(Files().IsLinkExist(Local(asked)), "isLink");
-    COMPARE_LISTS(log->Messages(), QStringList(message.arg(asked)));
-    QVERIFY(log->Contains(QStringLiteral("WARNING"), QStringLiteral("UTILS"), message.arg(asked)));
+    const QString file = At(QTest::currentDataTag());
+    QTEST(Files().IsLinkExist(Local(file)), "isLink");
+    COMPARE_LISTS(log->Messages(), QStringList(message.arg(file)));
+    QVERIFY(log->Contains(QStringLiteral("WARNING"), QStringLiteral("UTILS"), message.arg(file)));
 }
 
 void TestFileOperator::longLinkIsALink()
@@ -202,7 +202,7 @@ void TestFileOperator::modeDecidesTheFilesContent_data()
 {
     QTest::addColumn<QByteArray>("mode");
     QTest::addColumn<int>("offset");
-    QTest::addColumn<QByteArray>("left");
+    QTest::addColumn<QByteArray>("expected");
     for (const char* mode : {"out", "ate", "binary"}) {
         QTest::addRow("%s, at the start", mode) << QByteArray(mode) << 0 << QByteArray("ab");
         QTest::addRow("%s, further on", mode) << QByteArray(mode) << 3 << QByteArray("\0\0\0ab", 5);
@@ -218,11 +218,11 @@ void TestFileOperator::modeDecidesTheFilesContent()
 {
     QFETCH(QByteArray, mode);
     QFETCH(int, offset);
-    QFETCH(QByteArray, left);
+    QFETCH(QByteArray, expected);
     QCOMPARE(Files().WriteToFileForce(Local(path), "ab", static_cast<unsigned int>(offset),
                                       mode.toStdString(), PRIVATE),
              0);
-    QCOMPARE(ReadAll(path), left);
+    QCOMPARE(ReadAll(path), expected);
     QCOMPARE(ModeOf(path), mode_t(0600));
 }
 
@@ -266,7 +266,7 @@ void TestFileOperator::emptyContentWritesNothing()
     QVERIFY(!QFileInfo::exists(At("new")));
 }
 
-void TestFileOperator::forcedWritingCreatesTheFile_data()
+void TestFileOperator::writeToFileForceCreatesTheFile_data()
 {
     QTest::addColumn<QByteArray>("mode");
     QTest::addColumn<int>("permission");
@@ -276,7 +276,7 @@ void TestFileOperator::forcedWritingCreatesTheFile_data()
     }
 }
 
-void TestFileOperator::forcedWritingCreatesTheFile()
+void TestFileOperator::writeToFileForceCreatesTheFile()
 {
     QFETCH(QByteArray, mode);
     QFETCH(int, permission);
@@ -289,22 +289,22 @@ void TestFileOperator::forcedWritingCreatesTheFile()
     QCOMPARE(ModeOf(At("new")), static_cast<mode_t>(permission));
 }
 
-void TestFileOperator::plainWritingCreatesNoFile_data()
+void TestFileOperator::writeToFileCreatesNoFile_data()
 {
     AddNames({"missing", "dangling", "directory", "link to a directory"});
 }
 
-void TestFileOperator::plainWritingCreatesNoFile()
+void TestFileOperator::writeToFileCreatesNoFile()
 {
     QFETCH(QString, name);
-    const QString asked = At(name);
-    QCOMPARE(Files().WriteToFile(Local(asked), "ab", 0, "out", PRIVATE), INVALID_FILE_PATH);
+    const QString file = At(name);
+    QCOMPARE(Files().WriteToFile(Local(file), "ab", 0, "out", PRIVATE), INVALID_FILE_PATH);
     // The missing file is checked before the content and the mode.
-    QCOMPARE(Files().WriteToFile(Local(asked), "", 0, "write", PRIVATE), INVALID_FILE_PATH);
+    QCOMPARE(Files().WriteToFile(Local(file), "", 0, "write", PRIVATE), INVALID_FILE_PATH);
     QVERIFY(!QFileInfo::exists(At("missing")));
 }
 
-void TestFileOperator::plainWritingWritesAnExistingFile()
+void TestFileOperator::writeToFileWritesAnExistingFile()
 {
     QCOMPARE(Files().WriteToFile(Local(At("link")), "ab", 2, "out", PRIVATE), 0);
     QCOMPARE(ReadAll(path), QByteArray("\0\0ab", 4));
@@ -331,7 +331,7 @@ void TestFileOperator::fileThatCannotBeOpenedFails()
 {
     QFETCH(QString, name);
     SetMode(path, 0400);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(Files().WriteToFileForce(Local(At(name)), "ab", 0, "out", PRIVATE), WRITE_FILE_FAILED);
     QCOMPARE(ReadAll(path), QByteArray("0123456789"));
     QCOMPARE(ModeOf(path), mode_t(0400));
@@ -369,8 +369,8 @@ void TestFileOperator::bytesAreRead_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("all") << 10 << 0 << QByteArray("0123456789");
     QTest::newRow("some") << 3 << 0 << QByteArray("012");
-    QTest::newRow("further on") << 3 << 4 << QByteArray("456");
-    QTest::newRow("more than is left") << 12 << 7 << QByteArray("789");
+    QTest::newRow("with an offset") << 3 << 4 << QByteArray("456");
+    QTest::newRow("more than remains") << 12 << 7 << QByteArray("789");
     QTest::newRow("at the end") << 3 << 10 << QByteArray();
     QTest::newRow("beyond the end") << 3 << 100 << QByteArray();
     QTest::newRow("none") << 0 << 0 << QByteArray();
@@ -422,9 +422,9 @@ void TestFileOperator::missingBufferIsLogged_data()
 void TestFileOperator::missingBufferIsLogged()
 {
     QFETCH(QString, name);
-    const std::string asked = Local(At(name));
-    QCOMPARE(Files().ReadFile(asked, nullptr, 3, 0, "in"), -1);
-    QCOMPARE(Files().ReadFile(asked, nullptr, 3, 0, "binary"), -1);
+    const std::string file = Local(At(name));
+    QCOMPARE(Files().ReadFile(file, nullptr, 3, 0, "in"), -1);
+    QCOMPARE(Files().ReadFile(file, nullptr, 3, 0, "binary"), -1);
     const QString message = QStringLiteral("buffer is nullptr, read failed.");
     COMPARE_LISTS(log->Messages(), QStringList({message, message}));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("UTILS"), message));
@@ -439,13 +439,13 @@ void TestFileOperator::missingFileIsNotRead()
 {
     QFETCH(QString, name);
     SetMode(path, 0200);
-    const UnprivilegedUser plain;
-    const std::string asked = Local(At(name));
+    const UnprivilegedUser user;
+    const std::string file = Local(At(name));
     QByteArray buffer(16, UNTOUCHED);
     std::vector<std::string> lines;
     for (const char* mode : {"in", "binary"}) {
-        QCOMPARE(Files().ReadFile(asked, buffer.data(), 3, 0, mode), -1);
-        QCOMPARE(FileOperator::GetInstance().ReadFile(asked, 3, 0, lines, mode), -1);
+        QCOMPARE(Files().ReadFile(file, buffer.data(), 3, 0, mode), -1);
+        QCOMPARE(FileOperator::GetInstance().ReadFile(file, 3, 0, lines, mode), -1);
     }
     QCOMPARE(buffer, QByteArray(16, UNTOUCHED));
     QVERIFY(lines.empty());
@@ -462,10 +462,10 @@ void TestFileOperator::linesAreRead_data()
     const QByteArray three("a\n\nb");
     QTest::newRow("none") << three << 0 << 0 << QStringList() << 0;
     QTest::newRow("one") << three << 1 << 0 << QStringList({"a"}) << 2;
-    QTest::newRow("an empty one counts") << three << 2 << 0 << QStringList({"a"}) << 1;
-    QTest::newRow("an empty one is not appended") << three << 3 << 0 << QStringList({"a", "b"}) << 1;
+    QTest::newRow("an empty line counts") << three << 2 << 0 << QStringList({"a"}) << 1;
+    QTest::newRow("an empty line is not appended") << three << 3 << 0 << QStringList({"a", "b"}) << 1;
     QTest::newRow("beyond the end") << three << 5 << 0 << QStringList({"a", "b"}) << 0;
-    QTest::newRow("further on") << three << 2 << 1 << QStringList() << 1;
+    QTest::newRow("with an offset") << three << 2 << 1 << QStringList() << 1;
     QTest::newRow("from beyond the end") << three << 2 << 100 << QStringList() << 0;
     QTest::newRow("line feed at the end") << QByteArray("abc\n") << 1 << 0 << QStringList({"abc"}) << 4;
     QTest::newRow("no line feed at the end") << QByteArray("abc") << 1 << 0 << QStringList({"abc"}) << 3;
@@ -535,7 +535,7 @@ void TestFileOperator::sizeIsAllOnesIfTheFileCannotBeOpened()
 {
     QFETCH(QString, name);
     SetMode(path, 0200);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(Files().FileSize(Local(At(name))), NO_SIZE);
     const QString message = QStringLiteral("ifstream open failed!");
     COMPARE_LISTS(log->Messages(), QStringList(message));

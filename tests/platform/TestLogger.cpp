@@ -30,7 +30,7 @@ bool printingFails = false;
 constexpr qint64 LIMIT = 33554432;
 constexpr int INFO = 2;
 constexpr int LONGEST_MESSAGE = 4095;
-constexpr int PLACE = 7;
+constexpr int SOURCE_LINE = 7;
 
 const char* const STAMP = R"(\[\d\d-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}\])";
 
@@ -67,7 +67,7 @@ QString Bare(const QByteArray& content)
 
 void WriteText(Brevora::Logger& logger, const char* text, int level = INFO)
 {
-    logger.WriteLog(level, "Place.cpp", PLACE, "TAG", "%s", text);
+    logger.WriteLog(level, "Place.cpp", SOURCE_LINE, "TAG", "%s", text);
 }
 
 QString LineWith(const char* text)
@@ -107,25 +107,25 @@ private slots:
     void levelIsWrittenAsItsWord();
     void lowLevelsAreDroppedWithoutRotation_data();
     void lowLevelsAreDroppedWithoutRotation();
-    void wordsOfAllLevels_data();
-    void wordsOfAllLevels();
+    void levelsHaveTheirWords_data();
+    void levelsHaveTheirWords();
     void timeIsLocalAndHasMicroseconds();
     void timeThatCannotBeFormattedIsOmitted();
     void lineIsWrittenImmediately();
     void linesLeaveNoDescriptorOpen();
     void textIsWrittenAsBytes();
 
-    void longMessageIsWrittenWholeOrDropped_data();
-    void longMessageIsWrittenWholeOrDropped();
-    void badFormatLeavesNoLine();
+    void longMessageIsWrittenCompletelyOrDropped_data();
+    void longMessageIsWrittenCompletelyOrDropped();
+    void invalidFormatWritesNoLine();
 
-    void rotationComesAboveTheLimit_data();
-    void rotationComesAboveTheLimit();
+    void rotationHappensAboveTheLimit_data();
+    void rotationHappensAboveTheLimit();
     void fileMayExceedTheLimitByOneLine();
     void secondRotationReplacesTheBackup();
     void droppedLineStillRotates();
     void debugLineDoesNotRotate();
-    void rotationKeepsTheLiveFileItself();
+    void rotationKeepsTheInodeOfTheLiveFile();
     void rotationKeepsTheModeOfTheLiveFile();
     void oldBackupGetsPrivateMode();
     void contentIsLostIfTheBackupCannotBeMade();
@@ -149,21 +149,21 @@ private slots:
     void oversizeTargetOfALinkIsNotTouched_data();
     void oversizeTargetOfALinkIsNotTouched();
 
-    void plainFunctionsWriteTheirLevel_data();
-    void plainFunctionsWriteTheirLevel();
+    void cFunctionsWriteTheirLevel_data();
+    void cFunctionsWriteTheirLevel();
     void emptyMessageIsALine();
-    void plainFunctionsIgnoreNull_data();
-    void plainFunctionsIgnoreNull();
+    void cFunctionsIgnoreNull_data();
+    void cFunctionsIgnoreNull();
     void percentSignsReachTheFileUnchanged();
-    void plainFunctionsDropTooLongMessages_data();
-    void plainFunctionsDropTooLongMessages();
+    void cFunctionsDropTooLongMessages_data();
+    void cFunctionsDropTooLongMessages();
     void macroSuppliesTheSourceLocation();
 
     void backupKeepsTheReadableBlocks_data();
     void backupKeepsTheReadableBlocks();
-    void linesAfterAFailedWriteAreWhole();
+    void linesAfterAFailedWriteAreComplete();
     void logIsNotInheritedByChildren();
-    void linesOfManyThreadsStayWholeAcrossARotation();
+    void linesOfManyThreadsAreCompleteAcrossARotation();
 
 private:
     /// Makes the log a sparse file of that size.
@@ -251,7 +251,7 @@ void TestLogger::lowLevelsAreDroppedWithoutRotation()
     QVERIFY(!QFileInfo::exists(Old()));
 }
 
-void TestLogger::wordsOfAllLevels_data()
+void TestLogger::levelsHaveTheirWords_data()
 {
     QTest::addColumn<int>("level");
     QTest::addColumn<QString>("word");
@@ -265,7 +265,7 @@ void TestLogger::wordsOfAllLevels_data()
     QTest::newRow("6") << 6 << QStringLiteral(" ");
 }
 
-void TestLogger::wordsOfAllLevels()
+void TestLogger::levelsHaveTheirWords()
 {
     QFETCH(int, level);
     QTEST(QString::fromStdString(logger->GetLevelString(level)), "word");
@@ -273,7 +273,7 @@ void TestLogger::wordsOfAllLevels()
 
 void TestLogger::timeIsLocalAndHasMicroseconds()
 {
-    // The offset has half an hour, so that neither UTC nor a whole-hour zone gives the same time.
+    // The time zone has an offset with half an hour, so UTC and zones with whole hours have another time.
     const TimeZone zone("TST-05:30");
     const QDateTime before = QDateTime::currentDateTimeUtc();
     const QString stamp = QString::fromStdString(logger->GetTimestamp());
@@ -330,7 +330,7 @@ void TestLogger::textIsWrittenAsBytes()
     QVERIFY(ReadAll(path).endsWith("TAG: \xe8\xbf\x9e\xe6\x8e\xa5 \xff]\n"));
 }
 
-void TestLogger::longMessageIsWrittenWholeOrDropped_data()
+void TestLogger::longMessageIsWrittenCompletelyOrDropped_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<bool>("isThere");
@@ -339,7 +339,7 @@ void TestLogger::longMessageIsWrittenWholeOrDropped_data()
     QTest::newRow("twice") << 2 * LONGEST_MESSAGE << false;
 }
 
-void TestLogger::longMessageIsWrittenWholeOrDropped()
+void TestLogger::longMessageIsWrittenCompletelyOrDropped()
 {
     QFETCH(int, length);
     QFETCH(bool, isThere);
@@ -351,16 +351,16 @@ void TestLogger::longMessageIsWrittenWholeOrDropped()
     QVERIFY(Bare(ReadAll(path)).endsWith(LineWith("after")));
 }
 
-void TestLogger::badFormatLeavesNoLine()
+void TestLogger::invalidFormatWritesNoLine()
 {
     logger->Init(Local(path));
     // A wide character that no encoding can represent.
     const std::wstring unwritable(1, static_cast<wchar_t>(0x80000000));
-    logger->WriteLog(INFO, "Place.cpp", PLACE, "TAG", "%ls", unwritable.c_str());
+    logger->WriteLog(INFO, "Place.cpp", SOURCE_LINE, "TAG", "%ls", unwritable.c_str());
     QCOMPARE(ReadAll(path), QByteArray());
 }
 
-void TestLogger::rotationComesAboveTheLimit_data()
+void TestLogger::rotationHappensAboveTheLimit_data()
 {
     QTest::addColumn<qint64>("size");
     QTest::addColumn<bool>("rotates");
@@ -368,7 +368,7 @@ void TestLogger::rotationComesAboveTheLimit_data()
     QTest::newRow("one byte above") << LIMIT + 1 << true;
 }
 
-void TestLogger::rotationComesAboveTheLimit()
+void TestLogger::rotationHappensAboveTheLimit()
 {
     QFETCH(qint64, size);
     QFETCH(bool, rotates);
@@ -431,7 +431,7 @@ void TestLogger::debugLineDoesNotRotate()
     QVERIFY(QFileInfo::exists(Old()));
 }
 
-void TestLogger::rotationKeepsTheLiveFileItself()
+void TestLogger::rotationKeepsTheInodeOfTheLiveFile()
 {
     Grow(LIMIT + 1);
     logger->Init(Local(path));
@@ -485,7 +485,7 @@ void TestLogger::sizeIsMinusOneIfTheFileCannotBeOpened()
     WriteAll(path, "12345");
     QCOMPARE(logger->GetCurrentSize(Local(path)), 5);
     SetMode(path, 0200);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(logger->GetCurrentSize(Local(path)), -1);
 }
 
@@ -569,12 +569,12 @@ void TestLogger::logThatCannotBeOpenedIsDisabled()
 {
     SetMode(directory->path(), 0500);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         logger->Init(Local(path));
         WriteText(*logger, "text");
     }
     SetMode(directory->path(), 0700);
-    // A later line does not open it either.
+    // A later line does not open the log either.
     WriteText(*logger, "text");
     QVERIFY(!QFileInfo::exists(path));
 }
@@ -582,7 +582,7 @@ void TestLogger::logThatCannotBeOpenedIsDisabled()
 void TestLogger::modeOfAFileThatCannotBeOpenedIsKept()
 {
     SetMode(directory->path(), 0777);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     WriteAll(path, "text");
     SetMode(path, 0400);
     logger->Init(Local(path));
@@ -679,7 +679,7 @@ void TestLogger::oversizeTargetOfALinkIsNotTouched_data()
 {
     QTest::addColumn<bool>("wasLog");
     QTest::newRow("at the start") << false;
-    QTest::newRow("where the log has been") << true;
+    QTest::newRow("after the log was opened") << true;
 }
 
 void TestLogger::oversizeTargetOfALinkIsNotTouched()
@@ -701,38 +701,38 @@ void TestLogger::oversizeTargetOfALinkIsNotTouched()
 }
 
 namespace {
-/// A wrapper class, because Qt's test columns cannot contain function pointers.
-struct PlainFunction
+/// Wraps a function pointer, because Qt's test columns cannot contain one.
+struct CFunction
 {
     void (*write)(const char*, const char*, const char*, ...);
 };
 
 void AddPlainFunctions()
 {
-    QTest::addColumn<PlainFunction>("function");
+    QTest::addColumn<CFunction>("function");
     QTest::addColumn<QString>("word");
-    QTest::newRow("debug") << PlainFunction{&CLogDebug} << QString();
-    QTest::newRow("info") << PlainFunction{&CLogInfo} << QStringLiteral("INFO");
-    QTest::newRow("warning") << PlainFunction{&CLogWarn} << QStringLiteral("WARNING");
-    QTest::newRow("error") << PlainFunction{&CLogError} << QStringLiteral("ERROR");
+    QTest::newRow("debug") << CFunction{&CLogDebug} << QString();
+    QTest::newRow("info") << CFunction{&CLogInfo} << QStringLiteral("INFO");
+    QTest::newRow("warning") << CFunction{&CLogWarn} << QStringLiteral("WARNING");
+    QTest::newRow("error") << CFunction{&CLogError} << QStringLiteral("ERROR");
 }
 } // namespace
-Q_DECLARE_METATYPE(PlainFunction)
+Q_DECLARE_METATYPE(CFunction)
 
-void TestLogger::plainFunctionsWriteTheirLevel_data()
+void TestLogger::cFunctionsWriteTheirLevel_data()
 {
     AddPlainFunctions();
 }
 
-void TestLogger::plainFunctionsWriteTheirLevel()
+void TestLogger::cFunctionsWriteTheirLevel()
 {
-    QFETCH(PlainFunction, function);
+    QFETCH(CFunction, function);
     QFETCH(QString, word);
     const CapturedLog log;
     function.write("TAG", "other.c", "%d of %s", 3, "four");
-    const QString wanted =
+    const QString expected =
         word.isEmpty() ? QString() : QStringLiteral("[%1] [other.c:0] TAG: 3 of four\n").arg(word);
-    QCOMPARE(Bare(ReadAll(log.Path())), wanted);
+    QCOMPARE(Bare(ReadAll(log.Path())), expected);
 }
 
 void TestLogger::emptyMessageIsALine()
@@ -744,14 +744,14 @@ void TestLogger::emptyMessageIsALine()
     QCOMPARE(Bare(ReadAll(log.Path())).split(QLatin1Char('\n')).size(), 3);
 }
 
-void TestLogger::plainFunctionsIgnoreNull_data()
+void TestLogger::cFunctionsIgnoreNull_data()
 {
     AddPlainFunctions();
 }
 
-void TestLogger::plainFunctionsIgnoreNull()
+void TestLogger::cFunctionsIgnoreNull()
 {
-    QFETCH(PlainFunction, function);
+    QFETCH(CFunction, function);
     const CapturedLog log;
     function.write(nullptr, "other.c", "text");
     function.write("TAG", nullptr, "text");
@@ -766,12 +766,12 @@ void TestLogger::percentSignsReachTheFileUnchanged()
     QCOMPARE(Bare(ReadAll(log.Path())), QStringLiteral("[INFO] [other.c:0] TAG: 100% %s %n %%d\n"));
 }
 
-void TestLogger::plainFunctionsDropTooLongMessages_data()
+void TestLogger::cFunctionsDropTooLongMessages_data()
 {
-    longMessageIsWrittenWholeOrDropped_data();
+    longMessageIsWrittenCompletelyOrDropped_data();
 }
 
-void TestLogger::plainFunctionsDropTooLongMessages()
+void TestLogger::cFunctionsDropTooLongMessages()
 {
     QFETCH(int, length);
     QFETCH(bool, isThere);
@@ -818,12 +818,12 @@ void TestLogger::backupKeepsTheReadableBlocks()
     QCOMPARE(ModeOf(Old()), mode_t(0600));
 }
 
-void TestLogger::linesAfterAFailedWriteAreWhole()
+void TestLogger::linesAfterAFailedWriteAreComplete()
 {
     logger->Init(Local(path));
     logger->WriteLog(2, "A.cpp", 1, "TAG", "first");
     const qint64 size = QFileInfo(path).size();
-    // A file size limit replaces a full disk; it leaves room for some bytes of a line.
+    // A file size limit simulates a full disk. Only some bytes of the line fit.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
@@ -851,13 +851,13 @@ void TestLogger::logIsNotInheritedByChildren()
     QCOMPARE(WEXITSTATUS(std::system(("ls -l /proc/self/fd | grep -q " + Local(path)).c_str())), 1);
 }
 
-void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
+void TestLogger::linesOfManyThreadsAreCompleteAcrossARotation()
 {
     constexpr int THREADS = 8;
     constexpr int LINES = 500;
-    // Room for about a quarter of the lines, so that the rotation happens between them.
-    constexpr qint64 ROOM = 200000;
-    Grow(LIMIT - ROOM);
+    // The size of about a quarter of the lines, so that the rotation happens between them.
+    constexpr qint64 REMAINING_SIZE = 200000;
+    Grow(LIMIT - REMAINING_SIZE);
     logger->Init(Local(path));
     const QByteArray filling(150, 'x');
     std::vector<std::thread> threads;
@@ -871,11 +871,11 @@ void TestLogger::linesOfManyThreadsStayWholeAcrossARotation()
     for (std::thread& thread : threads) {
         thread.join();
     }
-    const QByteArray backup = ReadAll(Old()).mid(LIMIT - ROOM);
+    const QByteArray backup = ReadAll(Old()).mid(LIMIT - REMAINING_SIZE);
     const QByteArray live = ReadAll(path);
     QVERIFY(!live.isEmpty());
-    QVERIFY(backup.size() > ROOM);
-    QVERIFY(backup.size() < ROOM + LONGEST_MESSAGE);
+    QVERIFY(backup.size() > REMAINING_SIZE);
+    QVERIFY(backup.size() < REMAINING_SIZE + LONGEST_MESSAGE);
     const QRegularExpression whole(
         QStringLiteral("^") + QLatin1String(STAMP) +
         QStringLiteral(" \\[INFO\\] \\[Place\\.cpp:(\\d+)\\] TAG: (\\d) x{150}\\z"));

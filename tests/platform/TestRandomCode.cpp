@@ -45,7 +45,7 @@ struct Read
 };
 
 /// Controls the intercepted calls of the system and of the random number library.
-struct Between
+struct Mock
 {
     int device = -1;
     int deviceFlags = 0;
@@ -53,7 +53,7 @@ struct Between
     int closes = 0;
     int openError = 0;
     std::deque<Read> reads;
-    QList<int> asked;
+    QList<int> requestedSizes;
 
     int polls = 0;
     QByteArray seed;
@@ -66,7 +66,7 @@ struct Between
     bool copyingFails = false;
     std::function<int()> afterChmod;
 };
-Between between;
+Mock mock;
 } // namespace
 
 int RealOpen(const char* path, int flags, ...) __asm__("__real_open");
@@ -101,27 +101,27 @@ int WrappedOpen(const char* path, int flags, ...)
     if (std::strcmp(path, "/dev/random") != 0) {
         return RealOpen(path, flags, mode);
     }
-    ++between.opens;
-    between.deviceFlags = flags;
-    if (between.openError != 0) {
-        errno = between.openError;
+    ++mock.opens;
+    mock.deviceFlags = flags;
+    if (mock.openError != 0) {
+        errno = mock.openError;
         return -1;
     }
-    between.device = RealOpen(path, flags);
-    return between.device;
+    mock.device = RealOpen(path, flags);
+    return mock.device;
 }
 
 ssize_t WrappedRead(int fd, void* buffer, std::size_t count)
 {
-    if (fd != between.device) {
+    if (fd != mock.device) {
         return RealRead(fd, buffer, count);
     }
-    between.asked.append(static_cast<int>(count));
-    if (between.reads.empty()) {
+    mock.requestedSizes.append(static_cast<int>(count));
+    if (mock.reads.empty()) {
         return RealRead(fd, buffer, count);
     }
-    const Read next = between.reads.front();
-    between.reads.pop_front();
+    const Read next = mock.reads.front();
+    mock.reads.pop_front();
     if (next.error != 0) {
         errno = next.error;
         return -1;
@@ -133,9 +133,9 @@ ssize_t WrappedRead(int fd, void* buffer, std::size_t count)
 
 int WrappedClose(int fd)
 {
-    if (fd == between.device) {
-        ++between.closes;
-        between.device = -1;
+    if (fd == mock.device) {
+        ++mock.closes;
+        mock.device = -1;
     }
     return RealClose(fd);
 }
@@ -143,35 +143,35 @@ int WrappedClose(int fd)
 int WrappedChmod(const char* path, mode_t mode)
 {
     const int result = RealChmod(path, mode);
-    return between.afterChmod ? between.afterChmod() : result;
+    return mock.afterChmod ? mock.afterChmod() : result;
 }
 
 int WrappedPoll()
 {
-    ++between.polls;
+    ++mock.polls;
     return RealPoll();
 }
 
 void WrappedSeed(const void* bytes, int count)
 {
-    between.seed = QByteArray(static_cast<const char*>(bytes), count);
+    mock.seed = QByteArray(static_cast<const char*>(bytes), count);
     RealSeed(bytes, count);
 }
 
 int WrappedNumbers(unsigned char* bytes, int count)
 {
-    if (between.beforeNumbers) {
-        between.beforeNumbers();
+    if (mock.beforeNumbers) {
+        mock.beforeNumbers();
     }
-    ++between.numbersTaken;
-    if (between.numbersFail) {
+    ++mock.numbersTaken;
+    if (mock.numbersFail) {
         return 0;
     }
-    if (between.numbers.empty() || count != 4) {
+    if (mock.numbers.empty() || count != 4) {
         return RealNumbers(bytes, count);
     }
-    const uint32_t number = between.numbers.front();
-    between.numbers.pop_front();
+    const uint32_t number = mock.numbers.front();
+    mock.numbers.pop_front();
     for (int i = 0; i < 4; ++i) {
         bytes[i] = static_cast<unsigned char>(number >> (24 - 8 * i));
     }
@@ -180,7 +180,7 @@ int WrappedNumbers(unsigned char* bytes, int count)
 
 int WrappedMemset(void* dest, std::size_t destMax, int value, std::size_t count)
 {
-    if (!between.fillingFails.isEmpty() && between.fillingFails.takeFirst()) {
+    if (!mock.fillingFails.isEmpty() && mock.fillingFails.takeFirst()) {
         return EINVAL;
     }
     return RealMemset(dest, destMax, value, count);
@@ -188,7 +188,7 @@ int WrappedMemset(void* dest, std::size_t destMax, int value, std::size_t count)
 
 int WrappedMemcpy(void* dest, std::size_t destMax, const void* src, std::size_t count)
 {
-    return between.copyingFails ? EINVAL : RealMemcpy(dest, destMax, src, count);
+    return mock.copyingFails ? EINVAL : RealMemcpy(dest, destMax, src, count);
 }
 
 class TestRandomCode : public QObject
@@ -208,8 +208,8 @@ private slots:
     void shortReadsAreContinued();
     void interruptedReadsAreRepeatedWithoutEnd_data();
     void interruptedReadsAreRepeatedWithoutEnd();
-    void ninthFailedTryInARowEnds_data();
-    void ninthFailedTryInARowEnds();
+    void ninthConsecutiveFailedReadFails_data();
+    void ninthConsecutiveFailedReadFails();
 
     void seedComesFromTheKernel();
     void seedWithoutTheKernelFails();
@@ -231,15 +231,15 @@ private slots:
     void randomBytesNeedASeedAndTheLibrary();
 
     void poolIsZeroUntilItIsFilled();
-    void poolHasALength_data();
-    void poolHasALength();
+    void lengthOfThePoolIsLimited_data();
+    void lengthOfThePoolIsLimited();
     void poolThatCannotBeFilledIsLogged();
     void clearedMemoryContainsThePool();
-    void moreThanThePoolIsFilledWithOnes();
-    void nothingIsClearedWithoutMemory_data();
-    void nothingIsClearedWithoutMemory();
-    void everyPassOfClearingIsLoggedIfItFails_data();
-    void everyPassOfClearingIsLoggedIfItFails();
+    void memoryLargerThanThePoolIsFilledWithOnes();
+    void missingMemoryIsNotCleared_data();
+    void missingMemoryIsNotCleared();
+    void failedPassesOfClearingAreLogged_data();
+    void failedPassesOfClearingAreLogged();
 
     void fileIsOverwrittenThreeTimesAndRemoved_data();
     void fileIsOverwrittenThreeTimesAndRemoved();
@@ -289,7 +289,7 @@ QByteArray Pool()
     return QByteArray(reinterpret_cast<const char*>(RandomCode::GetRandomPool(POOL_SIZE)), POOL_SIZE);
 }
 
-QString LastOpenError(int error)
+QString OpenErrorLine(int error)
 {
     return QStringLiteral("Failed to open /dev/random, error code: %1")
         .arg(QString::fromLocal8Bit(std::strerror(error)));
@@ -297,10 +297,10 @@ QString LastOpenError(int error)
 
 const QString NO_SEED = QStringLiteral("get random seed failed.");
 
-/// The log lines of a seed that fails because the device cannot be opened.
-QStringList LinesWithoutASeed(int error)
+/// Returns the log lines of a seed that fails because the device cannot be opened.
+QStringList SeedFailureLines(int error)
 {
-    return {LastOpenError(error), QStringLiteral("Get random number failed."), NO_SEED};
+    return {OpenErrorLine(error), QStringLiteral("Get random number failed."), NO_SEED};
 }
 
 QList<Read> Failures(int count, int error)
@@ -324,12 +324,12 @@ void TestRandomCode::init()
     path = directory->filePath(QStringLiteral("secret"));
     log = std::make_unique<CapturedLog>();
     std::fill_n(RandomCode::GetRandomPool(POOL_SIZE), POOL_SIZE, static_cast<unsigned char>(0));
-    between = Between();
+    mock = Mock();
 }
 
 void TestRandomCode::cleanup()
 {
-    between = Between();
+    mock = Mock();
     log.reset();
     directory.reset();
 }
@@ -339,7 +339,7 @@ void TestRandomCode::kernelBytesNeedABuffer()
     QCOMPARE(RandomCode::GetDevRandBytes(nullptr, 8), POINTER_IS_NULL);
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("null buf input, error code: Null pointer")));
     QVERIFY(IsError(log->Messages().first()));
-    QCOMPARE(between.opens, 0);
+    QCOMPARE(mock.opens, 0);
 }
 
 void TestRandomCode::lengthBelowOneReadsNothing_data()
@@ -354,11 +354,11 @@ void TestRandomCode::lengthBelowOneReadsNothing()
     QFETCH(int, length);
     QByteArray buffer(4, UNTOUCHED);
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), length), 0);
-    QCOMPARE(between.opens, 1);
-    QCOMPARE(between.closes, 1);
-    QCOMPARE(between.asked, QList<int>());
+    QCOMPARE(mock.opens, 1);
+    QCOMPARE(mock.closes, 1);
+    QCOMPARE(mock.requestedSizes, QList<int>());
     QCOMPARE(buffer, QByteArray(4, UNTOUCHED));
-    between.openError = EACCES;
+    mock.openError = EACCES;
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), length), GET_RANDOM_SEEDS_FAILED);
 }
 
@@ -367,13 +367,13 @@ void TestRandomCode::deviceThatCannotBeOpenedFails()
     QByteArray buffer(4, UNTOUCHED);
     for (const int error : {EMFILE, ENOENT}) {
         log->Clear();
-        between.openError = error;
+        mock.openError = error;
         QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), GET_RANDOM_SEEDS_FAILED);
-        COMPARE_LISTS(log->Messages(), QStringList(LastOpenError(error)));
-        QVERIFY(IsError(LastOpenError(error)));
+        COMPARE_LISTS(log->Messages(), QStringList(OpenErrorLine(error)));
+        QVERIFY(IsError(OpenErrorLine(error)));
     }
     QCOMPARE(buffer, QByteArray(4, UNTOUCHED));
-    QCOMPARE(between.closes, 0);
+    QCOMPARE(mock.closes, 0);
 }
 
 void TestRandomCode::kernelBytesFillTheBufferExactly()
@@ -386,49 +386,49 @@ void TestRandomCode::kernelBytesFillTheBufferExactly()
     QVERIFY(one != two);
     QVERIFY(one.left(LENGTH) != QByteArray(LENGTH, UNTOUCHED));
     QCOMPARE(one.at(LENGTH), UNTOUCHED);
-    QCOMPARE(between.deviceFlags & O_ACCMODE, O_RDONLY);
-    QVERIFY((between.deviceFlags & O_NONBLOCK) != 0);
-    QCOMPARE(between.opens, 2);
-    QCOMPARE(between.closes, 2);
+    QCOMPARE(mock.deviceFlags & O_ACCMODE, O_RDONLY);
+    QVERIFY((mock.deviceFlags & O_NONBLOCK) != 0);
+    QCOMPARE(mock.opens, 2);
+    QCOMPARE(mock.closes, 2);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::shortReadsAreContinued()
 {
-    between.reads = {{"a"}, {"bcd"}, {"", EAGAIN}, {"ef"}, {"ghij"}};
+    mock.reads = {{"a"}, {"bcd"}, {"", EAGAIN}, {"ef"}, {"ghij"}};
     QByteArray buffer(11, UNTOUCHED);
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 10), 0);
     QCOMPARE(buffer, QByteArray("abcdefghij#"));
-    QCOMPARE(between.asked, QList<int>({10, 9, 6, 6, 4}));
-    QCOMPARE(between.closes, 1);
+    QCOMPARE(mock.requestedSizes, QList<int>({10, 9, 6, 6, 4}));
+    QCOMPARE(mock.closes, 1);
 }
 
 void TestRandomCode::interruptedReadsAreRepeatedWithoutEnd_data()
 {
     QTest::addColumn<int>("error");
     QTest::newRow("interrupted") << EINTR;
-    QTest::newRow("nothing there yet") << EAGAIN;
+    QTest::newRow("no data yet") << EAGAIN;
 }
 
 void TestRandomCode::interruptedReadsAreRepeatedWithoutEnd()
 {
     constexpr int TIMES = 10000;
     QFETCH(int, error);
-    between.reads.assign(TIMES, {QByteArray(), error});
-    between.reads.push_back({"abcd"});
+    mock.reads.assign(TIMES, {QByteArray(), error});
+    mock.reads.push_back({"abcd"});
     QByteArray buffer(4, UNTOUCHED);
     QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), 0);
     QCOMPARE(buffer, QByteArray("abcd"));
-    QCOMPARE(between.asked.size(), TIMES + 1);
+    QCOMPARE(mock.requestedSizes.size(), TIMES + 1);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 Q_DECLARE_METATYPE(QList<Read>)
 
-void TestRandomCode::ninthFailedTryInARowEnds_data()
+void TestRandomCode::ninthConsecutiveFailedReadFails_data()
 {
     QTest::addColumn<QList<Read>>("reads");
-    QTest::addColumn<bool>("works");
+    QTest::addColumn<bool>("succeeds");
     const Read one{"a"};
     const Read all{"abcd"};
     const Read again{QByteArray(), EAGAIN};
@@ -437,26 +437,26 @@ void TestRandomCode::ninthFailedTryInARowEnds_data()
     QTest::newRow("nine ends of file") << Failures(9, 0) << false;
     QTest::newRow("nine errors") << Failures(9, EIO) << false;
     QTest::newRow("four ends of file, five errors") << Failures(4, 0) + Failures(5, EBADF) << false;
-    QTest::newRow("repeats neither count") << Failures(8, 0) + QList<Read>{again, again, all} << true;
-    QTest::newRow("repeats nor break the row")
+    QTest::newRow("repeats do not count") << Failures(8, 0) + QList<Read>{again, again, all} << true;
+    QTest::newRow("repeats do not reset the count")
         << Failures(8, 0) + QList<Read>{again} + Failures(1, 0) << false;
-    QTest::newRow("bytes break the row")
+    QTest::newRow("bytes reset the count")
         << Failures(8, 0) + QList<Read>{one} + Failures(8, EIO) + QList<Read>{{"bcd"}} << true;
-    QTest::newRow("bytes begin a new row") << Failures(8, 0) + QList<Read>{one} + Failures(9, EIO) << false;
+    QTest::newRow("nine errors after bytes") << Failures(8, 0) + QList<Read>{one} + Failures(9, EIO) << false;
 }
 
-void TestRandomCode::ninthFailedTryInARowEnds()
+void TestRandomCode::ninthConsecutiveFailedReadFails()
 {
     QFETCH(QList<Read>, reads);
-    QFETCH(bool, works);
-    between.reads.assign(reads.begin(), reads.end());
+    QFETCH(bool, succeeds);
+    mock.reads.assign(reads.begin(), reads.end());
     QByteArray buffer(4, UNTOUCHED);
-    QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), works ? 0 : GET_RANDOM_SEEDS_FAILED);
-    // Exactly these reads are made.
-    QCOMPARE(between.asked.size(), reads.size());
-    QCOMPARE(between.closes, 1);
+    QCOMPARE(RandomCode::GetDevRandBytes(Chars(buffer), 4), succeeds ? 0 : GET_RANDOM_SEEDS_FAILED);
+    // The function makes exactly these reads.
+    QCOMPARE(mock.requestedSizes.size(), reads.size());
+    QCOMPARE(mock.closes, 1);
     const QString message = QStringLiteral("get random number failed, out of try times.");
-    if (works) {
+    if (succeeds) {
         QCOMPARE(buffer, QByteArray("abcd"));
         COMPARE_LISTS(log->Messages(), QStringList());
     } else {
@@ -471,27 +471,27 @@ void TestRandomCode::seedComesFromTheKernel()
     for (int i = 0; i < SEED_SIZE; ++i) {
         bytes[i] = static_cast<char>(i);
     }
-    between.reads = {{bytes}};
+    mock.reads = {{bytes}};
     QCOMPARE(RandomCode::ProduceRandSeed(), 0);
-    QCOMPARE(between.asked, QList<int>({SEED_SIZE}));
-    QCOMPARE(between.seed, bytes);
-    QCOMPARE(between.polls, 1);
+    QCOMPARE(mock.requestedSizes, QList<int>({SEED_SIZE}));
+    QCOMPARE(mock.seed, bytes);
+    QCOMPARE(mock.polls, 1);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::seedWithoutTheKernelFails()
 {
-    between.openError = EMFILE;
+    mock.openError = EMFILE;
     QCOMPARE(RandomCode::ProduceRandSeed(), GET_RANDOM_SEEDS_FAILED);
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE).mid(0, 2));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE).mid(0, 2));
     QVERIFY(IsError(QStringLiteral("Get random number failed.")));
-    QCOMPARE(between.polls, 1);
-    QCOMPARE(between.seed, QByteArray());
+    QCOMPARE(mock.polls, 1);
+    QCOMPARE(mock.seed, QByteArray());
 }
 
 void TestRandomCode::numberIsBigEndian()
 {
-    between.numbers = {0x01020304U, 0xFFFFFFFEU};
+    mock.numbers = {0x01020304U, 0xFFFFFFFEU};
     QCOMPARE(RandomCode::GetDevRandNum(), 0x01020304U);
     QCOMPARE(RandomCode::GetDevRandNum(), 0xFFFFFFFEU);
     QVERIFY(RandomCode::GetDevRandNum() != RandomCode::GetDevRandNum() ||
@@ -500,18 +500,18 @@ void TestRandomCode::numberIsBigEndian()
 
 void TestRandomCode::numberWithoutRandomBytesIsZero()
 {
-    between.numbersFail = true;
+    mock.numbersFail = true;
     QCOMPARE(RandomCode::GetDevRandNum(), 0U);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
 void TestRandomCode::alphabetsAreComplete()
 {
-    // Number i is i plus i times the alphabet's length, so only the remainder may count.
+    // Number i is i * (length + 1). Its remainder after division by the alphabet's length is i.
     const auto count = [](uint32_t length) {
-        between.numbers.clear();
+        mock.numbers.clear();
         for (uint32_t i = 0; i < length; ++i) {
-            between.numbers.push_back(i * (length + 1));
+            mock.numbers.push_back(i * (length + 1));
         }
     };
     QByteArray password(80, UNTOUCHED);
@@ -524,7 +524,7 @@ void TestRandomCode::alphabetsAreComplete()
     QCOMPARE(pin, QByteArray(DIGITS) + UNTOUCHED);
     count(52);
     QCOMPARE(RandomCode::GetSsidRandNum(52), std::string(LOWER) + UPPER);
-    QCOMPARE(between.numbersTaken, 79 + 10 + 52);
+    QCOMPARE(mock.numbersTaken, 79 + 10 + 52);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
@@ -591,25 +591,25 @@ void TestRandomCode::generatorsNeedABuffer()
     QCOMPARE(RandomCode::GetPinRandNum(nullptr, 1), -1);
     COMPARE_LISTS(log->Messages(), QStringList({message, message}));
     QVERIFY(IsError(message));
-    QCOMPARE(between.polls, 0);
+    QCOMPARE(mock.polls, 0);
 }
 
 void TestRandomCode::generatorsNeedASeed()
 {
-    between.openError = EMFILE;
+    mock.openError = EMFILE;
     const QByteArray fresh(16, UNTOUCHED);
     QByteArray buffer = fresh;
     RandomCode::GetPasswdRandNum(Unsigned(buffer), 8);
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE));
     QVERIFY(IsError(NO_SEED));
     log->Clear();
     QCOMPARE(RandomCode::GetPinRandNum(Unsigned(buffer), 8), -1);
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE));
     log->Clear();
     QCOMPARE(RandomCode::GetSsidRandNum(8), std::string());
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE));
     QCOMPARE(buffer, fresh);
-    QCOMPARE(between.numbersTaken, 0);
+    QCOMPARE(mock.numbersTaken, 0);
 }
 
 void TestRandomCode::lastCharacterIsDrawnUntilThereAreTwoClasses_data()
@@ -628,12 +628,12 @@ void TestRandomCode::lastCharacterIsDrawnUntilThereAreTwoClasses()
     QFETCH(QByteArray, redrawn);
     const QByteArray alphabet = QByteArray(LOWER) + UPPER + DIGITS + OTHERS;
     for (const char character : drawn + redrawn) {
-        between.numbers.push_back(static_cast<uint32_t>(alphabet.indexOf(character)));
+        mock.numbers.push_back(static_cast<uint32_t>(alphabet.indexOf(character)));
     }
     QByteArray password(drawn.size(), UNTOUCHED);
     RandomCode::GetPasswdRandNum(Unsigned(password), static_cast<unsigned int>(password.size()));
     QCOMPARE(password, drawn.left(drawn.size() - 1) + redrawn.right(1));
-    QCOMPARE(between.numbersTaken, drawn.size() + redrawn.size());
+    QCOMPARE(mock.numbersTaken, drawn.size() + redrawn.size());
 }
 
 void TestRandomCode::secondClassInTheLastCharacterIsEnough()
@@ -646,15 +646,15 @@ void TestRandomCode::secondClassInTheLastCharacterIsEnough()
                 continue;
             }
             const QByteArray drawn = first.left(7) + second.right(1);
-            between.numbers.clear();
+            mock.numbers.clear();
             for (const char character : drawn) {
-                between.numbers.push_back(static_cast<uint32_t>(alphabet.indexOf(character)));
+                mock.numbers.push_back(static_cast<uint32_t>(alphabet.indexOf(character)));
             }
-            between.numbersTaken = 0;
+            mock.numbersTaken = 0;
             QByteArray password(8, UNTOUCHED);
             RandomCode::GetPasswdRandNum(Unsigned(password), 8);
             QCOMPARE(password, drawn);
-            QCOMPARE(between.numbersTaken, 8);
+            QCOMPARE(mock.numbersTaken, 8);
         }
     }
 }
@@ -685,8 +685,8 @@ void TestRandomCode::randomBytesAreDrawn()
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(two), 64), 0);
     QVERIFY(one != two);
     QCOMPARE(one.at(64), UNTOUCHED);
-    QCOMPARE(between.polls, 2);
-    QCOMPARE(between.numbersTaken, 2);
+    QCOMPARE(mock.polls, 2);
+    QCOMPARE(mock.numbersTaken, 2);
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(one), 1), 0);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
@@ -704,18 +704,18 @@ void TestRandomCode::randomBytesNeedBufferAndLength()
         QVERIFY(IsError(message));
     }
     QCOMPARE(buffer, QByteArray(8, UNTOUCHED));
-    QCOMPARE(between.polls, 0);
+    QCOMPARE(mock.polls, 0);
 }
 
 void TestRandomCode::randomBytesNeedASeedAndTheLibrary()
 {
     QByteArray buffer(8, UNTOUCHED);
-    between.openError = EMFILE;
+    mock.openError = EMFILE;
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), 8), -1);
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE));
     log->Clear();
-    between.openError = 0;
-    between.numbersFail = true;
+    mock.openError = 0;
+    mock.numbersFail = true;
     QCOMPARE(RandomCode::GetRandNumBytes(Unsigned(buffer), 8), -1);
     const QString message = QStringLiteral("GetRandNumBytes RAND_bytes failed");
     COMPARE_LISTS(log->Messages(), QStringList(message));
@@ -734,7 +734,7 @@ void TestRandomCode::poolIsZeroUntilItIsFilled()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::poolHasALength_data()
+void TestRandomCode::lengthOfThePoolIsLimited_data()
 {
     QTest::addColumn<unsigned int>("length");
     QTest::addColumn<bool>("valid");
@@ -745,7 +745,7 @@ void TestRandomCode::poolHasALength_data()
     QTest::newRow("highest") << 0xFFFFFFFFU << false;
 }
 
-void TestRandomCode::poolHasALength()
+void TestRandomCode::lengthOfThePoolIsLimited()
 {
     QFETCH(unsigned int, length);
     QFETCH(bool, valid);
@@ -759,11 +759,11 @@ void TestRandomCode::poolHasALength()
 
 void TestRandomCode::poolThatCannotBeFilledIsLogged()
 {
-    between.openError = EMFILE;
+    mock.openError = EMFILE;
     RandomCode::CreateRandomPool();
     // The last space is a no-break space.
     const QString message = QStringLiteral("create random pool\u00A0error");
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE) + QStringList(message));
     QVERIFY(IsError(message));
     QVERIFY(ReadAll(log->Path())
                 .contains("create random pool\xC2\xA0"
@@ -785,7 +785,7 @@ void TestRandomCode::clearedMemoryContainsThePool()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::moreThanThePoolIsFilledWithOnes()
+void TestRandomCode::memoryLargerThanThePoolIsFilledWithOnes()
 {
     for (const int length : {POOL_SIZE + 1, 300}) {
         log->Clear();
@@ -797,7 +797,7 @@ void TestRandomCode::moreThanThePoolIsFilledWithOnes()
     }
 }
 
-void TestRandomCode::nothingIsClearedWithoutMemory_data()
+void TestRandomCode::missingMemoryIsNotCleared_data()
 {
     QTest::addColumn<bool>("hasMemory");
     QTest::addColumn<int>("length");
@@ -806,7 +806,7 @@ void TestRandomCode::nothingIsClearedWithoutMemory_data()
     QTest::newRow("negative length") << true << -1;
 }
 
-void TestRandomCode::nothingIsClearedWithoutMemory()
+void TestRandomCode::missingMemoryIsNotCleared()
 {
     QFETCH(bool, hasMemory);
     QFETCH(int, length);
@@ -816,7 +816,7 @@ void TestRandomCode::nothingIsClearedWithoutMemory()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestRandomCode::everyPassOfClearingIsLoggedIfItFails_data()
+void TestRandomCode::failedPassesOfClearingAreLogged_data()
 {
     QTest::addColumn<QList<bool>>("fillingFails");
     QTest::addColumn<bool>("copyingFails");
@@ -834,13 +834,13 @@ void TestRandomCode::everyPassOfClearingIsLoggedIfItFails_data()
                          << QByteArray(4, UNTOUCHED);
 }
 
-void TestRandomCode::everyPassOfClearingIsLoggedIfItFails()
+void TestRandomCode::failedPassesOfClearingAreLogged()
 {
     QFETCH(QList<bool>, fillingFails);
     QFETCH(bool, copyingFails);
     QFETCH(QStringList, messages);
-    between.fillingFails = fillingFails;
-    between.copyingFails = copyingFails;
+    mock.fillingFails = fillingFails;
+    mock.copyingFails = copyingFails;
     QByteArray buffer(4, UNTOUCHED);
     RandomCode::ClearSenData(Unsigned(buffer), 4);
     COMPARE_LISTS(log->Messages(), messages);
@@ -865,7 +865,7 @@ void TestRandomCode::fileIsOverwrittenThreeTimesAndRemoved()
     SetMode(path, 0644);
     QList<QByteArray> passes;
     QList<mode_t> modes;
-    between.afterChmod = [this, &passes, &modes] {
+    mock.afterChmod = [this, &passes, &modes] {
         passes.append(ReadAll(path));
         modes.append(ModeOf(path));
         return 0;
@@ -885,22 +885,22 @@ void TestRandomCode::fileIsOverwrittenThreeTimesAndRemoved()
 }
 
 namespace {
-/// Returns the bytes of a text as strace -xx prints them.
+/// Returns the bytes of a text that strace -xx has printed.
 QByteArray Unescaped(const QString& shown)
 {
     QString digits = shown;
     return QByteArray::fromHex(digits.remove(QStringLiteral("\\x")).toLatin1());
 }
 
-/// Returns the system calls on the file, one or two words for each, without reads.
-QList<QByteArray> DoneTo(const QByteArray& file, const QByteArray& trace)
+/// Returns the system calls on the file, except reads, each as a name with an argument.
+QList<QByteArray> CallsOn(const QByteArray& file, const QByteArray& trace)
 {
     const QRegularExpression openFile(
         QStringLiteral("^open(?:at)?\\([^\"]*\"([^\"]*)\", ([A-Z_|]+).*= (\\d+)"));
     const QRegularExpression useFile(QStringLiteral("^(\\w+)\\((\\d+)(?:, \"([^\"]*)\")?"));
     const QRegularExpression usePath(QStringLiteral("^(\\w+)\\((?:AT_FDCWD, )?\"([^\"]*)\"(?:, (\\w+))?"));
     const QRegularExpression sync(QStringLiteral("^(\\w*sync\\w*)\\("));
-    QList<QByteArray> done;
+    QList<QByteArray> calls;
     QString descriptor;
     const QStringList lines = QString::fromLatin1(trace).split(QLatin1Char('\n'));
     for (const QString& line : lines) {
@@ -910,23 +910,23 @@ QList<QByteArray> DoneTo(const QByteArray& file, const QByteArray& trace)
         if (opened.hasMatch()) {
             if (Unescaped(opened.captured(1)) == file && !opened.captured(2).contains("O_RDONLY")) {
                 descriptor = opened.captured(3);
-                done.append(opened.captured(2).contains("O_TRUNC") ? "open and truncate" : "open");
+                calls.append(opened.captured(2).contains("O_TRUNC") ? "open and truncate" : "open");
             }
         } else if (sync.match(line).hasMatch()) {
-            done.append("sync");
+            calls.append("sync");
         } else if (used.hasMatch() && used.captured(2) == descriptor) {
             if (used.captured(1) == QLatin1String("close")) {
                 descriptor.clear();
             }
-            done.append(used.captured(1).toLatin1() + ' ' + Unescaped(used.captured(3)));
+            calls.append(used.captured(1).toLatin1() + ' ' + Unescaped(used.captured(3)));
         } else if (named.hasMatch() && Unescaped(named.captured(2)) == file) {
             const QString call = named.captured(1);
-            done.append(call.contains(QLatin1String("chmod"))    ? "chmod " + named.captured(3).toLatin1()
-                        : call.contains(QLatin1String("unlink")) ? QByteArray("unlink")
-                                                                 : call.toLatin1());
+            calls.append(call.contains(QLatin1String("chmod"))    ? "chmod " + named.captured(3).toLatin1()
+                         : call.contains(QLatin1String("unlink")) ? QByteArray("unlink")
+                                                                  : call.toLatin1());
         }
     }
-    return done;
+    return calls;
 }
 } // namespace
 
@@ -937,7 +937,7 @@ void TestRandomCode::erasureMakesThreePassesOnly()
     const QString trace = directory->filePath(QStringLiteral("trace"));
     QProcess strace;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // The leak sanitizer would also need to trace the program.
+    // The leak sanitizer does not work under strace.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     strace.setProcessEnvironment(environment);
     strace.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -951,21 +951,21 @@ void TestRandomCode::erasureMakesThreePassesOnly()
     QVERIFY(strace.waitForFinished());
     QCOMPARE(strace.exitCode(), 0);
     QVERIFY(!QFileInfo::exists(path));
-    const QList<QByteArray> done = DoneTo(path.toLocal8Bit(), ReadAll(trace));
+    const QList<QByteArray> calls = CallsOn(path.toLocal8Bit(), ReadAll(trace));
     QByteArray random;
-    if (done.size() == 13) {
-        random = done.at(9).mid(6);
+    if (calls.size() == 13) {
+        random = calls.at(9).mid(6);
     }
     QCOMPARE(random.size(), SIZE);
     QVERIFY(random != QByteArray(SIZE, random.at(0)));
-    QList<QByteArray> wanted;
+    QList<QByteArray> expected;
     for (const QByteArray& content : {QByteArray(SIZE, '\0'), QByteArray(SIZE, '\1'), random}) {
-        wanted << "open and truncate"
-               << "write " + content << "close "
-               << "chmod 0600";
+        expected << "open and truncate"
+                 << "write " + content << "close "
+                 << "chmod 0600";
     }
-    wanted << "unlink";
-    QCOMPARE(done, wanted);
+    expected << "unlink";
+    QCOMPARE(calls, expected);
 }
 
 void TestRandomCode::tooLargeFileIsKept()
@@ -1001,9 +1001,9 @@ void TestRandomCode::missingFileIsNotErased()
     QFETCH(QString, name);
     QVERIFY(QDir().mkdir(directory->filePath(QStringLiteral("directory"))));
     QVERIFY(QFile::link(path, directory->filePath(QStringLiteral("dangling"))));
-    const QString asked = directory->filePath(name);
-    QCOMPARE(RandomCode::SafeCoverRemove(Local(asked)), -1);
-    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(asked)));
+    const QString file = directory->filePath(name);
+    QCOMPARE(RandomCode::SafeCoverRemove(Local(file)), -1);
+    COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("filename:%1 not exist!").arg(file)));
     QVERIFY(IsWarning(log->Messages().first()));
     QVERIFY(QFileInfo(directory->filePath(QStringLiteral("directory"))).isDir());
     QVERIFY(QFileInfo(directory->filePath(QStringLiteral("dangling"))).isSymLink());
@@ -1014,7 +1014,7 @@ void TestRandomCode::unreadableFileCountsAsTooLarge()
     WriteAll(path, "text");
     SetMode(path, 0200);
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), -1);
     }
     SetMode(path, 0600);
@@ -1028,7 +1028,7 @@ void TestRandomCode::unwritableFileIsKept()
 {
     WriteAll(path, "text");
     SetMode(path, 0400);
-    const UnprivilegedUser plain;
+    const UnprivilegedUser user;
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
     QCOMPARE(ReadAll(path), QByteArray("text"));
     QCOMPARE(ModeOf(path), mode_t(0400));
@@ -1038,7 +1038,7 @@ void TestRandomCode::unwritableFileIsKept()
 void TestRandomCode::secondPassThatFailsIsLogged()
 {
     WriteAll(path, "text");
-    between.afterChmod = [this] {
+    mock.afterChmod = [this] {
         return QFile::remove(path) ? 0 : -1;
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), INVALID_FILE_PATH);
@@ -1050,11 +1050,11 @@ void TestRandomCode::passWithoutPermissionsFails()
 {
     WriteAll(path, "text");
     int calls = 0;
-    between.afterChmod = [&calls] {
+    mock.afterChmod = [&calls] {
         return ++calls == 2 ? -1 : 0;
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), WRITE_FILE_FAILED);
-    // The first pass and the bytes of the second are kept.
+    // The file keeps the bytes of the second pass.
     QCOMPARE(ReadAll(path), QByteArray(4, '\1'));
     QCOMPARE(calls, 2);
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("SafeCoverData WriteToFile failed ret:105")));
@@ -1063,18 +1063,18 @@ void TestRandomCode::passWithoutPermissionsFails()
 void TestRandomCode::randomPassWithoutRandomBytesFails()
 {
     WriteAll(path, "text");
-    between.openError = EMFILE;
+    mock.openError = EMFILE;
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), -1);
     QCOMPARE(ReadAll(path), QByteArray(4, '\1'));
     const QString message = QStringLiteral("SafeCoverDataRandom GetAuthentRandomNum failed ret:-1");
-    COMPARE_LISTS(log->Messages(), LinesWithoutASeed(EMFILE) + QStringList(message));
+    COMPARE_LISTS(log->Messages(), SeedFailureLines(EMFILE) + QStringList(message));
     QVERIFY(IsError(message));
 }
 
 void TestRandomCode::randomPassThatCannotBeWrittenFails()
 {
     WriteAll(path, "text");
-    between.beforeNumbers = [this] {
+    mock.beforeNumbers = [this] {
         QFile::remove(path);
     };
     QCOMPARE(RandomCode::SafeCoverRemove(Local(path)), INVALID_FILE_PATH);
@@ -1090,16 +1090,16 @@ void TestRandomCode::fileThatCannotBeUnlinkedIsOverwritten()
     SetMode(directory->path(), 0500);
     int result = 0;
     {
-        const UnprivilegedUser plain;
+        const UnprivilegedUser user;
         result = RandomCode::SafeCoverRemove(Local(path));
     }
     SetMode(directory->path(), 0700);
     QCOMPARE(result, -1);
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("unlink filename:%1 failed").arg(path)));
     QVERIFY(IsWarning(log->Messages().first()));
-    const QByteArray left = ReadAll(path);
-    QCOMPARE(left.size(), SIZE);
-    QVERIFY(left != QByteArray(SIZE, left.at(0)));
+    const QByteArray remaining = ReadAll(path);
+    QCOMPARE(remaining.size(), SIZE);
+    QVERIFY(remaining != QByteArray(SIZE, remaining.at(0)));
 }
 
 void TestRandomCode::targetOfALinkIsOverwritten()

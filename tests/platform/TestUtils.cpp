@@ -17,49 +17,49 @@ using Brevora::Utils;
 namespace {
 bool fillingFails = false;
 
-/// Prevents files from being opened as long as the object exists.
-class NoMoreFiles
+/// Prevents this process from opening files as long as the object exists.
+class NoDescriptors
 {
 public:
-    NoMoreFiles()
+    NoDescriptors()
     {
         getrlimit(RLIMIT_NOFILE, &before);
         const rlimit none{0, before.rlim_max};
         setrlimit(RLIMIT_NOFILE, &none);
     }
-    ~NoMoreFiles() { setrlimit(RLIMIT_NOFILE, &before); }
-    NoMoreFiles(const NoMoreFiles&) = delete;
-    NoMoreFiles& operator=(const NoMoreFiles&) = delete;
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
 
 private:
     rlimit before{};
 };
 
-using Judge = bool (*)(const std::string&);
+using Validator = bool (*)(const std::string&);
 
-/// Longer than std::regex supports, which recurses for each byte.
+/// The length of a text at which std::regex overflows the stack, because it recurses for each byte.
 constexpr std::size_t LONG = std::size_t{1024} * 1024;
 
-std::string Repeated(const std::string& piece, std::size_t length)
+std::string Repeated(const std::string& chunk, std::size_t length)
 {
     std::string text;
     while (text.size() < length) {
-        text += piece;
+        text += chunk;
     }
     return text;
 }
 
-using Runner = std::string (*)(const std::string&);
+using RunFunction = std::string (*)(const std::string&);
 
-/// Adds each row for both ways to run a command.
+/// Adds each row for both functions that run a command.
 void AddForBoth(const char* name, const QByteArray& command, const QByteArray& output)
 {
-    QTest::addRow("%s, as the utilities run it", name) << &Utils::ExecutePopenAndReturn << command << output;
-    QTest::addRow("%s, as RunCommand runs it", name) << &Velodesk::RunCommand << command << output;
+    QTest::addRow("%s, Utils", name) << &Utils::ExecutePopenAndReturn << command << output;
+    QTest::addRow("%s, RunCommand", name) << &Velodesk::RunCommand << command << output;
 }
 } // namespace
-Q_DECLARE_METATYPE(Runner)
-Q_DECLARE_METATYPE(Judge)
+Q_DECLARE_METATYPE(RunFunction)
+Q_DECLARE_METATYPE(Validator)
 Q_DECLARE_METATYPE(std::string)
 
 int RealMemset(void* dest, std::size_t destMax, int value,
@@ -77,8 +77,8 @@ class TestUtils : public QObject
     Q_OBJECT
 
 private slots:
-    void splitKeepsEmptyPiecesButTheLast_data();
-    void splitKeepsEmptyPiecesButTheLast();
+    void splitKeepsEmptyPartsExceptTheLast_data();
+    void splitKeepsEmptyPartsExceptTheLast();
     void everyOccurrenceIsDeleted_data();
     void everyOccurrenceIsDeleted();
     void deletingAnEmptyTextLoopsForever();
@@ -98,14 +98,14 @@ private slots:
     void addressIsValidated_data();
     void addressIsValidated();
     void everyNumberOfAnAddressIsValidated();
-    void pathIsThatOfTheEngine();
-    void longTextIsValidatedAsAShortOne_data();
-    void longTextIsValidatedAsAShortOne();
+    void enginePathIsReturned();
+    void longTextIsValidatedLikeAShortOne_data();
+    void longTextIsValidatedLikeAShortOne();
 
     void outputIsTrimmed_data();
     void outputIsTrimmed();
-    void longOutputIsReturnedWhole_data();
-    void longOutputIsReturnedWhole();
+    void longOutputIsReturnedCompletely_data();
+    void longOutputIsReturnedCompletely();
     void zeroByteHidesTheRestOfAChunk_data();
     void zeroByteHidesTheRestOfAChunk();
     void rejectedCommandIsNotRun_data();
@@ -118,14 +118,14 @@ private slots:
     void identifierIsEmptyOnFailure();
 };
 
-void TestUtils::splitKeepsEmptyPiecesButTheLast_data()
+void TestUtils::splitKeepsEmptyPartsExceptTheLast_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("delimiter");
-    QTest::addColumn<QStringList>("pieces");
+    QTest::addColumn<QStringList>("parts");
     const QString slash = QStringLiteral("/");
-    const auto add = [&slash](const char* text, const QStringList& pieces) {
-        QTest::newRow(*text == '\0' ? "nothing" : text) << QString::fromLatin1(text) << slash << pieces;
+    const auto add = [&slash](const char* text, const QStringList& parts) {
+        QTest::newRow(*text == '\0' ? "nothing" : text) << QString::fromLatin1(text) << slash << parts;
     };
     add("", {});
     add("/", {""});
@@ -147,25 +147,25 @@ void TestUtils::splitKeepsEmptyPiecesButTheLast_data()
         << QStringLiteral("-") << QStringLiteral("--") << QStringList({"-"});
 }
 
-void TestUtils::splitKeepsEmptyPiecesButTheLast()
+void TestUtils::splitKeepsEmptyPartsExceptTheLast()
 {
     QFETCH(QString, text);
     QFETCH(QString, delimiter);
-    QStringList pieces;
-    for (const std::string& piece : Utils::Split(text.toStdString(), delimiter.toStdString())) {
-        pieces.append(QString::fromStdString(piece));
+    QStringList parts;
+    for (const std::string& chunk : Utils::Split(text.toStdString(), delimiter.toStdString())) {
+        parts.append(QString::fromStdString(chunk));
     }
-    QTEST(pieces, "pieces");
+    QTEST(parts, "parts");
 }
 
 void TestUtils::everyOccurrenceIsDeleted_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("piece");
+    QTest::addColumn<QString>("chunk");
     QTest::addColumn<QString>("rest");
-    const auto add = [](const char* text, const char* piece, const char* rest) {
-        QTest::addRow("'%s' without '%s'", text, piece)
-            << QString::fromLatin1(text) << QString::fromLatin1(piece) << QString::fromLatin1(rest);
+    const auto add = [](const char* text, const char* chunk, const char* rest) {
+        QTest::addRow("'%s' without '%s'", text, chunk)
+            << QString::fromLatin1(text) << QString::fromLatin1(chunk) << QString::fromLatin1(rest);
     };
     add("aabb", "ab", "");
     add("", "a", "");
@@ -181,8 +181,8 @@ void TestUtils::everyOccurrenceIsDeleted_data()
 void TestUtils::everyOccurrenceIsDeleted()
 {
     QFETCH(QString, text);
-    QFETCH(QString, piece);
-    QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), piece.toStdString())), "rest");
+    QFETCH(QString, chunk);
+    QTEST(QString::fromStdString(Utils::DeleteSubStr(text.toStdString(), chunk.toStdString())), "rest");
 }
 
 void TestUtils::deletingAnEmptyTextLoopsForever()
@@ -201,32 +201,32 @@ void TestUtils::deletingAnEmptyTextLoopsForever()
     QCOMPARE(WTERMSIG(status), SIGKILL);
 }
 
-void TestUtils::longTextIsValidatedAsAShortOne_data()
+void TestUtils::longTextIsValidatedLikeAShortOne_data()
 {
-    QTest::addColumn<Judge>("judge");
+    QTest::addColumn<Validator>("isValid");
     QTest::addColumn<std::string>("text");
     QTest::addColumn<bool>("valid");
     const std::string digits(LONG, '7');
     const std::string word = Repeated("aZ0_", LONG);
     QTest::newRow("number") << &Utils::IsNumberOnly << digits << true;
-    QTest::newRow("number but for its end") << &Utils::IsNumberOnly << digits + "a" << false;
+    QTest::newRow("number with a letter at the end") << &Utils::IsNumberOnly << digits + "a" << false;
     QTest::newRow("word") << &Utils::IsStringAndNumberOnly << word << true;
-    QTest::newRow("word but for its end") << &Utils::IsStringAndNumberOnly << word + "-" << false;
+    QTest::newRow("word with a hyphen at the end") << &Utils::IsStringAndNumberOnly << word + "-" << false;
     QTest::newRow("identifier") << &Utils::IsValidUDID << word << false;
     QTest::newRow("MAC") << &Utils::IsMacValid << Repeated("AA:", LONG) << false;
     QTest::newRow("MAC of digits") << &Utils::IsMacValid << digits << false;
     QTest::newRow("address of digits") << &Utils::IsIpValid << digits << false;
     QTest::newRow("address of dots") << &Utils::IsIpValid << std::string(LONG, '.') << false;
-    QTest::newRow("address that goes on") << &Utils::IsIpValid << Repeated("1.", LONG) << false;
+    QTest::newRow("address of too many numbers") << &Utils::IsIpValid << Repeated("1.", LONG) << false;
     QTest::newRow("address with a long end") << &Utils::IsIpValid << "1.1.1." + digits << false;
 }
 
-void TestUtils::longTextIsValidatedAsAShortOne()
+void TestUtils::longTextIsValidatedLikeAShortOne()
 {
-    QFETCH(Judge, judge);
+    QFETCH(Validator, isValid);
     QFETCH(std::string, text);
     QFETCH(bool, valid);
-    QCOMPARE(judge(text), valid);
+    QCOMPARE(isValid(text), valid);
 }
 
 void TestUtils::bytesBecomeHexadecimalPairs_data()
@@ -262,8 +262,8 @@ void TestUtils::deviceIdentifierIsValidated_data()
     QTest::newRow("all classes") << QByteArray("aZ09-_") << true;
     QTest::newRow("64 bytes") << QByteArray(64, 'a') << true;
     QTest::newRow("65 bytes") << QByteArray(65, 'a') << false;
-    QTest::newRow("bad first") << QByteArray(".abc") << false;
-    QTest::newRow("bad last") << QByteArray("abc ") << false;
+    QTest::newRow("invalid first byte") << QByteArray(".abc") << false;
+    QTest::newRow("invalid last byte") << QByteArray("abc ") << false;
     QTest::newRow("not ASCII") << QByteArray("\xc3\xa4") << false;
     QTest::newRow("zero byte") << QByteArray("a\0b", 3) << false;
 }
@@ -276,7 +276,7 @@ void TestUtils::deviceIdentifierIsValidated()
 
 void TestUtils::everyByteIsValidated_data()
 {
-    QTest::addColumn<Judge>("judge");
+    QTest::addColumn<Validator>("isValid");
     QTest::addColumn<std::string>("before");
     QTest::addColumn<std::string>("good");
     const std::string digits = "0123456789";
@@ -290,12 +290,12 @@ void TestUtils::everyByteIsValidated_data()
 
 void TestUtils::everyByteIsValidated()
 {
-    QFETCH(Judge, judge);
+    QFETCH(Validator, isValid);
     QFETCH(std::string, before);
     QFETCH(std::string, good);
     for (int number = 0; number < 256; ++number) {
         const char byte = static_cast<char>(number);
-        QVERIFY2(judge(before + byte) == (good.find(byte) != std::string::npos),
+        QVERIFY2(isValid(before + byte) == (good.find(byte) != std::string::npos),
                  qPrintable(QString::number(number)));
     }
 }
@@ -421,14 +421,14 @@ void TestUtils::everyNumberOfAnAddressIsValidated()
     }
 }
 
-void TestUtils::pathIsThatOfTheEngine()
+void TestUtils::enginePathIsReturned()
 {
     QCOMPARE(Utils::mVelodeskFilePath, std::string("/opt/apps/com.zelmora.velodesk/files/tandra/"));
 }
 
 void TestUtils::outputIsTrimmed_data()
 {
-    QTest::addColumn<Runner>("run");
+    QTest::addColumn<RunFunction>("run");
     QTest::addColumn<QByteArray>("command");
     QTest::addColumn<QByteArray>("output");
     const auto prints = [](const QByteArray& text, const QByteArray& output) {
@@ -459,20 +459,20 @@ void TestUtils::outputIsTrimmed_data()
     AddForBoth("highest exit code", "echo text; exit 255", "");
     AddForBoth("exit code 0", "echo text; exit 0", "text");
     AddForBoth("no such program", "no-such-program 2>/dev/null", "");
-    // After the end by a signal the exit code is 0.
+    // If a signal ends the command, the exit code is 0.
     AddForBoth("killed after output", "echo text; kill -9 $$", "text");
 }
 
 void TestUtils::outputIsTrimmed()
 {
-    QFETCH(Runner, run);
+    QFETCH(RunFunction, run);
     QFETCH(QByteArray, command);
     QTEST(QByteArray::fromStdString(run(command.toStdString())), "output");
 }
 
-void TestUtils::longOutputIsReturnedWhole_data()
+void TestUtils::longOutputIsReturnedCompletely_data()
 {
-    QTest::addColumn<Runner>("run");
+    QTest::addColumn<RunFunction>("run");
     QTest::addColumn<QByteArray>("command");
     QTest::addColumn<QByteArray>("output");
     for (const int length : {1022, 1023, 1024, 1025, 1026, 1027, 2046, 2050, 2051, 100000}) {
@@ -486,55 +486,55 @@ void TestUtils::longOutputIsReturnedWhole_data()
     }
 }
 
-void TestUtils::longOutputIsReturnedWhole()
+void TestUtils::longOutputIsReturnedCompletely()
 {
-    QFETCH(Runner, run);
+    QFETCH(RunFunction, run);
     QFETCH(QByteArray, command);
     QFETCH(QByteArray, output);
-    const QByteArray seen = QByteArray::fromStdString(run(command.toStdString()));
-    QCOMPARE(seen.size(), output.size());
-    QVERIFY(seen == output);
+    const QByteArray actual = QByteArray::fromStdString(run(command.toStdString()));
+    QCOMPARE(actual.size(), output.size());
+    QVERIFY(actual == output);
 }
 
 void TestUtils::zeroByteHidesTheRestOfAChunk_data()
 {
-    QTest::addColumn<Runner>("run");
-    QTest::addColumn<int>("piece");
-    QTest::newRow("as the utilities run it") << &Utils::ExecutePopenAndReturn << 1025;
-    QTest::newRow("as RunCommand runs it") << &Velodesk::RunCommand << 1023;
+    QTest::addColumn<RunFunction>("run");
+    QTest::addColumn<int>("chunk");
+    QTest::newRow("Utils") << &Utils::ExecutePopenAndReturn << 1025;
+    QTest::newRow("RunCommand") << &Velodesk::RunCommand << 1023;
 }
 
 void TestUtils::zeroByteHidesTheRestOfAChunk()
 {
-    QFETCH(Runner, run);
-    QFETCH(int, piece);
-    const auto seen = [run](int length) {
+    QFETCH(RunFunction, run);
+    QFETCH(int, chunk);
+    const auto actual = [run](int length) {
         const std::string line =
             "head -c " + std::to_string(length) + " /dev/zero | tr '\\0' x; printf '\\000yz'";
         return QByteArray::fromStdString(run(line));
     };
     // The zero byte is the last of a chunk, so the next chunk begins after it.
-    QVERIFY(seen(piece - 1) == QByteArray(piece - 1, 'x') + "yz");
-    // The zero byte is the last but one.
-    QVERIFY(seen(piece - 2) == QByteArray(piece - 2, 'x') + "z");
+    QVERIFY(actual(chunk - 1) == QByteArray(chunk - 1, 'x') + "yz");
+    // The zero byte is the second last of a chunk.
+    QVERIFY(actual(chunk - 2) == QByteArray(chunk - 2, 'x') + "z");
 }
 
 void TestUtils::rejectedCommandIsNotRun_data()
 {
-    QTest::addColumn<Runner>("run");
+    QTest::addColumn<RunFunction>("run");
     QTest::addColumn<QByteArray>("command");
     QTest::addColumn<QByteArray>("output");
     for (const char* command :
          {"ls ./", "ls ../", "./program", "../program", "ls /a./b", "ls a../b", "ls /tmp/../tmp"}) {
         AddForBoth(command, QByteArray("echo seen; echo mark > %1; ") + command, QByteArray());
     }
-    AddForBoth("dot and slash apart", "echo seen; echo mark > %1; echo . / ..", "seen\n. / ..");
+    AddForBoth("dot and slash separated", "echo seen; echo mark > %1; echo . / ..", "seen\n. / ..");
     AddForBoth("slash and dot", "echo seen; echo mark > %1; echo /.", "seen\n/.");
 }
 
 void TestUtils::rejectedCommandIsNotRun()
 {
-    QFETCH(Runner, run);
+    QFETCH(RunFunction, run);
     QFETCH(QByteArray, command);
     QFETCH(QByteArray, output);
     const QTemporaryDir directory;
@@ -549,7 +549,7 @@ void TestUtils::failedPipeReturnsAnEmptyText()
     std::string byUtils = "text";
     std::string byCommand = "text";
     {
-        const NoMoreFiles none;
+        const NoDescriptors none;
         byUtils = Utils::ExecutePopenAndReturn("echo text");
         byCommand = Velodesk::RunCommand("echo text");
     }
@@ -566,9 +566,9 @@ void TestUtils::failedBufferClearReturnsAnEmptyText()
     fillingFails = false;
     QCOMPARE(byUtils, std::string());
     QCOMPARE(silent, std::string());
-    // RunCommand() clears its buffer itself.
+    // RunCommand() clears its buffer without memset_s().
     QCOMPARE(byCommand, std::string("text"));
-    // No child process remains to be waited for.
+    // No child process remains.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
