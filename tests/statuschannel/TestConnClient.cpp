@@ -7,7 +7,7 @@
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
-// Engines use this log; its headers must compile together with the client's.
+// Engines use syslog, so the header must compile together with the client's.
 #include <syslog.h>
 #include <thread>
 #include <unistd.h>
@@ -24,7 +24,7 @@ const QString INFO = QStringLiteral("INFO");
 const QString ERROR_LEVEL = QStringLiteral("ERROR");
 constexpr int TWO_REPEATS_MS = 2500;
 
-/// A server whose connection queue is full, because it accepts none.
+/// A server whose connection queue is full, because it accepts no connection.
 class FullServer
 {
 public:
@@ -33,12 +33,12 @@ public:
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         path.copy(address.sun_path, sizeof address.sun_path - 1);
-        const auto* where = reinterpret_cast<const sockaddr*>(&address);
-        full = bind(listener, where, sizeof address) == 0 && listen(listener, 0) == 0;
+        const auto* socketAddress = reinterpret_cast<const sockaddr*>(&address);
+        full = bind(listener, socketAddress, sizeof address) == 0 && listen(listener, 0) == 0;
         while (full) {
-            const int waiting = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-            queue.push_back(waiting);
-            if (connect(waiting, where, sizeof address) != 0) {
+            const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+            queue.push_back(client);
+            if (connect(client, socketAddress, sizeof address) != 0) {
                 full = errno == EAGAIN;
                 break;
             }
@@ -46,8 +46,8 @@ public:
     }
     ~FullServer()
     {
-        for (const int waiting : queue) {
-            close(waiting);
+        for (const int client : queue) {
+            close(client);
         }
         close(listener);
     }
@@ -55,7 +55,7 @@ public:
     FullServer& operator=(const FullServer&) = delete;
 
     bool IsFull() const { return full; }
-    /// Accepts the first connection of the queue; returns its descriptor.
+    /// Accepts the first connection of the queue and returns its descriptor.
     int Accept() const { return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC); }
 
 private:
@@ -63,17 +63,18 @@ private:
     std::vector<int> queue;
     bool full = false;
 };
-/// A server that does not read by itself.
-class PlainServer
+/// A server that reads nothing from its connections.
+class PassiveServer
 {
 public:
-    /// Returns the server's end of the client's connection; null if the client does not connect.
+    /// Connects `client` to the server at `path`. Returns the socket on the server's side, or null on
+    /// failure.
     QLocalSocket* Connect(ConnClient& client, const std::string& path)
     {
         if (!server.listen(QString::fromStdString(path)) || client.ConnToServer() != 0) {
             return nullptr;
         }
-        // The connection already exists; it only has to be accepted.
+        // The connection already exists, and the server only has to accept it.
         server.waitForNewConnection(5000);
         return server.nextPendingConnection();
     }
@@ -99,7 +100,7 @@ private slots:
     void missingServerFailsTheConnect();
     void sendConnectsAfterAFailedStart();
     void sendToAServerThatDoesNotAcceptTimesOut();
-    void sendWaitsForAServerThatIsBusy();
+    void sendWaitsUntilTheServerAccepts();
     void invalidStatusIsRejected();
     void failedSendIsLoggedTwice();
     void stopAfterADisconnectUsesANewConnection();
@@ -172,7 +173,7 @@ void TestConnClient::currentStateIsTheLastOne()
 {
     QFETCH(QByteArray, first);
     QFETCH(QByteArray, last);
-    PlainServer server;
+    PassiveServer server;
     ConnClient client(Path());
     QLocalSocket* socket = server.Connect(client, Path());
     QVERIFY(socket != nullptr);
@@ -191,27 +192,27 @@ void TestConnClient::currentStateIsTheLastOne()
     const auto message = [](const QByteArray& state) {
         return "{\"status\":\"" + state + "\"}";
     };
-    const QByteArray wanted = message(first) + message(last) + message(last);
-    // Repeats may come before and after it.
-    QByteArray arrived;
-    QTRY_VERIFY((arrived += socket->readAll()).contains(wanted));
+    const QByteArray expected = message(first) + message(last) + message(last);
+    // The client may repeat a state before and after these messages.
+    QByteArray received;
+    QTRY_VERIFY((received += socket->readAll()).contains(expected));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
 
 void TestConnClient::statesRepeatOnceASecond()
 {
-    PlainServer server;
+    PassiveServer server;
     ConnClient client(Path());
     QLocalSocket* socket = server.Connect(client, Path());
     QVERIFY(socket != nullptr);
-    QSignalSpy arrived(socket, &QIODevice::readyRead);
+    QSignalSpy received(socket, &QIODevice::readyRead);
     client.AppRun();
-    QVERIFY(arrived.wait());
+    QVERIFY(received.wait());
     QCOMPARE(socket->readAll(), QByteArray(R"({"status":"run"})"));
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < 2; ++i) {
-        QVERIFY(arrived.wait(TWO_REPEATS_MS));
+        QVERIFY(received.wait(TWO_REPEATS_MS));
         QCOMPARE(socket->readAll(), QByteArray(R"({"status":"run"})"));
     }
     const qint64 elapsed = timer.elapsed();
@@ -223,7 +224,7 @@ void TestConnClient::missingServerFailsTheConnect()
     ConnClient client(Path());
     QCOMPARE(client.ConnToServer(), -1);
     QVERIFY(log->Contains(ERROR_LEVEL, UTILS, QStringLiteral("Connection client connect timeout.")));
-    // Nothing is repeated: a server that starts later receives nothing.
+    // The client does not repeat the state, so a server that starts later receives nothing.
     ConnServer server(Path(), nullptr);
     server.ServerStart();
     QSignalSpy inited(&server, &ConnServer::AppInited);
@@ -262,7 +263,7 @@ void TestConnClient::sendToAServerThatDoesNotAcceptTimesOut()
     QVERIFY(!log->Contains(INFO, UTILS, QStringLiteral("Connection client connected.")));
 }
 
-void TestConnClient::sendWaitsForAServerThatIsBusy()
+void TestConnClient::sendWaitsUntilTheServerAccepts()
 {
     const FullServer server(Path());
     QVERIFY(server.IsFull());

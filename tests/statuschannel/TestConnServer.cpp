@@ -22,15 +22,15 @@ struct Channel
 {
     Channel() : path(directory.filePath(QStringLiteral("status"))), server(path.toStdString(), nullptr) {}
 
-    /// Returns the counts of the emitted signals since the last call, in the order of their declaration.
-    QString Fired()
+    /// Returns the numbers of signals "inited running stopped" since the last call.
+    QString Emitted()
     {
-        const QString fired =
+        const QString emitted =
             QStringLiteral("%1 %2 %3").arg(inited.count()).arg(running.count()).arg(stopped.count());
         inited.clear();
         running.clear();
         stopped.clear();
-        return fired;
+        return emitted;
     }
 
     QTemporaryDir directory;
@@ -41,11 +41,11 @@ struct Channel
     QSignalSpy stopped{&server, &ConnServer::AppStoped};
 };
 
-/// Clients in the same process. They use plain sockets, because the memory of Qt's would be counted too.
-class PlainClients
+/// Clients in the same process. They do not use QLocalSocket, because the test measures allocated memory.
+class RawClients
 {
 public:
-    PlainClients(const QString& path, int count, const QByteArray& message)
+    RawClients(const QString& path, int count, const QByteArray& message)
     {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
@@ -57,18 +57,18 @@ public:
                 areConnected && client >= 0 &&
                 connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                 write(client, message.constData(), static_cast<size_t>(message.size())) == message.size();
-            // Connect no more at the same time than the queue accepts.
+            // Let the server accept the connection, so that its queue does not become full.
             QCoreApplication::processEvents();
         }
     }
-    ~PlainClients()
+    ~RawClients()
     {
         for (const int client : clients) {
             close(client);
         }
     }
-    PlainClients(const PlainClients&) = delete;
-    PlainClients& operator=(const PlainClients&) = delete;
+    RawClients(const RawClients&) = delete;
+    RawClients& operator=(const RawClients&) = delete;
 
     bool AreConnected() const { return areConnected; }
 
@@ -112,12 +112,12 @@ private slots:
     void repeatsEmitNothing();
     void clientIsServedAndItsDisconnectIsLogged();
     void twoMessagesInOneReadAreBothLost();
-    void messageInTwoPiecesIsRejectedTwice();
+    void messageInTwoReadsIsRejectedTwice();
     void twoClientsShareOneStatus();
     void statusIsKeptAfterADisconnect();
-    void staleSocketIsTakenOver();
-    void nameInUseByAListeningServerIsTakenOver();
-    void secondListenFailingIsReported();
+    void staleSocketIsReplaced();
+    void socketOfAListeningServerIsReplaced();
+    void failureOfTheSecondListenIsReported();
     void otherListenErrorIsIgnored();
     void newConnectionSlotFailsWithoutAPendingConnection();
     void pendingConnectionIsAccepted();
@@ -135,7 +135,7 @@ void TestConnServer::everyTransitionEmitsItsSignal_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("message");
-    QTest::addColumn<QString>("fired");
+    QTest::addColumn<QString>("emitted");
     const QByteArray init(R"({"status":"init"})");
     const QByteArray run(R"({"status":"run"})");
     const QByteArray stop(R"({"status":"stop"})");
@@ -157,14 +157,14 @@ void TestConnServer::everyTransitionEmitsItsSignal()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, message);
-    QFETCH(QString, fired);
+    QFETCH(QString, emitted);
     Channel channel;
     if (!before.isEmpty()) {
         QCOMPARE(channel.server.ParseMsg(before), 0);
-        channel.Fired();
+        channel.Emitted();
     }
     QCOMPARE(channel.server.ParseMsg(message), 0);
-    QCOMPARE(channel.Fired(), fired);
+    QCOMPARE(channel.Emitted(), emitted);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
@@ -180,10 +180,10 @@ void TestConnServer::invalidMessageIsLoggedAndDropped_data()
     QTest::newRow("object") << QByteArray(R"({"status":{}})") << wrong;
     QTest::newRow("empty") << QByteArray() << QStringLiteral("Json parse error illegal value");
     QTest::newRow("text") << QByteArray("run") << QStringLiteral("Json parse error illegal value");
-    QTest::newRow("cut") << QByteArray(R"({"status":"ru)")
-                         << QStringLiteral("Json parse error unterminated string");
-    QTest::newRow("glued") << QByteArray(R"({"status":"init"}{"status":"run"})")
-                           << QStringLiteral("Json parse error garbage at the end of the document");
+    QTest::newRow("incomplete") << QByteArray(R"({"status":"ru)")
+                                << QStringLiteral("Json parse error unterminated string");
+    QTest::newRow("two messages") << QByteArray(R"({"status":"init"}{"status":"run"})")
+                                  << QStringLiteral("Json parse error garbage at the end of the document");
 }
 
 void TestConnServer::invalidMessageIsLoggedAndDropped()
@@ -192,27 +192,27 @@ void TestConnServer::invalidMessageIsLoggedAndDropped()
     QFETCH(QString, line);
     Channel channel;
     QCOMPARE(channel.server.ParseMsg(message), -1);
-    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(channel.Emitted(), NOTHING);
     COMPARE_LISTS(log->Messages(), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("ERROR"), UTILS, line));
-    // The stored status is unchanged: the same status again is a change.
+    // The stored status is still empty, so "run" is a change.
     QCOMPARE(channel.server.ParseMsg(R"({"status":"run"})"), 0);
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
 }
 
 void TestConnServer::otherMembersAreIgnored()
 {
     Channel channel;
     QCOMPARE(channel.server.ParseMsg(R"({"status":"run","x":1})"), 0);
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
 }
 
 void TestConnServer::unknownStatusChangesNothing_data()
 {
     QTest::addColumn<QByteArray>("message");
-    QTest::newRow("case") << QByteArray(R"({"status":"RUN"})");
-    QTest::newRow("other") << QByteArray(R"({"status":"pause"})");
-    QTest::newRow("blank") << QByteArray(R"({"status":"run "})");
+    QTest::newRow("capitals") << QByteArray(R"({"status":"RUN"})");
+    QTest::newRow("unknown") << QByteArray(R"({"status":"pause"})");
+    QTest::newRow("trailing space") << QByteArray(R"({"status":"run "})");
 }
 
 void TestConnServer::unknownStatusChangesNothing()
@@ -220,10 +220,10 @@ void TestConnServer::unknownStatusChangesNothing()
     QFETCH(QByteArray, message);
     Channel channel;
     channel.server.ParseMsg(R"({"status":"init"})");
-    channel.Fired();
+    channel.Emitted();
     QCOMPARE(channel.server.ParseMsg(message), 0);
     QCOMPARE(channel.server.ParseMsg(R"({"status":"init"})"), 0);
-    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(channel.Emitted(), NOTHING);
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
@@ -233,10 +233,10 @@ void TestConnServer::repeatsEmitNothing()
     for (int i = 0; i < 5; ++i) {
         channel.server.ParseMsg(R"({"status":"run"})");
     }
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
     channel.server.ParseMsg(R"({"status":"stop"})");
     channel.server.ParseMsg(R"({"status":"run"})");
-    QCOMPARE(channel.Fired(), QStringLiteral("0 1 1"));
+    QCOMPARE(channel.Emitted(), QStringLiteral("0 1 1"));
 }
 
 void TestConnServer::clientIsServedAndItsDisconnectIsLogged()
@@ -250,7 +250,7 @@ void TestConnServer::clientIsServedAndItsDisconnectIsLogged()
     QVERIFY(channel.running.wait());
     client.disconnectFromServer();
     QTRY_VERIFY(log->Contains(QStringLiteral("INFO"), UTILS, QStringLiteral("App close the connect.")));
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
 }
 
 void TestConnServer::twoMessagesInOneReadAreBothLost()
@@ -261,13 +261,13 @@ void TestConnServer::twoMessagesInOneReadAreBothLost()
     client.connectToServer(channel.path);
     client.write(R"({"status":"init"}{"status":"run"})");
     QTRY_COMPARE(log->Count(QStringLiteral("Json parse error garbage at the end of the document")), 1);
-    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(channel.Emitted(), NOTHING);
     client.write(R"({"status":"run"})");
     QVERIFY(channel.running.wait());
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
 }
 
-void TestConnServer::messageInTwoPiecesIsRejectedTwice()
+void TestConnServer::messageInTwoReadsIsRejectedTwice()
 {
     Channel channel;
     channel.server.ServerStart();
@@ -277,7 +277,7 @@ void TestConnServer::messageInTwoPiecesIsRejectedTwice()
     QTRY_COMPARE(log->Messages().filter(QStringLiteral("Json parse error")).size(), 1);
     client.write(R"("run"})");
     QTRY_COMPARE(log->Messages().filter(QStringLiteral("Json parse error")).size(), 2);
-    QCOMPARE(channel.Fired(), NOTHING);
+    QCOMPARE(channel.Emitted(), NOTHING);
 }
 
 void TestConnServer::twoClientsShareOneStatus()
@@ -294,7 +294,7 @@ void TestConnServer::twoClientsShareOneStatus()
         second.write(R"({"status":"stop"})");
         QVERIFY(channel.stopped.wait());
     }
-    QCOMPARE(channel.Fired(), QStringLiteral("0 3 3"));
+    QCOMPARE(channel.Emitted(), QStringLiteral("0 3 3"));
 }
 
 void TestConnServer::statusIsKeptAfterADisconnect()
@@ -315,17 +315,16 @@ void TestConnServer::statusIsKeptAfterADisconnect()
     QTRY_COMPARE(log->Count(QStringLiteral("New application connected.")), 2);
     next.write(" ");
     QTRY_VERIFY(!log->Messages().filter(QStringLiteral("Json parse error")).isEmpty());
-    QCOMPARE(channel.Fired(), INITED);
+    QCOMPARE(channel.Emitted(), INITED);
 }
 
-void TestConnServer::staleSocketIsTakenOver()
+void TestConnServer::staleSocketIsReplaced()
 {
     Channel channel;
     {
         QLocalServer crashed;
         QVERIFY(crashed.listen(channel.path));
-        // After a crash the socket's file remains: keep it under another name while the server removes its
-        // own.
+        // After a crash, the socket's file remains. QLocalServer removes its file, so the test renames it.
         QVERIFY(QFile::rename(channel.path, channel.path + QStringLiteral(".kept")));
     }
     QVERIFY(QFile::rename(channel.path + QStringLiteral(".kept"), channel.path));
@@ -336,7 +335,7 @@ void TestConnServer::staleSocketIsTakenOver()
     QCOMPARE(log->Count(QStringLiteral("Start localserver failed.")), 0);
 }
 
-void TestConnServer::nameInUseByAListeningServerIsTakenOver()
+void TestConnServer::socketOfAListeningServerIsReplaced()
 {
     Channel channel;
     QLocalServer other;
@@ -348,10 +347,10 @@ void TestConnServer::nameInUseByAListeningServerIsTakenOver()
     QVERIFY(channel.running.wait());
 }
 
-void TestConnServer::secondListenFailingIsReported()
+void TestConnServer::failureOfTheSecondListenIsReported()
 {
-    // A directory with content: the name is in use at the first attempt and cannot be removed before the
-    // second.
+    // The name is a directory that is not empty: it is in use at the first attempt, and the server cannot
+    // remove it before the second.
     Channel channel;
     QVERIFY(QDir(channel.directory.path()).mkpath(QStringLiteral("status/content")));
     QCOMPARE(channel.server.ServerStart(), -1);
@@ -379,7 +378,7 @@ void TestConnServer::pendingConnectionIsAccepted()
     channel.server.ServerStart();
     auto* listener = channel.server.findChild<QLocalServer*>();
     disconnect(listener, nullptr, &channel.server, nullptr);
-    const PlainClients client(channel.path, 1, R"({"status":"run"})");
+    const RawClients client(channel.path, 1, R"({"status":"run"})");
     QTRY_VERIFY(listener->hasPendingConnections());
     QCOMPARE(channel.server.OnNewConnect(), 0);
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("New application connected.")));
@@ -422,11 +421,11 @@ void TestConnServer::messageOfAClientThatHasDisconnectedIsRead()
     Channel channel;
     channel.server.ServerStart();
     {
-        const PlainClients client(channel.path, 1, R"({"status":"run"})");
+        const RawClients client(channel.path, 1, R"({"status":"run"})");
         QVERIFY(client.AreConnected());
     }
     QTRY_COMPARE(log->Count(QStringLiteral("App close the connect.")), 1);
-    QCOMPARE(channel.Fired(), RUNNING);
+    QCOMPARE(channel.Emitted(), RUNNING);
     const auto sockets = channel.server.findChildren<QLocalSocket*>();
     QCOMPARE(sockets.size(), 1);
     QCOMPARE(sockets.first()->state(), QLocalSocket::UnconnectedState);
@@ -448,7 +447,7 @@ void TestConnServer::closedConnectionKeepsAtMostFourKibibytes()
     for (int round = 0; round <= ROUNDS; ++round) {
         const std::size_t before = Allocated();
         {
-            const PlainClients clients(channel.path, CONNECTIONS, R"({"status":"init"})");
+            const RawClients clients(channel.path, CONNECTIONS, R"({"status":"init"})");
             QVERIFY(clients.AreConnected());
         }
         const int ended = (round + 1) * CONNECTIONS;

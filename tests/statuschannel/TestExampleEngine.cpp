@@ -31,7 +31,7 @@ public:
     QString Socket() const { return home.filePath(QStringLiteral("home/Velodesk/TandraIpc")); }
     QString Log() const { return home.filePath(QStringLiteral("engine.log")); }
 
-    void PointLog()
+    void EnableLog()
     {
         QProcessEnvironment environment = process.processEnvironment();
         environment.insert(QStringLiteral("ENGINE_LOG"), Log());
@@ -44,10 +44,10 @@ public:
     QStringList Files() const
     {
         QStringList names;
-        QDirIterator walk(scratch.path(), QDir::Files | QDir::System | QDir::Hidden,
-                          QDirIterator::Subdirectories);
-        while (walk.hasNext()) {
-            names += home.relativeFilePath(walk.next());
+        QDirIterator files(scratch.path(), QDir::Files | QDir::System | QDir::Hidden,
+                           QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            names += home.relativeFilePath(files.next());
         }
         return names;
     }
@@ -90,7 +90,7 @@ void TestExampleEngine::reportsAndEndsOnRequest()
     QFETCH(bool, logs);
     Engine engine;
     if (logs) {
-        engine.PointLog();
+        engine.EnableLog();
     }
     ConnServer server(engine.Socket().toStdString(), nullptr);
     QSignalSpy inited(&server, &ConnServer::AppInited);
@@ -110,16 +110,16 @@ void TestExampleEngine::reportsAndEndsOnRequest()
     QTRY_COMPARE(stopped.count(), 1);
     QCOMPARE(inited.count(), 1);
     QCOMPARE(QString::fromLocal8Bit(engine.process.readAll()), QString());
-    QStringList wanted{QStringLiteral("home/Velodesk/TandraIpc")};
+    QStringList expected{QStringLiteral("home/Velodesk/TandraIpc")};
     if (logs) {
-        wanted.prepend(QStringLiteral("engine.log"));
+        expected.prepend(QStringLiteral("engine.log"));
         const QByteArray text = ReadAll(engine.Log());
         QVERIFY2(text.contains("UTILS: App status init.\n") && text.contains("UTILS: App status stop.\n"),
                  text.constData());
     }
     QStringList files = engine.Files();
     files.sort();
-    QCOMPARE(files, wanted);
+    QCOMPARE(files, expected);
 }
 
 void TestExampleEngine::endsWithoutAnAssistant()
@@ -141,7 +141,7 @@ void TestExampleEngine::endsWithTheAssistant()
     engine.Start();
     QTRY_COMPARE(running.count(), 1);
     QCOMPARE(engine.process.state(), QProcess::Running);
-    // The end of the assistant closes it in the same way.
+    // If the assistant ends, the engine's standard input is closed in the same way.
     engine.process.closeWriteChannel();
     QTRY_COMPARE(engine.process.state(), QProcess::NotRunning);
     QCOMPARE(engine.process.exitStatus(), QProcess::NormalExit);
@@ -152,11 +152,12 @@ void TestExampleEngine::documentContainsTheExample()
 {
     const QByteArray document = ReadAll(QStringLiteral(VELODESK_SOURCE_DIR "/docs/interfaces.md"));
     const QByteArray source = ReadAll(QStringLiteral(VELODESK_SOURCE_DIR "/packaging/example/engine.cpp"));
-    const QByteArray recipe =
+    const QByteArray cmakeLists =
         ReadAll(QStringLiteral(VELODESK_SOURCE_DIR "/packaging/example/CMakeLists.txt"));
-    QVERIFY(!source.isEmpty() && !recipe.isEmpty());
+    QVERIFY(!source.isEmpty() && !cmakeLists.isEmpty());
     QVERIFY2(document.contains("```cpp\n" + source + "```\n"), "docs/interfaces.md shows another engine.cpp");
-    QVERIFY2(document.contains("```cmake\n" + recipe + "```\n"), "docs/interfaces.md shows another recipe");
+    QVERIFY2(document.contains("```cmake\n" + cmakeLists + "```\n"),
+             "docs/interfaces.md shows another CMakeLists.txt");
 }
 
 QTEST_GUILESS_MAIN(TestExampleEngine)

@@ -14,7 +14,7 @@
 namespace {
 const QString VELODESK = QStringLiteral("VELODESK");
 const QString INFO = QStringLiteral("INFO");
-constexpr int LOOP_GOES_ON_MS = 1000;
+constexpr int LATE_EVENTS_MS = 1000;
 
 class OpenApp : public BaseApp
 {
@@ -37,7 +37,7 @@ void UseShell(const QString& script)
     App().*OpenApp::Arguments() = QStringList{QStringLiteral("-c"), script};
 }
 
-/// Prevents the creation of threads as long as the object exists: the default stack size is too large.
+/// Prevents the creation of threads as long as the object exists, by a default stack size that is too large.
 class NoThreads
 {
 public:
@@ -46,13 +46,13 @@ public:
         if (pthread_getattr_default_np(&before) != 0) {
             qFatal("the threads' attributes cannot be read");
         }
-        pthread_attr_t endless;
-        pthread_attr_init(&endless);
-        if (pthread_attr_setstacksize(&endless, std::size_t{1} << 60U) != 0 ||
-            pthread_setattr_default_np(&endless) != 0) {
+        pthread_attr_t tooLarge;
+        pthread_attr_init(&tooLarge);
+        if (pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 60U) != 0 ||
+            pthread_setattr_default_np(&tooLarge) != 0) {
             qFatal("the threads' stacks cannot be set");
         }
-        pthread_attr_destroy(&endless);
+        pthread_attr_destroy(&tooLarge);
     }
     ~NoThreads()
     {
@@ -66,10 +66,11 @@ private:
     pthread_attr_t before{};
 };
 
-const QString FOREVER = QStringLiteral("exec sleep 60");
-/// Creates a file when it is ready, because its output is not read.
+const QString SLEEP = QStringLiteral("exec sleep 60");
+/// The last commands of a script that runs until it is killed. They create a file when the script is ready,
+/// because the program does not read its output.
 const QString UNTIL_KILLED = QStringLiteral("; : >up.$$; while :; do sleep 0.05; done");
-const QString DEAF = QStringLiteral("trap '' TERM") + UNTIL_KILLED;
+const QString IGNORE_SIGTERM = QStringLiteral("trap '' TERM") + UNTIL_KILLED;
 } // namespace
 
 class TestAppManager : public QObject
@@ -95,16 +96,16 @@ private slots:
     void signalsOfAReregisteredApplicationAreForwardedOnce();
     void stoppingARemovedApplicationKeepsTheEventLoopRunning_data();
     void stoppingARemovedApplicationKeepsTheEventLoopRunning();
-    void slotOfAppFinishedMayStartAgain();
-    void slotOfAppErrorMayStartAgain();
-    void slotMayCallStopAll_data();
-    void slotMayCallStopAll();
+    void slotOfAppFinishedCanStartAgain();
+    void slotOfAppErrorCanStartAgain();
+    void slotCanCallStopAll_data();
+    void slotCanCallStopAll();
     void stopWithWaitingKillsAfterTheTimeout();
     void stopAllWithoutAChildOnlyLogs();
     void stopAllStopsTheChildWhenNoThreadCanBeCreated();
     void stopAllEmitsOnTheMainThreadAfterItsReturn_data();
     void stopAllEmitsOnTheMainThreadAfterItsReturn();
-    void destructorStopsAgain();
+    void destructorStopsApplicationsAgain();
     void destructorEmitsNothing();
 
 private:
@@ -146,8 +147,8 @@ void TestAppManager::constructionRegistersTheEngine()
     COMPARE_LISTS(log->Messages(), QStringList(QStringLiteral("AppManager ReAllocResource")));
     QCOMPARE(log->Lines().first().level, INFO);
     QCOMPARE(another.GetTypeFromApp(App()), AppManager::TANDRA_APP);
-    const BaseApp stranger("stranger");
-    QCOMPARE(another.GetTypeFromApp(stranger), AppManager::APP_TYPE_END);
+    const BaseApp unregistered("unregistered");
+    QCOMPARE(another.GetTypeFromApp(unregistered), AppManager::APP_TYPE_END);
 }
 
 void TestAppManager::startAndEndAreReported()
@@ -281,7 +282,7 @@ void TestAppManager::signalsAreNotForwardedWhileUnregistered()
     QSignalSpy error(manager.get(), &AppManager::AppError);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
     QSignalSpy event(manager.get(), &AppManager::AppEvent);
-    const auto tellAll = [] {
+    const auto emitAll = [] {
         emit App().AppStarted();
         emit App().AppError(QProcess::Crashed);
         emit App().AppFinished(0);
@@ -289,15 +290,15 @@ void TestAppManager::signalsAreNotForwardedWhileUnregistered()
         emit App().AppEventRunning();
         emit App().AppEventStopped();
     };
-    const auto heard = [&] {
+    const auto received = [&] {
         return QList<int>{started.count(), error.count(), finished.count(), event.count()};
     };
     manager->UnregisterCallback();
-    tellAll();
-    QCOMPARE(heard(), QList<int>({0, 0, 0, 0}));
+    emitAll();
+    QCOMPARE(received(), QList<int>({0, 0, 0, 0}));
     manager->RegisterCallback();
-    tellAll();
-    QCOMPARE(heard(), QList<int>({1, 1, 1, 3}));
+    emitAll();
+    QCOMPARE(received(), QList<int>({1, 1, 1, 3}));
 }
 
 void TestAppManager::signalsOfAReregisteredApplicationAreForwardedOnce()
@@ -325,8 +326,8 @@ void TestAppManager::signalsOfAReregisteredApplicationAreForwardedOnce()
 void TestAppManager::stoppingARemovedApplicationKeepsTheEventLoopRunning_data()
 {
     QTest::addColumn<QString>("script");
-    QTest::newRow("ends") << FOREVER;
-    QTest::newRow("ignores") << DEAF;
+    QTest::newRow("ends at SIGTERM") << SLEEP;
+    QTest::newRow("ignores SIGTERM") << IGNORE_SIGTERM;
 }
 
 void TestAppManager::stoppingARemovedApplicationKeepsTheEventLoopRunning()
@@ -343,12 +344,12 @@ void TestAppManager::stoppingARemovedApplicationKeepsTheEventLoopRunning()
     COMPARE_LISTS(log->Messages(QStringLiteral("app[0]")), QStringList(QStringLiteral("stop app[0]")));
     QCOMPARE(log->Messages(name).first(), QStringLiteral("terminate process[%1]").arg(name));
     QTRY_COMPARE(finished.count(), 1);
-    QTest::qWait(LOOP_GOES_ON_MS);
+    QTest::qWait(LATE_EVENTS_MS);
     QCOMPARE(finished.count(), 1);
     QCOMPARE(App().*OpenApp::Count(), 0);
 }
 
-void TestAppManager::slotOfAppFinishedMayStartAgain()
+void TestAppManager::slotOfAppFinishedCanStartAgain()
 {
     constexpr int RUNS = 5;
     UseShell(QStringLiteral("exit 0"));
@@ -358,8 +359,8 @@ void TestAppManager::slotOfAppFinishedMayStartAgain()
         children.append(ended);
         if (children.size() < RUNS) {
             manager->StartApp(AppManager::TANDRA_APP);
-            // The process exists until its signal has been handled, also in a nested event loop of the slot,
-            // in which the next process may end.
+            // The process exists until its signal has been handled. A nested event loop in the slot does not
+            // change this, even if the next process ends in that loop.
             QTest::qWait(1);
             QVERIFY(!ended.isNull());
         }
@@ -374,7 +375,7 @@ void TestAppManager::slotOfAppFinishedMayStartAgain()
     QCOMPARE(App().*OpenApp::Count(), 0);
 }
 
-void TestAppManager::slotOfAppErrorMayStartAgain()
+void TestAppManager::slotOfAppErrorCanStartAgain()
 {
     constexpr int RUNS = 5;
     App().*OpenApp::Program() = QStringLiteral("/nowhere/engine");
@@ -395,16 +396,16 @@ void TestAppManager::slotOfAppErrorMayStartAgain()
     QCOMPARE(log->Count(QStringLiteral("delete 1 invalid process")), RUNS);
 }
 
-void TestAppManager::slotMayCallStopAll_data()
+void TestAppManager::slotCanCallStopAll_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<bool>("atStart");
-    QTest::newRow("at the start, ends") << FOREVER << true;
+    QTest::newRow("at the start, runs") << SLEEP << true;
     QTest::newRow("at the start, has ended") << QStringLiteral("exit 0") << true;
     QTest::newRow("at the end") << QStringLiteral("exit 0") << false;
 }
 
-void TestAppManager::slotMayCallStopAll()
+void TestAppManager::slotCanCallStopAll()
 {
     QFETCH(QString, script);
     QFETCH(bool, atStart);
@@ -429,7 +430,7 @@ void TestAppManager::slotMayCallStopAll()
 
 void TestAppManager::stopWithWaitingKillsAfterTheTimeout()
 {
-    UseShell(DEAF);
+    UseShell(IGNORE_SIGTERM);
     StartChildren(1);
     QElapsedTimer timer;
     timer.start();
@@ -450,7 +451,7 @@ void TestAppManager::stopAllWithoutAChildOnlyLogs()
 
 void TestAppManager::stopAllStopsTheChildWhenNoThreadCanBeCreated()
 {
-    UseShell(FOREVER);
+    UseShell(SLEEP);
     StartChildren(1);
     log->Clear();
     {
@@ -468,11 +469,11 @@ void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<int>("children");
-    QTest::newRow("ends") << FOREVER << 1;
-    QTest::newRow("two end") << FOREVER << 2;
+    QTest::newRow("ends at SIGTERM") << SLEEP << 1;
+    QTest::newRow("two end at SIGTERM") << SLEEP << 2;
     QTest::newRow("ends with a code") << QStringLiteral("trap 'exit 9' TERM") + UNTIL_KILLED << 1;
-    QTest::newRow("ignores") << DEAF << 1;
-    QTest::newRow("two ignore") << DEAF << 2;
+    QTest::newRow("ignores SIGTERM") << IGNORE_SIGTERM << 1;
+    QTest::newRow("two ignore SIGTERM") << IGNORE_SIGTERM << 2;
 }
 
 void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn()
@@ -481,18 +482,18 @@ void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn()
     QFETCH(int, children);
     UseShell(script);
     StartChildren(children);
-    QThread* heardOn = nullptr;
+    QThread* receivingThread = nullptr;
     int finished = 0;
-    connect(manager.get(), &AppManager::AppFinished, this, [&heardOn, &finished] {
-        heardOn = QThread::currentThread();
+    connect(manager.get(), &AppManager::AppFinished, this, [&receivingThread, &finished] {
+        receivingThread = QThread::currentThread();
         ++finished;
     });
     manager->StopAll();
-    // No signal is emitted before the event loop runs again; then all are, on this thread.
+    // No signal is emitted before the event loop runs again. Then all signals are emitted on this thread.
     QCOMPARE(finished, 0);
     QTRY_COMPARE(finished, 1);
-    QCOMPARE(heardOn, thread());
-    QTest::qWait(LOOP_GOES_ON_MS);
+    QCOMPARE(receivingThread, thread());
+    QTest::qWait(LATE_EVENTS_MS);
     QCOMPARE(App().*OpenApp::Count(), 0);
     // The next start begins with an empty list of processes.
     UseShell(QStringLiteral("exit 0"));
@@ -500,9 +501,9 @@ void TestAppManager::stopAllEmitsOnTheMainThreadAfterItsReturn()
     QTRY_COMPARE(finished, 2);
 }
 
-void TestAppManager::destructorStopsAgain()
+void TestAppManager::destructorStopsApplicationsAgain()
 {
-    UseShell(FOREVER);
+    UseShell(SLEEP);
     StartChildren(1);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
     manager->StopAll();
@@ -515,18 +516,18 @@ void TestAppManager::destructorStopsAgain()
 
 void TestAppManager::destructorEmitsNothing()
 {
-    UseShell(FOREVER);
+    UseShell(SLEEP);
     StartChildren(1);
-    int heard = 0;
-    connect(manager.get(), &AppManager::AppFinished, this, [&heard] { ++heard; });
-    connect(manager.get(), &AppManager::AppError, this, [&heard] { ++heard; });
+    int received = 0;
+    connect(manager.get(), &AppManager::AppFinished, this, [&received] { ++received; });
+    connect(manager.get(), &AppManager::AppError, this, [&received] { ++received; });
     {
-        // Without threads StopAll() runs on this thread, so the child's end is handled immediately.
+        // Without a thread, StopAll() runs on this thread, so the end of the child is handled immediately.
         const NoThreads none;
         manager.reset();
     }
     QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 1);
-    QCOMPARE(heard, 0);
+    QCOMPARE(received, 0);
 }
 
 QTEST_GUILESS_MAIN(TestAppManager)

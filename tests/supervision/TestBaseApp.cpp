@@ -13,7 +13,7 @@ namespace {
 const QString VELODESK = QStringLiteral("VELODESK");
 const QString INFO = QStringLiteral("INFO");
 
-/// A supervised shell, with its inside open to the test.
+/// A supervised shell whose protected members are public.
 class ShellApp : public BaseApp
 {
 public:
@@ -29,9 +29,9 @@ public:
     using BaseApp::program;
 };
 
-struct Watched
+struct SignalSpies
 {
-    explicit Watched(BaseApp& app)
+    explicit SignalSpies(BaseApp& app)
         : error(&app, &BaseApp::AppError),
           started(&app, &BaseApp::AppStarted),
           finished(&app, &BaseApp::AppFinished)
@@ -42,14 +42,15 @@ struct Watched
     QSignalSpy finished;
 };
 
-const QString FOREVER = QStringLiteral("exec sleep 60");
-/// Writes "up" to a file, because nobody reads the child's output, and goes on after a termination request.
-QString Deaf(const QString& file, const QString& onRequest = QString())
+const QString SLEEP = QStringLiteral("exec sleep 60");
+/// Returns a script that runs `onRequest` at SIGTERM and does not end. It writes "up" to `file` when it is
+/// ready, because the program does not read its output.
+QString IgnoreSigterm(const QString& file, const QString& onRequest = QString())
 {
     return QStringLiteral("trap '%2' TERM; echo up >%1; while :; do sleep 0.05; done").arg(file, onRequest);
 }
 
-/// The file's text; empty while it does not exist.
+/// Returns the content of the file, or an empty array if it does not exist.
 QByteArray TextOf(const QString& path)
 {
     QFile file(path);
@@ -67,21 +68,21 @@ private slots:
 
     void listensFromConstructionOn();
     void reportsBecomeSignals();
-    void builtEvenIfTheServerCannotStart();
+    void processStartsEvenIfTheServerCannotListen();
     void stopWithoutAStartOnlyLogs();
     void endOfTheChildGivesItsExitCode();
     void crashGivesErrorThenFinished();
-    void missingProgramGivesErrorOnlyAndIsClearedByTheNextStart();
+    void missingProgramGivesErrorAndNextStartRemovesItsProcess();
     void overlappingProcessesCountAsOneRun();
     void startDestroysAProcessThatIsStillStarting();
-    void finishedAtZeroStillFires();
-    void stopWithoutWaitingOnlyAsks();
-    void stopWithWaitingKillsWhatIgnoresIt();
-    void stopCountsAsACrash();
+    void finishedIsEmittedIfCountIsAlreadyZero();
+    void stopWithoutWaitingOnlyTerminates();
+    void stopWithWaitingKillsProcessThatIgnoresSigterm();
+    void stoppedProcessReportsACrash();
     void childInheritsTheEnvironment();
     void childInheritsThreeDescriptorsAndWritesToTheNullDevice();
-    void slotThatStopsAgainLeavesNoLinesForEndedProcesses();
-    void statusOutlivesTheProcess();
+    void nestedStopDoesNotLogEndedProcessesAgain();
+    void statusIsKeptAfterTheProcessEnds();
 
 private:
     QString Output() const { return directory->filePath(QStringLiteral("output")); }
@@ -136,12 +137,12 @@ void TestBaseApp::reportsBecomeSignals()
     QCOMPARE(log->Lines().last().file, QStringLiteral("BaseApp.h"));
 }
 
-void TestBaseApp::builtEvenIfTheServerCannotStart()
+void TestBaseApp::processStartsEvenIfTheServerCannotListen()
 {
     ShellApp app(directory->filePath(QStringLiteral("none/ipc")).toStdString(), QStringLiteral("exit 0"));
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.finished.wait());
+    QVERIFY(spies.finished.wait());
 }
 
 void TestBaseApp::stopWithoutAStartOnlyLogs()
@@ -155,12 +156,12 @@ void TestBaseApp::stopWithoutAStartOnlyLogs()
 void TestBaseApp::endOfTheChildGivesItsExitCode()
 {
     ShellApp app(Socket(), QStringLiteral("exit 7"));
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.finished.wait());
-    QCOMPARE(watched.started.count(), 1);
-    QCOMPARE(watched.finished.first().first().toInt(), 7);
-    QCOMPARE(watched.error.count(), 0);
+    QVERIFY(spies.finished.wait());
+    QCOMPARE(spies.started.count(), 1);
+    QCOMPARE(spies.finished.first().first().toInt(), 7);
+    QCOMPARE(spies.error.count(), 0);
     QVERIFY(log->Contains(INFO, VELODESK, Line("app[%1] started")));
     QVERIFY(log->Contains(INFO, VELODESK, Line("app[%1] finished: %2", QStringLiteral("7"))));
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("count is 1")));
@@ -182,15 +183,15 @@ void TestBaseApp::crashGivesErrorThenFinished()
     QVERIFY(log->Contains(INFO, VELODESK, Line("app[%1]error: %2", QString::number(QProcess::Crashed))));
 }
 
-void TestBaseApp::missingProgramGivesErrorOnlyAndIsClearedByTheNextStart()
+void TestBaseApp::missingProgramGivesErrorAndNextStartRemovesItsProcess()
 {
     ShellApp app(Socket(), QString());
     app.program = QStringLiteral("/nowhere/engine");
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QTRY_COMPARE(watched.error.count(), 1);
-    QCOMPARE(watched.error.first().first().value<QProcess::ProcessError>(), QProcess::FailedToStart);
-    QCOMPARE(watched.started.count() + watched.finished.count(), 0);
+    QTRY_COMPARE(spies.error.count(), 1);
+    QCOMPARE(spies.error.first().first().value<QProcess::ProcessError>(), QProcess::FailedToStart);
+    QCOMPARE(spies.started.count() + spies.finished.count(), 0);
     QCOMPARE(app.processVector.size(), std::size_t{1});
     log->Clear();
     app.Start();
@@ -202,26 +203,26 @@ void TestBaseApp::missingProgramGivesErrorOnlyAndIsClearedByTheNextStart()
 void TestBaseApp::overlappingProcessesCountAsOneRun()
 {
     ShellApp app(Socket(), QStringLiteral("read line; exit $line"));
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.started.wait());
+    QVERIFY(spies.started.wait());
     app.Start();
     QTRY_COMPARE(app.count, 2);
     QCOMPARE(app.processVector.size(), std::size_t{2});
-    QCOMPARE(watched.started.count(), 1);
+    QCOMPARE(spies.started.count(), 1);
     app.processVector.front()->write("3\n");
     QTRY_COMPARE(app.count, 1);
-    QCOMPARE(watched.finished.count(), 0);
+    QCOMPARE(spies.finished.count(), 0);
     app.processVector.back()->write("4\n");
-    QVERIFY(watched.finished.wait());
-    QCOMPARE(watched.finished.count(), 1);
-    QCOMPARE(watched.finished.first().first().toInt(), 4);
+    QVERIFY(spies.finished.wait());
+    QCOMPARE(spies.finished.count(), 1);
+    QCOMPARE(spies.finished.first().first().toInt(), 4);
 }
 
 void TestBaseApp::startDestroysAProcessThatIsStillStarting()
 {
-    ShellApp app(Socket(), FOREVER);
-    Watched watched(app);
+    ShellApp app(Socket(), SLEEP);
+    SignalSpies spies(app);
     app.Start();
     if (app.processVector.front()->state() != QProcess::Starting) {
         QFAIL("the process is up before the event loop has run");
@@ -232,11 +233,11 @@ void TestBaseApp::startDestroysAProcessThatIsStillStarting()
     QCOMPARE(app.processVector.size(), std::size_t{1});
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("delete 1 invalid process")));
     QTRY_COMPARE(app.count, 1);
-    QCOMPARE(watched.started.count(), 1);
+    QCOMPARE(spies.started.count(), 1);
     app.Stop(true);
 }
 
-void TestBaseApp::finishedAtZeroStillFires()
+void TestBaseApp::finishedIsEmittedIfCountIsAlreadyZero()
 {
     BaseApp app(Socket());
     QSignalSpy finished(&app, &BaseApp::AppFinished);
@@ -246,12 +247,12 @@ void TestBaseApp::finishedAtZeroStillFires()
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("count is 0")));
 }
 
-void TestBaseApp::stopWithoutWaitingOnlyAsks()
+void TestBaseApp::stopWithoutWaitingOnlyTerminates()
 {
-    ShellApp app(Socket(), Deaf(Output(), QStringLiteral("echo asked >%1").arg(Output())));
-    Watched watched(app);
+    ShellApp app(Socket(), IgnoreSigterm(Output(), QStringLiteral("echo terminated >%1").arg(Output())));
+    SignalSpies spies(app);
     app.Start();
-    // A process that is still starting would be dropped by Stop().
+    // Stop() would drop a process that is still starting.
     QTRY_COMPARE(app.count, 1);
     QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
@@ -259,20 +260,20 @@ void TestBaseApp::stopWithoutWaitingOnlyAsks()
     app.Stop(false);
     // Waiting would take three seconds.
     QVERIFY(timer.elapsed() < 2500);
-    QTRY_COMPARE(TextOf(Output()), QByteArray("asked\n"));
+    QTRY_COMPARE(TextOf(Output()), QByteArray("terminated\n"));
     QCOMPARE(app.count, 1);
     QCOMPARE(log->Count(Line("terminate process[%1]")), 1);
     QCOMPARE(log->Count(Line("kill process[%1]")), 0);
     app.processVector.front()->kill();
-    QVERIFY(watched.finished.wait());
+    QVERIFY(spies.finished.wait());
 }
 
-void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
+void TestBaseApp::stopWithWaitingKillsProcessThatIgnoresSigterm()
 {
-    ShellApp app(Socket(), Deaf(Output()));
-    Watched watched(app);
+    ShellApp app(Socket(), IgnoreSigterm(Output()));
+    SignalSpies spies(app);
     app.Start();
-    // A process that is still starting would be dropped by Stop().
+    // Stop() would drop a process that is still starting.
     QTRY_COMPARE(app.count, 1);
     QTRY_COMPARE(TextOf(Output()), QByteArray("up\n"));
     QElapsedTimer timer;
@@ -282,21 +283,21 @@ void TestBaseApp::stopWithWaitingKillsWhatIgnoresIt()
     QVERIFY2(elapsed >= 3000, qPrintable(QString::number(elapsed)));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("process[")),
                   QStringList({Line("terminate process[%1]"), Line("kill process[%1]")}));
-    QVERIFY(watched.finished.count() == 1 || watched.finished.wait());
+    QVERIFY(spies.finished.count() == 1 || spies.finished.wait());
     // The list is emptied only by the next start or stop.
     QCOMPARE(app.processVector.size(), std::size_t{1});
 }
 
-void TestBaseApp::stopCountsAsACrash()
+void TestBaseApp::stoppedProcessReportsACrash()
 {
-    ShellApp app(Socket(), FOREVER);
-    Watched watched(app);
+    ShellApp app(Socket(), SLEEP);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.started.wait());
+    QVERIFY(spies.started.wait());
     app.Stop(false);
-    QVERIFY(watched.finished.wait());
-    QCOMPARE(watched.error.count(), 1);
-    QCOMPARE(watched.error.first().first().value<QProcess::ProcessError>(), QProcess::Crashed);
+    QVERIFY(spies.finished.wait());
+    QCOMPARE(spies.error.count(), 1);
+    QCOMPARE(spies.error.first().first().value<QProcess::ProcessError>(), QProcess::Crashed);
 }
 
 void TestBaseApp::childInheritsTheEnvironment()
@@ -305,28 +306,29 @@ void TestBaseApp::childInheritsTheEnvironment()
     ShellApp app(Socket(),
                  QStringLiteral("test \"$VELODESK_TEST_WORD\" = inherited && test \"$PWD\" = \"$1\""));
     app.arguments << QStringLiteral("sh") << QDir::currentPath();
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.finished.wait());
-    QCOMPARE(watched.finished.first().first().toInt(), 0);
+    QVERIFY(spies.finished.wait());
+    QCOMPARE(spies.finished.first().first().toInt(), 0);
 }
 
 void TestBaseApp::childInheritsThreeDescriptorsAndWritesToTheNullDevice()
 {
     const int leaking = open("/dev/zero", O_RDONLY);
-    // In another process, so that the redirection leaves the descriptors of the shell itself alone.
+    // A subshell runs the commands, so that the redirection does not change the descriptors of the shell
+    // itself.
     ShellApp app(Socket(),
                  QStringLiteral("(cd /proc/$$/fd && echo * && readlink 1 2) >%1; exit 0").arg(Output()));
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.finished.wait());
+    QVERIFY(spies.finished.wait());
     QCOMPARE(TextOf(Output()), QByteArray("0 1 2\n/dev/null\n/dev/null\n"));
     close(leaking);
 }
 
-void TestBaseApp::slotThatStopsAgainLeavesNoLinesForEndedProcesses()
+void TestBaseApp::nestedStopDoesNotLogEndedProcessesAgain()
 {
-    ShellApp app(Socket(), FOREVER);
+    ShellApp app(Socket(), SLEEP);
     app.Start();
     QTRY_COMPARE(app.count, 1);
     app.Start();
@@ -337,7 +339,7 @@ void TestBaseApp::slotThatStopsAgainLeavesNoLinesForEndedProcesses()
     QCOMPARE(log->Count(Line("kill process[%1]")), 0);
 }
 
-void TestBaseApp::statusOutlivesTheProcess()
+void TestBaseApp::statusIsKeptAfterTheProcessEnds()
 {
     ShellApp app(Socket(), QStringLiteral("exit 0"));
     QSignalSpy inited(&app, &BaseApp::AppEventInited);
@@ -345,9 +347,9 @@ void TestBaseApp::statusOutlivesTheProcess()
     client.connectToServer(QString::fromStdString(Socket()));
     client.write(R"({"status":"init"})");
     QVERIFY(inited.wait());
-    Watched watched(app);
+    SignalSpies spies(app);
     app.Start();
-    QVERIFY(watched.finished.wait());
+    QVERIFY(spies.finished.wait());
     client.write(R"({"status":"init"})");
     QVERIFY(!inited.wait(200));
 }

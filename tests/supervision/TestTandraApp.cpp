@@ -30,7 +30,7 @@ private slots:
     void init();
     void cleanup();
 
-    void knowsProgramArgumentAndSocket();
+    void programArgumentAndSocketAreSet();
     void runWithoutAProcessEmitsNothing();
     void runWithAProcessIsForwarded();
     void runAfterTheEndOfTheLastProcessEmitsNothing();
@@ -60,7 +60,7 @@ void TestTandraApp::cleanup()
     log.reset();
 }
 
-void TestTandraApp::knowsProgramArgumentAndSocket()
+void TestTandraApp::programArgumentAndSocketAreSet()
 {
     QCOMPARE(app->name, GetConstant(Velodesk::ENGINE_IPC_NAME));
     QCOMPARE(QString::fromStdString(app->name),

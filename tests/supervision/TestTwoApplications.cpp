@@ -60,25 +60,25 @@ void TestTwoApplications::eachApplicationHasItsType()
 
 void TestTwoApplications::bothAreStoppedAndReportTheirEnd_data()
 {
-    QTest::addColumn<bool>("areForgotten");
-    QTest::newRow("known") << false;
-    QTest::newRow("forgotten") << true;
+    QTest::addColumn<bool>("areRemoved");
+    QTest::newRow("registered") << false;
+    QTest::newRow("removed") << true;
 }
 
 void TestTwoApplications::bothAreStoppedAndReportTheirEnd()
 {
-    QFETCH(bool, areForgotten);
+    QFETCH(bool, areRemoved);
     QSignalSpy started(manager.get(), &AppManager::AppStarted);
     manager->StartApp(AppManager::TANDRA_APP);
     manager->StartApp(AppManager::EXTRA_APP);
     QTRY_COMPARE(started.count(), 2);
     QSignalSpy finished(manager.get(), &AppManager::AppFinished);
-    if (areForgotten) {
+    if (areRemoved) {
         manager->DeleteAll();
     }
     manager->StopAll();
     QTRY_COMPARE(finished.count(), 2);
-    QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), areForgotten ? 2 : 1);
+    QCOMPARE(log->Count(QStringLiteral("AppManager ReAllocResource")), areRemoved ? 2 : 1);
     // The event loop still delivers the events of a new process.
     for (BaseApp* app : {static_cast<BaseApp*>(Singleton<TandraApp>::GetInstance()),
                          static_cast<BaseApp*>(Singleton<ExtraApp>::GetInstance())}) {
