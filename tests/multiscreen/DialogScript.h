@@ -10,12 +10,13 @@
 
 #include "support/ModalActor.h"
 
-/// Runs one step on each of the following modal dialogs. Closes a dialog after the last step, or one whose
-/// step failed, so that no test blocks.
+/// Runs one step on each modal dialog that is shown. Closes dialogs for which no step is left and dialogs
+/// whose step failed, so that no test blocks.
 class DialogScript
 {
 public:
-    explicit DialogScript(std::vector<std::function<void(QWidget*)>> wanted) : steps(std::move(wanted))
+    explicit DialogScript(std::vector<std::function<void(QWidget*)>> dialogSteps)
+        : steps(std::move(dialogSteps))
     {
         Await();
     }
@@ -23,16 +24,16 @@ public:
     DialogScript& operator=(const DialogScript&) = delete;
 
     /// Returns the number of dialogs that were shown.
-    int Seen() const { return seen; }
-    /// Whether each step ran and no other dialog was shown.
-    bool IsPlayedOut() const { return seen == static_cast<int>(steps.size()); }
+    int Shown() const { return shown; }
+    /// Returns whether each step ran and no other dialog was shown.
+    bool IsComplete() const { return shown == static_cast<int>(steps.size()); }
 
 private:
     void Await()
     {
         actors.push_back(std::make_unique<ModalActor>([this](QWidget* dialog) {
-            const auto number = static_cast<std::size_t>(seen);
-            ++seen;
+            const auto number = static_cast<std::size_t>(shown);
+            ++shown;
             Await();
             const QPointer<QDialog> open(static_cast<QDialog*>(dialog));
             if (number < steps.size()) {
@@ -46,5 +47,5 @@ private:
 
     std::vector<std::function<void(QWidget*)>> steps;
     std::vector<std::unique_ptr<ModalActor>> actors;
-    int seen = 0;
+    int shown = 0;
 };

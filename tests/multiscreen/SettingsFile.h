@@ -27,7 +27,7 @@ inline QByteArray Content()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Returns the value of "key=" in that section; null if there is none.
+/// Returns the value of "key=" in that section, or null if there is none.
 inline QByteArray Value(const QByteArray& section, const QByteArray& key)
 {
     QByteArray current;

@@ -24,8 +24,8 @@ const QString START_CLICK = QStringLiteral("Click start app button.");
 const QString STOP_CLICK = QStringLiteral("Click stop app button.");
 const QString CORRUPTED = QStringLiteral("Tandra file corrupted.");
 
-constexpr int RUNS = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-constexpr int DOES_NOT_RUN = QFile::ReadOwner | QFile::WriteOwner;
+constexpr int EXECUTABLE = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+constexpr int NOT_EXECUTABLE = QFile::ReadOwner | QFile::WriteOwner;
 const QByteArray FOREVER = "exec sleep 60";
 
 AppManager& Manager()
@@ -43,7 +43,8 @@ QString EngineFolder()
     return EnginePath().section(QLatin1Char('/'), 0, -2);
 }
 
-void InstallEngine(const QByteArray& script, int permissions = RUNS, const QByteArray& shell = "/bin/sh")
+void InstallEngine(const QByteArray& script, int permissions = EXECUTABLE,
+                   const QByteArray& shell = "/bin/sh")
 {
     QDir().mkpath(EngineFolder());
     QFile file(EnginePath());
@@ -54,7 +55,7 @@ void InstallEngine(const QByteArray& script, int permissions = RUNS, const QByte
     file.setPermissions(static_cast<QFile::Permissions>(permissions));
 }
 
-/// The content of one of the manager's four signals.
+/// A signal of the manager with its arguments.
 struct Event
 {
     enum Signal
@@ -87,9 +88,9 @@ struct Event
     }
 };
 
-enum Display
+enum PageState
 {
-    AS_BEFORE,
+    UNCHANGED,
     IDLE,
     CASTING,
 };
@@ -110,21 +111,21 @@ private slots:
     void statesHaveTheirAppearance();
     void settingAStateTwiceChangesNothing_data();
     void settingAStateTwiceChangesNothing();
-    void signalsDecideTheShownState_data();
-    void signalsDecideTheShownState();
+    void signalsChangeThePageState_data();
+    void signalsChangeThePageState();
     void signalsOfAnotherThreadArriveQueued();
     void clickStartsTheEngine();
     void clickWhileCastingStopsTheEngine();
-    void clickRepeatsItsRequest();
+    void secondClickRepeatsTheRequest();
     void changeIsPaintedImmediately();
-    void clickOnAnyOtherTextStartsTheEngine_data();
-    void clickOnAnyOtherTextStartsTheEngine();
-    void castEndedByTheEngineIsStartedAgain();
+    void clickWithUnknownButtonTextStartsTheEngine_data();
+    void clickWithUnknownButtonTextStartsTheEngine();
+    void clickAfterStopReportRequestsAnotherStart();
     void crashReturnsToIdleWithoutAMessage();
-    void engineThatCannotRunOnlyLogs_data();
-    void engineThatCannotRunOnlyLogs();
-    void unusableEngineIsReported_data();
-    void unusableEngineIsReported();
+    void engineThatFailsToStartIsOnlyLogged_data();
+    void engineThatFailsToStartIsOnlyLogged();
+    void unusableEngineShowsWarning_data();
+    void unusableEngineShowsWarning();
     void otherMessageBoxSuppressesTheWarning();
     void signalsArriveWhileTheWarningIsOpen();
 
@@ -133,8 +134,8 @@ private:
     bool ShowsCasting() { return Button().text() == QStringLiteral("结束投屏"); }
     void Click() { QTest::mouseClick(&Button(), Qt::LeftButton); }
     /// Returns the button, the label and the image as one text.
-    QString Display() const;
-    void CompareDisplay(bool casting);
+    QString PageContent() const;
+    void VerifyPageState(bool casting);
 
     std::unique_ptr<CapturedLog> log;
     std::unique_ptr<MultiScreen> page;
@@ -155,11 +156,11 @@ void TestCastControl::cleanup()
     Singleton<AppManager>::Destroy();
     Singleton<TandraApp>::Destroy();
     log.reset();
-    QFile::setPermissions(EngineFolder(), static_cast<QFile::Permissions>(RUNS));
+    QFile::setPermissions(EngineFolder(), static_cast<QFile::Permissions>(EXECUTABLE));
     QDir(QStringLiteral("/opt/apps")).removeRecursively();
 }
 
-QString TestCastControl::Display() const
+QString TestCastControl::PageContent() const
 {
     const auto* button = Find<QPushButton>(*page, "PreScreenBtn");
     return QStringList({button->text(), button->styleSheet(), Find<QLabel>(*page, "ScreenLabel")->text(),
@@ -167,7 +168,7 @@ QString TestCastControl::Display() const
         .join(QLatin1Char('|'));
 }
 
-void TestCastControl::CompareDisplay(bool casting)
+void TestCastControl::VerifyPageState(bool casting)
 {
     QCOMPARE(Button().text(), casting ? QStringLiteral("结束投屏") : QStringLiteral("开始投屏"));
     QCOMPARE(Button().styleSheet(),
@@ -191,15 +192,15 @@ void TestCastControl::CompareDisplay(bool casting)
 
 void TestCastControl::newPageIsIdleInAnyStateOfTheEngine()
 {
-    CompareDisplay(false);
+    VerifyPageState(false);
     InstallEngine(FOREVER);
     QSignalSpy started(&Manager(), &AppManager::AppStarted);
     Manager().StartApp(AppManager::TANDRA_APP);
     QVERIFY(started.wait());
     Singleton<TandraApp>::GetInstance()->EventRunning();
-    CompareDisplay(true);
+    VerifyPageState(true);
     page = std::make_unique<MultiScreen>(nullptr);
-    CompareDisplay(false);
+    VerifyPageState(false);
 }
 
 void TestCastControl::statesHaveTheirAppearance_data()
@@ -214,12 +215,12 @@ void TestCastControl::statesHaveTheirAppearance()
     QFETCH(bool, casting);
     page->SetPreScreenStatus(!casting);
     page->SetPreScreenStatus(casting);
-    CompareDisplay(casting);
+    VerifyPageState(casting);
     // The result of the style sheet: the fill colour and, if there is one, the border.
-    const QImage picture = Button().grab().toImage();
+    const QImage image = Button().grab().toImage();
     const QColor blue(0x2B, 0x6F, 0xF2);
-    QCOMPARE(QColor(picture.pixel(16, 16)), casting ? QColor(Qt::white) : blue);
-    QCOMPARE(QColor(picture.pixel(56, 1)), blue);
+    QCOMPARE(QColor(image.pixel(16, 16)), casting ? QColor(Qt::white) : blue);
+    QCOMPARE(QColor(image.pixel(56, 1)), blue);
 }
 
 void TestCastControl::settingAStateTwiceChangesNothing_data()
@@ -232,13 +233,13 @@ void TestCastControl::settingAStateTwiceChangesNothing()
     QFETCH(bool, casting);
     page->SetPreScreenStatus(casting);
     page->SetPreScreenStatus(casting);
-    CompareDisplay(casting);
+    VerifyPageState(casting);
 }
 
-void TestCastControl::signalsDecideTheShownState_data()
+void TestCastControl::signalsChangeThePageState_data()
 {
     QTest::addColumn<Event>("event");
-    QTest::addColumn<int>("display");
+    QTest::addColumn<int>("state");
     QTest::addColumn<QString>("level");
     QTest::addColumn<QString>("line");
     const auto engine = AppManager::TANDRA_APP;
@@ -247,42 +248,42 @@ void TestCastControl::signalsDecideTheShownState_data()
     const QString failed = QStringLiteral("Tandra startup failed.");
     const QString finished = QStringLiteral("Process finished, id %1.");
     const auto row = [](const char* name, Event::Signal signal, AppManager::AppType type, int detail,
-                        int display, const QString& level = QString(), const QString& line = QString()) {
-        QTest::newRow(name) << Event{signal, type, detail} << display << level << line;
+                        int state, const QString& level = QString(), const QString& line = QString()) {
+        QTest::newRow(name) << Event{signal, type, detail} << state << level << line;
     };
-    row("started", Event::STARTED, engine, 0, AS_BEFORE, INFO, started);
-    row("other started", Event::STARTED, other, 0, AS_BEFORE);
-    row("reports init", Event::REPORT, engine, AppManager::APP_EVENT_INITED, AS_BEFORE);
+    row("started", Event::STARTED, engine, 0, UNCHANGED, INFO, started);
+    row("other started", Event::STARTED, other, 0, UNCHANGED);
+    row("reports init", Event::REPORT, engine, AppManager::APP_EVENT_INITED, UNCHANGED);
     row("reports run", Event::REPORT, engine, AppManager::APP_EVENT_RUNNING, CASTING);
     row("reports stop", Event::REPORT, engine, AppManager::APP_EVENT_STOPPED, IDLE);
-    row("other reports init", Event::REPORT, other, AppManager::APP_EVENT_INITED, AS_BEFORE);
-    row("other reports run", Event::REPORT, other, AppManager::APP_EVENT_RUNNING, AS_BEFORE);
-    row("other reports stop", Event::REPORT, other, AppManager::APP_EVENT_STOPPED, AS_BEFORE);
+    row("other reports init", Event::REPORT, other, AppManager::APP_EVENT_INITED, UNCHANGED);
+    row("other reports run", Event::REPORT, other, AppManager::APP_EVENT_RUNNING, UNCHANGED);
+    row("other reports stop", Event::REPORT, other, AppManager::APP_EVENT_STOPPED, UNCHANGED);
     row("finished", Event::FINISHED, engine, 0, IDLE, INFO, finished.arg(0));
     row("finished with a code", Event::FINISHED, engine, -3, IDLE, INFO, finished.arg(-3));
-    row("other finished", Event::FINISHED, other, 7, AS_BEFORE, INFO, finished.arg(7));
+    row("other finished", Event::FINISHED, other, 7, UNCHANGED, INFO, finished.arg(7));
     row("failed to start", Event::ERROR_OCCURRED, engine, QProcess::FailedToStart, IDLE, ERROR, failed);
-    row("other failed to start", Event::ERROR_OCCURRED, other, QProcess::FailedToStart, AS_BEFORE, ERROR,
+    row("other failed to start", Event::ERROR_OCCURRED, other, QProcess::FailedToStart, UNCHANGED, ERROR,
         failed);
     for (const auto error : {QProcess::Crashed, QProcess::Timedout, QProcess::ReadError, QProcess::WriteError,
                              QProcess::UnknownError}) {
         row(qPrintable(QStringLiteral("error %1").arg(error)), Event::ERROR_OCCURRED, engine, error, IDLE);
         row(qPrintable(QStringLiteral("other error %1").arg(error)), Event::ERROR_OCCURRED, other, error,
-            AS_BEFORE);
+            UNCHANGED);
     }
 }
 
-void TestCastControl::signalsDecideTheShownState()
+void TestCastControl::signalsChangeThePageState()
 {
     QFETCH(Event, event);
-    QFETCH(int, display);
+    QFETCH(int, state);
     QFETCH(QString, level);
     QFETCH(QString, line);
     for (const bool casting : {false, true}) {
         page->SetPreScreenStatus(casting);
         log->Clear();
         event.Emit();
-        CompareDisplay(display == AS_BEFORE ? casting : display == CASTING);
+        VerifyPageState(state == UNCHANGED ? casting : state == CASTING);
         COMPARE_LISTS(log->Messages(), line.isEmpty() ? QStringList() : QStringList(line));
         QVERIFY(line.isEmpty() || log->Contains(level, VELODESK, line));
     }
@@ -295,10 +296,10 @@ void TestCastControl::signalsOfAnotherThreadArriveQueued()
         std::thread([event] { event.Emit(); }).join();
     };
     emitElsewhere({Event::REPORT, AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING});
-    CompareDisplay(false);
+    VerifyPageState(false);
     QTRY_VERIFY(ShowsCasting());
     emitElsewhere({Event::ERROR_OCCURRED, AppManager::TANDRA_APP, QProcess::FailedToStart});
-    CompareDisplay(true);
+    VerifyPageState(true);
     QTRY_VERIFY(!ShowsCasting());
     emitElsewhere({Event::STARTED, AppManager::TANDRA_APP, 0});
     emitElsewhere({Event::FINISHED, AppManager::TANDRA_APP, 5});
@@ -314,11 +315,11 @@ void TestCastControl::clickStartsTheEngine()
     Click();
     COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({START_CLICK, QStringLiteral("start app[0]")}));
     QVERIFY(log->Contains(INFO, VELODESK, START_CLICK));
-    CompareDisplay(false);
+    VerifyPageState(false);
     QVERIFY(started.wait());
     QVERIFY(log->Contains(INFO, VELODESK, QStringLiteral("App started.")));
     // The engine runs, but no phone is connected yet.
-    CompareDisplay(false);
+    VerifyPageState(false);
     QCOMPARE(log->Count(CORRUPTED), 0);
 }
 
@@ -330,40 +331,40 @@ void TestCastControl::clickWhileCastingStopsTheEngine()
     Click();
     QVERIFY(started.wait());
     Singleton<TandraApp>::GetInstance()->EventRunning();
-    CompareDisplay(true);
+    VerifyPageState(true);
     log->Clear();
     Click();
     COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({STOP_CLICK, QStringLiteral("stop app[0]")}));
     QVERIFY(log->Contains(INFO, VELODESK, STOP_CLICK));
     // The click does not wait: the casting state is shown until the end is reported.
     QCOMPARE(finished.count(), 0);
-    CompareDisplay(true);
+    VerifyPageState(true);
     QVERIFY(finished.wait());
-    CompareDisplay(false);
+    VerifyPageState(false);
     QCOMPARE(log->Messages().filter(QStringLiteral("Process finished")).size(), 1);
     QCOMPARE(log->Messages().filter(QStringLiteral("kill process")).size(), 0);
 }
 
-void TestCastControl::clickRepeatsItsRequest()
+void TestCastControl::secondClickRepeatsTheRequest()
 {
     InstallEngine(FOREVER);
     Click();
     Click();
     QCOMPARE(log->Count(START_CLICK), 2);
     QCOMPARE(log->Count(QStringLiteral("start app[0]")), 2);
-    CompareDisplay(false);
+    VerifyPageState(false);
     page->SetPreScreenStatus(true);
     Click();
     Click();
     QCOMPARE(log->Count(STOP_CLICK), 2);
     QCOMPARE(log->Count(QStringLiteral("stop app[0]")), 2);
-    CompareDisplay(true);
+    VerifyPageState(true);
 }
 
 void TestCastControl::changeIsPaintedImmediately()
 {
-    // The widgets are painted one by one, otherwise Qt paints the area between them too.
-    class Order : public QObject
+    // The page repaints each widget separately. Otherwise Qt would paint the area between them too.
+    class PaintOrder : public QObject
     {
     public:
         QStringList painted;
@@ -378,24 +379,24 @@ void TestCastControl::changeIsPaintedImmediately()
         }
     } order;
     QVERIFY(QTest::qWaitForWindowExposed(page.get()));
-    const QStringList places{QStringLiteral("PreScreenBtn"), QStringLiteral("ScreenLabel"),
-                             QStringLiteral("StatusFrame")};
-    for (const QString& place : places) {
-        Find(*page, place.toLatin1().constData())->installEventFilter(&order);
+    const QStringList names{QStringLiteral("PreScreenBtn"), QStringLiteral("ScreenLabel"),
+                            QStringLiteral("StatusFrame")};
+    for (const QString& name : names) {
+        Find(*page, name.toLatin1().constData())->installEventFilter(&order);
     }
     page->SetPreScreenStatus(true);
-    QCOMPARE(order.painted, places);
+    QCOMPARE(order.painted, names);
 }
 
-void TestCastControl::clickOnAnyOtherTextStartsTheEngine_data()
+void TestCastControl::clickWithUnknownButtonTextStartsTheEngine_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::newRow("nothing") << QString();
-    QTest::newRow("blank behind") << QStringLiteral("结束投屏 ");
-    QTest::newRow("something else") << QStringLiteral("stop");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("trailing space") << QStringLiteral("结束投屏 ");
+    QTest::newRow("other text") << QStringLiteral("stop");
 }
 
-void TestCastControl::clickOnAnyOtherTextStartsTheEngine()
+void TestCastControl::clickWithUnknownButtonTextStartsTheEngine()
 {
     QFETCH(QString, text);
     InstallEngine(FOREVER);
@@ -405,7 +406,7 @@ void TestCastControl::clickOnAnyOtherTextStartsTheEngine()
     QCOMPARE(Button().text(), text);
 }
 
-void TestCastControl::castEndedByTheEngineIsStartedAgain()
+void TestCastControl::clickAfterStopReportRequestsAnotherStart()
 {
     InstallEngine(FOREVER);
     QSignalSpy started(&Manager(), &AppManager::AppStarted);
@@ -413,10 +414,10 @@ void TestCastControl::castEndedByTheEngineIsStartedAgain()
     QVERIFY(started.wait());
     Singleton<TandraApp>::GetInstance()->EventRunning();
     Singleton<TandraApp>::GetInstance()->EventStopped();
-    CompareDisplay(false);
+    VerifyPageState(false);
     log->Clear();
     Click();
-    // The first process is still running, and another request is made.
+    // The first process still runs, and the click requests another start.
     COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, QStringLiteral("start app[0]"),
                                                 QStringLiteral("processVector size is 1"),
                                                 QStringLiteral("delete 0 invalid process")}));
@@ -430,46 +431,46 @@ void TestCastControl::crashReturnsToIdleWithoutAMessage()
     Click();
     page->SetPreScreenStatus(true);
     QTRY_COMPARE(error.count() + finished.count(), 2);
-    CompareDisplay(false);
+    VerifyPageState(false);
     QCOMPARE(log->Count(QStringLiteral("Tandra startup failed.")), 0);
 }
 
-void TestCastControl::engineThatCannotRunOnlyLogs_data()
+void TestCastControl::engineThatFailsToStartIsOnlyLogged_data()
 {
     QTest::addColumn<bool>("directory");
     QTest::newRow("its interpreter is missing") << false;
     QTest::newRow("it is a directory") << true;
 }
 
-void TestCastControl::engineThatCannotRunOnlyLogs()
+void TestCastControl::engineThatFailsToStartIsOnlyLogged()
 {
     QFETCH(bool, directory);
     if (directory) {
         QDir().mkpath(EnginePath());
     } else {
-        InstallEngine(QByteArray(), RUNS, "/nonexistent/sh");
+        InstallEngine(QByteArray(), EXECUTABLE, "/nonexistent/sh");
     }
-    DialogScript nobody({});
+    DialogScript noDialog({});
     QSignalSpy error(&Manager(), &AppManager::AppError);
     Click();
     QTRY_COMPARE(error.count(), 1);
     QVERIFY(log->Contains(ERROR, VELODESK, QStringLiteral("Tandra startup failed.")));
     QCOMPARE(log->Count(CORRUPTED), 0);
-    CompareDisplay(false);
+    VerifyPageState(false);
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
-    QVERIFY(nobody.IsPlayedOut());
+    QVERIFY(noDialog.IsComplete());
 }
 
-void TestCastControl::unusableEngineIsReported_data()
+void TestCastControl::unusableEngineShowsWarning_data()
 {
     QTest::addColumn<int>("filePermissions");
     QTest::addColumn<int>("folderPermissions");
-    QTest::newRow("absent") << -1 << RUNS;
-    QTest::newRow("not executable") << DOES_NOT_RUN << RUNS;
-    QTest::newRow("folder cannot be searched") << RUNS << DOES_NOT_RUN;
+    QTest::newRow("absent") << -1 << EXECUTABLE;
+    QTest::newRow("not executable") << NOT_EXECUTABLE << EXECUTABLE;
+    QTest::newRow("folder cannot be searched") << EXECUTABLE << NOT_EXECUTABLE;
 }
 
-void TestCastControl::unusableEngineIsReported()
+void TestCastControl::unusableEngineShowsWarning()
 {
     QFETCH(int, filePermissions);
     QFETCH(int, folderPermissions);
@@ -477,7 +478,7 @@ void TestCastControl::unusableEngineIsReported()
         InstallEngine(FOREVER, filePermissions);
         QVERIFY(QFile::setPermissions(EngineFolder(), static_cast<QFile::Permissions>(folderPermissions)));
     }
-    const QString before = Display();
+    const QString before = PageContent();
     DialogScript script({[this](QWidget* dialog) {
         auto* box = qobject_cast<VeloMessageBox*>(dialog);
         QVERIFY(box != nullptr);
@@ -492,10 +493,10 @@ void TestCastControl::unusableEngineIsReported()
         QTest::mouseClick(Find(*box, "btnRight"), Qt::LeftButton);
     }});
     Click();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, CORRUPTED}));
     QVERIFY(log->Contains(ERROR, VELODESK, CORRUPTED));
-    QCOMPARE(Display(), before);
+    QCOMPARE(PageContent(), before);
     QCOMPARE(Button().text(), QStringLiteral("开始投屏"));
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
@@ -503,19 +504,19 @@ void TestCastControl::unusableEngineIsReported()
 void TestCastControl::otherMessageBoxSuppressesTheWarning()
 {
     {
-        DialogScript nobody({});
+        DialogScript noDialog({});
         const VeloMessageBox other(nullptr);
         Click();
         COMPARE_LISTS(log->Messages(), QStringList(START_CLICK));
-        CompareDisplay(false);
-        QVERIFY(nobody.IsPlayedOut());
+        VerifyPageState(false);
+        QVERIFY(noDialog.IsComplete());
     }
-    // After its destruction the warning is shown.
+    // After the other message box was destroyed, the warning is shown.
     DialogScript script({[](QWidget* dialog) {
         dialog->close();
     }});
     Click();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     COMPARE_LISTS(log->Messages(), QStringList({START_CLICK, START_CLICK, CORRUPTED}));
 }
 
@@ -523,12 +524,12 @@ void TestCastControl::signalsArriveWhileTheWarningIsOpen()
 {
     DialogScript script({[this](QWidget* dialog) {
         Event{Event::REPORT, AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING}.Emit();
-        CompareDisplay(true);
+        VerifyPageState(true);
         dialog->close();
     }});
     Click();
-    QVERIFY(script.IsPlayedOut());
-    CompareDisplay(true);
+    QVERIFY(script.IsComplete());
+    VerifyPageState(true);
 }
 
 SANDBOXED_QTEST_MAIN(TestCastControl)

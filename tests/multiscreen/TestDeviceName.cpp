@@ -24,7 +24,7 @@ constexpr int LABEL_WIDTH = 82;
 constexpr int PENCIL_WIDTH = 16;
 constexpr QPoint BACKGROUND(40, 420);
 
-QString Changed(const QString& from, const QString& to)
+QString ChangeLine(const QString& from, const QString& to)
 {
     return QStringLiteral("PC device name changed! oldName: %1; newName: %2").arg(from, to);
 }
@@ -73,13 +73,13 @@ private slots:
     void invalidCommittedTextIsRejectedAsAWhole();
     void longNameIsCutImmediately_data();
     void longNameIsCutImmediately();
-    void cutRemovesTheEndWhereverTheCursorIs();
+    void cutRemovesTheEndAtAnyCursorPosition();
     void pastedTextIsCut();
     void fieldHasTheWidthOfTheTypedText();
     void emptiedFieldShowsThePreviousName();
     void rowIsCentred_data();
     void rowIsCentred();
-    void pencilStopsAt320();
+    void pencilPositionIsAtMost320();
     void endOfAnEditStoresTheName_data();
     void endOfAnEditStoresTheName();
     void unchangedNameIsStoredWithoutALogLine_data();
@@ -87,7 +87,7 @@ private slots:
     void emptyNameRestoresThePreviousName_data();
     void emptyNameRestoresThePreviousName();
     void changeWithoutAnEditIsNotLogged();
-    void pressBesideAClosedFieldStoresNothing();
+    void pressOutsideOfAClosedFieldStoresNothing();
     void rejectedTextIsNotStored();
     void editIsNotInterruptedByTheCastState_data();
     void editIsNotInterruptedByTheCastState();
@@ -105,11 +105,11 @@ private:
     void Commit(const QString& text);
     int Width(const QString& text) const { return page->fontMetrics().horizontalAdvance(text) + 7; }
     void CompareClosed(const QString& name);
-    void AddEnds();
+    void AddWaysToEndTheEdit();
 
     std::unique_ptr<CapturedLog> log;
     std::unique_ptr<MultiScreen> page;
-    std::unique_ptr<QWidget> neighbour;
+    std::unique_ptr<QWidget> otherWindow;
 };
 
 Q_DECLARE_METATYPE(std::function<void()>)
@@ -123,7 +123,7 @@ void TestDeviceName::init()
 
 void TestDeviceName::cleanup()
 {
-    neighbour.reset();
+    otherWindow.reset();
     page.reset();
     log.reset();
     QFile::setPermissions(SettingsFile::Path(), QFile::ReadOwner | QFile::WriteOwner);
@@ -165,8 +165,8 @@ void TestDeviceName::storedNameIsShown_data()
 {
     QTest::addColumn<QByteArray>("stored");
     QTest::addColumn<QString>("name");
-    const auto row = [](const char* name, const char* stored, const char* taken) {
-        QTest::newRow(name) << QByteArray(stored) << QString::fromUtf8(taken);
+    const auto row = [](const char* name, const char* stored, const char* shown) {
+        QTest::newRow(name) << QByteArray(stored) << QString::fromUtf8(shown);
     };
     row("plain", "My_PC-1", "My_PC-1");
     row("empty", "", "Tandra");
@@ -175,7 +175,7 @@ void TestDeviceName::storedNameIsShown_data()
     row("long dash of the help text", "my—pc", "Tandra");
     row("first and last of the range", "一龥", "一龥");
     row("before the range", "䷿", "Tandra");
-    row("behind the range", "龦", "Tandra");
+    row("after the range", "龦", "Tandra");
     row("not UTF-8", "PC\xff", "Tandra");
     row("five Chinese", "维乐电脑一", "维乐电脑一");
     row("six Chinese", "维乐电脑一二", "维乐电脑一");
@@ -184,8 +184,8 @@ void TestDeviceName::storedNameIsShown_data()
     row("two Chinese and nine Latin", "维乐abcdefghi", "维乐abcdefghi");
     row("three Chinese and seven Latin", "维乐机abcdefg", "维乐机abcdef");
     row("eleven Latin and two Chinese", "abcdefghijk维乐", "abcdefghijk维");
-    row("bad only behind the fifteenth", "abcdefghijklmno !", "abcdefghijklmno");
-    row("bad at the fifteenth", "abcdefghijklmn o", "Tandra");
+    row("invalid only after the fifteenth", "abcdefghijklmno !", "abcdefghijklmno");
+    row("invalid at the fifteenth", "abcdefghijklmn o", "Tandra");
 }
 
 void TestDeviceName::storedNameIsShown()
@@ -258,10 +258,10 @@ void TestDeviceName::invalidCharactersAreRejectedWhileTyping_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("text");
     QTest::newRow("letters and digits") << QStringLiteral("azAZ09") << QStringLiteral("azAZ09");
-    QTest::newRow("the two marks") << QStringLiteral("a_b-c") << QStringLiteral("a_b-c");
+    QTest::newRow("underscore and hyphen") << QStringLiteral("a_b-c") << QStringLiteral("a_b-c");
     QTest::newRow("blanks") << QStringLiteral(" a b ") << QStringLiteral("ab");
-    QTest::newRow("signs") << QStringLiteral("!a@b#c$d%e^f&g*(") << QStringLiteral("abcdefg");
-    QTest::newRow("neighbours in the table") << QStringLiteral("`a{@A[/0:") << QStringLiteral("aA0");
+    QTest::newRow("punctuation") << QStringLiteral("!a@b#c$d%e^f&g*(") << QStringLiteral("abcdefg");
+    QTest::newRow("adjacent ASCII characters") << QStringLiteral("`a{@A[/0:") << QStringLiteral("aA0");
 }
 
 void TestDeviceName::invalidCharactersAreRejectedWhileTyping()
@@ -318,8 +318,8 @@ void TestDeviceName::longNameIsCutImmediately_data()
     row("four Chinese, two Latin, Chinese", "维乐电脑ab", "一", "维乐电脑ab");
     row("two Chinese and nine Latin", "维乐", "abcdefghi", "维乐abcdefghi");
     row("two Chinese and ten Latin", "维乐abcdefghi", "j", "维乐abcdefghi");
-    row("much at once", "", "一二三四五六七八九十一二三四五六七", "一二三四五");
-    row("mixed at once", "", "a一b二c三d四e五f", "a一b二c三d");
+    row("many in one commit", "", "一二三四五六七八九十一二三四五六七", "一二三四五");
+    row("mixed in one commit", "", "a一b二c三d四e五f", "a一b二c三d");
 }
 
 void TestDeviceName::longNameIsCutImmediately()
@@ -335,13 +335,13 @@ void TestDeviceName::longNameIsCutImmediately()
     CompareClosed(text);
 }
 
-void TestDeviceName::cutRemovesTheEndWhereverTheCursorIs()
+void TestDeviceName::cutRemovesTheEndAtAnyCursorPosition()
 {
     Rewrite(QStringLiteral("abcdefghijklmno"));
     QTest::keyClick(&Field(), Qt::Key_Home);
     QTest::keyClicks(&Field(), QStringLiteral("X"));
     QCOMPARE(Field().text(), QStringLiteral("Xabcdefghijklmn"));
-    // The position that setText() leaves.
+    // setText() moves the cursor to the end.
     QCOMPARE(Field().cursorPosition(), 15);
 }
 
@@ -363,7 +363,7 @@ void TestDeviceName::fieldHasTheWidthOfTheTypedText()
         QTest::keyClicks(&Field(), QString(letter));
         QCOMPARE(Field().size(), QSize(Width(typed), 20));
     }
-    // One character too many: it is included in the width although it is cut off, until the next edit.
+    // One more character is cut off, but the width includes it until the next edit.
     QTest::keyClicks(&Field(), QStringLiteral("W"));
     QCOMPARE(Field().text(), typed);
     QCOMPARE(Field().size(), QSize(Width(typed + QStringLiteral("W")), 20));
@@ -388,7 +388,7 @@ void TestDeviceName::rowIsCentred_data()
     QTest::newRow("Latin") << QStringLiteral("My_PC-1") << 12;
     QTest::newRow("Latin, other font") << QStringLiteral("My_PC-12") << 13;
     QTest::newRow("Chinese") << QStringLiteral("维乐电脑一") << 12;
-    // Wider than the row: the division rounds towards zero on both sides.
+    // These names are wider than the row. The division rounds towards zero on both sides.
     QTest::newRow("wide") << QStringLiteral("WWWWWWWWWWWWWWW") << 40;
     QTest::newRow("wide, other font") << QStringLiteral("WWWWWWWWWWWWWWi") << 41;
     QTest::newRow("wide, third font") << QStringLiteral("WWWWWWWWWWWWWii") << 43;
@@ -413,13 +413,13 @@ void TestDeviceName::rowIsCentred()
     QCOMPARE(spare < 0, pixelSize >= 40);
 }
 
-void TestDeviceName::pencilStopsAt320()
+void TestDeviceName::pencilPositionIsAtMost320()
 {
     QFont font = page->font();
     font.setPixelSize(20);
     page->setFont(font);
     bool before = false;
-    bool behind = false;
+    bool after = false;
     for (int count = 1; count <= 15; ++count) {
         const QString name(count, QLatin1Char('W'));
         Rewrite(name);
@@ -427,12 +427,12 @@ void TestDeviceName::pencilStopsAt320()
         const int end = Field().geometry().x() + Width(name);
         QCOMPARE(Pencil().x(), end > 320 ? 320 : end);
         before = before || end < 320;
-        behind = behind || end > 320;
+        after = after || end > 320;
     }
-    QVERIFY(before && behind);
+    QVERIFY(before && after);
 }
 
-void TestDeviceName::AddEnds()
+void TestDeviceName::AddWaysToEndTheEdit()
 {
     QTest::addColumn<std::function<void()>>("end");
     const auto row = [](const char* name, std::function<void()> end) {
@@ -440,12 +440,12 @@ void TestDeviceName::AddEnds()
     };
     row("Return", [this] { Return(); });
     row("Enter", [this] { QTest::keyClick(&Field(), Qt::Key_Enter); });
-    row("focus taken away", [this] { Field().clearFocus(); });
+    row("focus lost", [this] { Field().clearFocus(); });
     row("another window", [this] {
-        neighbour = std::make_unique<QWidget>();
-        neighbour->show();
-        neighbour->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(neighbour.get()));
+        otherWindow = std::make_unique<QWidget>();
+        otherWindow->show();
+        otherWindow->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(otherWindow.get()));
     });
     row("press on the page", [this] { SendMouse(*page, QEvent::MouseButtonPress, BACKGROUND); });
     row("click on the background",
@@ -457,14 +457,14 @@ void TestDeviceName::AddEnds()
         QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                           label->mapTo(page.get(), label->rect().center()));
     });
-    row("click on the status picture", [this] {
+    row("click on the status image", [this] {
         QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(360, 200));
     });
 }
 
 void TestDeviceName::endOfAnEditStoresTheName_data()
 {
-    AddEnds();
+    AddWaysToEndTheEdit();
 }
 
 void TestDeviceName::endOfAnEditStoresTheName()
@@ -475,7 +475,7 @@ void TestDeviceName::endOfAnEditStoresTheName()
     log->Clear();
     end();
     CompareClosed(QStringLiteral("新new"));
-    const QString line = Changed(QStringLiteral("Old"), QStringLiteral("新new"));
+    const QString line = ChangeLine(QStringLiteral("Old"), QStringLiteral("新new"));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("device name")), QStringList(line));
     QVERIFY(log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), line));
     // The next edit begins with that name.
@@ -484,12 +484,12 @@ void TestDeviceName::endOfAnEditStoresTheName()
     Rewrite(QStringLiteral("Next"));
     Return();
     QCOMPARE(log->Messages().filter(QStringLiteral("device name")).last(),
-             Changed(QStringLiteral("新new"), QStringLiteral("Next")));
+             ChangeLine(QStringLiteral("新new"), QStringLiteral("Next")));
 }
 
 void TestDeviceName::unchangedNameIsStoredWithoutALogLine_data()
 {
-    AddEnds();
+    AddWaysToEndTheEdit();
 }
 
 void TestDeviceName::unchangedNameIsStoredWithoutALogLine()
@@ -505,7 +505,7 @@ void TestDeviceName::unchangedNameIsStoredWithoutALogLine()
 
 void TestDeviceName::emptyNameRestoresThePreviousName_data()
 {
-    AddEnds();
+    AddWaysToEndTheEdit();
 }
 
 void TestDeviceName::emptyNameRestoresThePreviousName()
@@ -532,7 +532,7 @@ void TestDeviceName::changeWithoutAnEditIsNotLogged()
     }
 }
 
-void TestDeviceName::pressBesideAClosedFieldStoresNothing()
+void TestDeviceName::pressOutsideOfAClosedFieldStoresNothing()
 {
     StoreName("Other");
     QTest::mouseClick(page->windowHandle(), Qt::LeftButton, Qt::NoModifier, BACKGROUND);
@@ -581,7 +581,7 @@ void TestDeviceName::unwritableSettingsLeaveTheNewNameOnThePage()
     QCOMPARE(Field().text(), QStringLiteral("New"));
     QVERIFY(Pencil().isVisible());
     QCOMPARE(SettingsFile::DeviceName(), QByteArray("Old"));
-    // The new name is used nevertheless.
+    // The page still uses the new name.
     Rewrite(QString());
     Return();
     QCOMPARE(Field().text(), QStringLiteral("New"));

@@ -23,7 +23,7 @@ constexpr int MENU = 1;
 struct Entry
 {
     QByteArray icon;
-    QByteArray picture;
+    QByteArray iconLabel;
     QByteArray text;
     QByteArray frame;
     QByteArray back;
@@ -46,10 +46,10 @@ private slots:
     void cleanup();
 
     void helpButtonShowsTheMenuAndReturnLeavesIt();
-    void iconAndTextLeadToTheSamePage_data();
-    void iconAndTextLeadToTheSamePage();
-    void returnLeadsToTheMenu_data();
-    void returnLeadsToTheMenu();
+    void iconAndTextOpenTheSamePage_data();
+    void iconAndTextOpenTheSamePage();
+    void returnButtonShowsTheMenu_data();
+    void returnButtonShowsTheMenu();
     void viewIsInItsFrame_data();
     void viewIsInItsFrame();
     void oneViewMovesBetweenTheFrames();
@@ -128,16 +128,16 @@ void TestHelpPages::helpButtonShowsTheMenuAndReturnLeavesIt()
     QCOMPARE(Index(), 0);
 }
 
-void TestHelpPages::iconAndTextLeadToTheSamePage_data()
+void TestHelpPages::iconAndTextOpenTheSamePage_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::iconAndTextLeadToTheSamePage()
+void TestHelpPages::iconAndTextOpenTheSamePage()
 {
     QFETCH(Entry, entry);
     QString shown;
-    for (const QByteArray& name : {entry.icon, entry.text, entry.picture}) {
+    for (const QByteArray& name : {entry.icon, entry.text, entry.iconLabel}) {
         page->ClickHelpBtn();
         ClickOn(name);
         QCOMPARE(Index(), entry.index);
@@ -150,12 +150,12 @@ void TestHelpPages::iconAndTextLeadToTheSamePage()
     COMPARE_LISTS(log->Messages(), QStringList());
 }
 
-void TestHelpPages::returnLeadsToTheMenu_data()
+void TestHelpPages::returnButtonShowsTheMenu_data()
 {
     AddEntries();
 }
 
-void TestHelpPages::returnLeadsToTheMenu()
+void TestHelpPages::returnButtonShowsTheMenu()
 {
     QFETCH(Entry, entry);
     Click(entry.text);
@@ -227,7 +227,7 @@ void TestHelpPages::textIsLoadedAgainAtTheTop()
     QScrollBar* bar = View(entry.frame)->verticalScrollBar();
     QTRY_VERIFY(bar->maximum() > 0);
     QCOMPARE(bar->value(), 0);
-    // This holds for any line height.
+    // The view shows the top at each line height.
     for (int pixelSize = 8; pixelSize < 24; ++pixelSize) {
         QFont font = page->font();
         font.setPixelSize(pixelSize);
@@ -331,7 +331,7 @@ void TestHelpPages::otherEventsDoNotChangeTheText()
     QCOMPARE(TextStyle(entry), HOVER_STYLE);
     QCoreApplication::sendEvent(icon, &leave);
     // Entering other widgets has no effect either.
-    QCoreApplication::sendEvent(Find(*page, entry.picture.constData()), &enter);
+    QCoreApplication::sendEvent(Find(*page, entry.iconLabel.constData()), &enter);
     QCoreApplication::sendEvent(page.get(), &enter);
     QCOMPARE(TextStyle(entry), HELP_TEXT_STYLE);
 }

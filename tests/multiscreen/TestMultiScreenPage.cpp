@@ -34,12 +34,12 @@ const QString HELP_TEXT = QStringLiteral(
     "QPushButton {color: #1F1F1F;}QPushButton:hover {color: #2B6FF2;}QPushButton:pressed {color: #2B6FF2;}");
 
 /// Returns the rules of a style sheet without white space.
-QString Dense(QString styleSheet)
+QString WithoutSpaces(QString styleSheet)
 {
     return styleSheet.remove(QLatin1Char('\n')).remove(QLatin1Char(' '));
 }
 
-QString ThreePictures(const char* normal, const char* hover, const char* pressed)
+QString ThreeImages(const char* normal, const char* hover, const char* pressed)
 {
     return QStringLiteral("QPushButton{border-image:url(:/velo/%1);}"
                           "QPushButton:hover{border-image:url(:/velo/%2);}"
@@ -47,8 +47,8 @@ QString ThreePictures(const char* normal, const char* hover, const char* pressed
         .arg(QLatin1String(normal), QLatin1String(hover), QLatin1String(pressed));
 }
 
-const QString RETURN_BTN = ThreePictures("normalreturnbtn", "hoverreturnbtn", "pressreturnbtn");
-const QString PENCIL = ThreePictures("normaleditbtn", "hovereditbtn", "presseditbtn");
+const QString RETURN_BTN = ThreeImages("normalreturnbtn", "hoverreturnbtn", "pressreturnbtn");
+const QString PENCIL = ThreeImages("normaleditbtn", "hovereditbtn", "presseditbtn");
 const QString SMALL_BTN = QStringLiteral(
     "QPushButton{background-color:#FFFFFF;border:1pxsolid#DBDBDB;border-radius:12px;color:#1F1F1F;}"
     "QPushButton:hover{border:1pxsolid#959595;}"
@@ -187,7 +187,7 @@ void TestMultiScreenPage::stackHasFivePages()
         QCOMPARE(stack->widget(i)->objectName(), QStringLiteral("page%1").arg(i + 1));
         rules += QStringLiteral("#page%1{border-bottom-right-radius:20px;}").arg(i + 1);
     }
-    QCOMPARE(Dense(stack->styleSheet()),
+    QCOMPARE(WithoutSpaces(stack->styleSheet()),
              QStringLiteral("#ScreenWidget{border-bottom-right-radius:20px;}") + rules);
     QCOMPARE(stack->font().family(), QStringLiteral("Noto Sans"));
     QCOMPARE(stack->font().weight(), 50);
@@ -263,7 +263,7 @@ void TestMultiScreenPage::widgetsHaveTheirParentAndGeometry()
     QCOMPARE(widget->geometry(), geometry);
     QCOMPARE(widget->property("text").toString(), text);
     if (!styleSheet.isEmpty()) {
-        QCOMPARE(Dense(widget->styleSheet()), Dense(styleSheet));
+        QCOMPARE(WithoutSpaces(widget->styleSheet()), WithoutSpaces(styleSheet));
     }
 }
 
@@ -278,7 +278,7 @@ void TestMultiScreenPage::nameRowIsBuilt()
     QCOMPARE(Find(*page, "NameEditBtn")->size(), QSize(16, 16));
     QCOMPARE(field->styleSheet(), NAME);
     QCOMPARE(label->styleSheet(), NAME);
-    QCOMPARE(Dense(Find(*page, "NameEditBtn")->styleSheet()), PENCIL);
+    QCOMPARE(WithoutSpaces(Find(*page, "NameEditBtn")->styleSheet()), PENCIL);
     QCOMPARE(field->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignLeft);
     QCOMPARE(label->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignRight);
     QCOMPARE(label->text(), QStringLiteral("PC设备名称："));
@@ -333,7 +333,7 @@ void TestMultiScreenPage::fontsAreSet()
     QCOMPARE(font.family(), QStringLiteral("Noto Sans CJK SC"));
     QCOMPARE(font.pixelSize(), pixelSize);
     QCOMPARE(font.weight(), weight);
-    // QFont stores it in 64ths of a pixel.
+    // QFont stores the spacing in 64ths of a pixel.
     QVERIFY2(qAbs(font.letterSpacing() - spacing) < 1.0 / 64,
              qPrintable(QString::number(font.letterSpacing())));
     QCOMPARE(font.letterSpacingType(), QFont::AbsoluteSpacing);
@@ -524,10 +524,10 @@ void TestMultiScreenPage::iconButtonsOfAllWindowsHaveChineseNames()
     const ProtocolWin agreement(nullptr);
     const VeloMessageBox box(nullptr);
     const AboutWin about(nullptr);
-    QMap<QString, int> seen;
+    QMap<QString, int> counts;
     for (const QWidget* window : QApplication::allWidgets()) {
         const auto* button = qobject_cast<const QAbstractButton*>(window);
-        // The two covers make the corners square without shadow; they are not for pressing.
+        // Skips the two covers, which make the corners square without shadow and have no action.
         if (button == nullptr || !button->text().isEmpty() ||
             button->objectName().startsWith(QLatin1String("justCover"))) {
             continue;
@@ -536,15 +536,15 @@ void TestMultiScreenPage::iconButtonsOfAllWindowsHaveChineseNames()
             QAccessible::queryAccessibleInterface(const_cast<QAbstractButton*>(button));
         const QString name = accessible->text(QAccessible::Name);
         QVERIFY2(IsChinese(name), qPrintable(button->objectName() + QLatin1Char(' ') + name));
-        ++seen[name];
+        ++counts[name];
     }
-    // The buttons of the main window, the agreement, the message box and the exit question.
-    QCOMPARE(seen.value(QStringLiteral("关闭")), 4);
-    QCOMPARE(seen.value(QStringLiteral("最小化")), 2);
-    QCOMPARE(seen.value(QStringLiteral("菜单")), 1);
-    QCOMPARE(seen.value(QStringLiteral("同意条款")), 1);
-    QVERIFY(seen.value(QStringLiteral("返回")) >= 4);
-    QVERIFY(seen.value(QStringLiteral("修改设备名称")) >= 1);
+    // One button each in the main window, the agreement, the message box and the exit question.
+    QCOMPARE(counts.value(QStringLiteral("关闭")), 4);
+    QCOMPARE(counts.value(QStringLiteral("最小化")), 2);
+    QCOMPARE(counts.value(QStringLiteral("菜单")), 1);
+    QCOMPARE(counts.value(QStringLiteral("同意条款")), 1);
+    QVERIFY(counts.value(QStringLiteral("返回")) >= 4);
+    QVERIFY(counts.value(QStringLiteral("修改设备名称")) >= 1);
 }
 
 QTEST_MAIN(TestMultiScreenPage)

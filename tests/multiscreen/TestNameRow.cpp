@@ -13,7 +13,7 @@
 #include "support/Widgets.h"
 
 namespace {
-constexpr int ROOM_TO_SPARE = 400;
+constexpr int WIDE_FIELD_WIDTH = 400;
 
 QImage OnWhite(QWidget& widget)
 {
@@ -24,14 +24,14 @@ QImage OnWhite(QWidget& widget)
     return image;
 }
 
-/// Whether `seen` contains every non-background pixel of `wanted`; additional pixels, such as a cursor, are
-/// allowed.
-bool HoldsInk(const QImage& seen, const QImage& wanted)
+/// Returns whether `actual` contains every non-background pixel of `expected`. It can contain additional
+/// pixels, such as a cursor.
+bool ContainsInk(const QImage& actual, const QImage& expected)
 {
-    for (int y = 0; y < wanted.height(); ++y) {
-        for (int x = 0; x < wanted.width(); ++x) {
-            const QRgb ink = wanted.pixel(x, y);
-            if (ink != qRgb(0xFF, 0xFF, 0xFF) && (!seen.valid(x, y) || seen.pixel(x, y) != ink)) {
+    for (int y = 0; y < expected.height(); ++y) {
+        for (int x = 0; x < expected.width(); ++x) {
+            const QRgb ink = expected.pixel(x, y);
+            if (ink != qRgb(0xFF, 0xFF, 0xFF) && (!actual.valid(x, y) || actual.pixel(x, y) != ink)) {
                 return false;
             }
         }
@@ -52,7 +52,7 @@ int LastInk(const QImage& image)
 }
 } // namespace
 
-/// Verifies that the name is shown to its last pixel.
+/// Verifies that the field shows all pixels of the name.
 class TestNameRow : public QObject
 {
     Q_OBJECT
@@ -65,19 +65,19 @@ private slots:
         log.reset();
     }
 
-    void nameIsShownWhole_data();
-    void nameIsShownWhole();
-    void nameIsShownWholeAfterEachTypedLetter_data() { nameIsShownWhole_data(); }
-    void nameIsShownWholeAfterEachTypedLetter();
-    void pencilCoversNothing_data() { nameIsShownWhole_data(); }
-    void pencilCoversNothing();
+    void nameIsShownCompletely_data();
+    void nameIsShownCompletely();
+    void nameIsShownCompletelyAfterEachTypedLetter_data() { nameIsShownCompletely_data(); }
+    void nameIsShownCompletelyAfterEachTypedLetter();
+    void pencilDoesNotCoverTheName_data() { nameIsShownCompletely_data(); }
+    void pencilDoesNotCoverTheName();
     void widgetsOnThePageKeepTheApplicationsFont();
 
 private:
     QLineEdit& Field() { return *Find<QLineEdit>(*page, "ComputerNameEdit"); }
     void Start(const QString& name);
     /// Returns the text as the field paints it in a wider field.
-    QImage Wanted(const QString& text);
+    QImage Expected(const QString& text);
 
     std::unique_ptr<CapturedLog> log;
     std::unique_ptr<MultiScreen> page;
@@ -92,19 +92,19 @@ void TestNameRow::Start(const QString& name)
     QCOMPARE(Field().text(), name);
 }
 
-QImage TestNameRow::Wanted(const QString& text)
+QImage TestNameRow::Expected(const QString& text)
 {
-    QLineEdit roomy(Field().parentWidget());
-    roomy.setStyleSheet(Field().styleSheet());
-    roomy.setFont(Field().font());
-    roomy.setAlignment(Field().alignment());
-    roomy.setEnabled(false);
-    roomy.setText(text);
-    roomy.resize(ROOM_TO_SPARE, Field().height());
-    return OnWhite(roomy);
+    QLineEdit wide(Field().parentWidget());
+    wide.setStyleSheet(Field().styleSheet());
+    wide.setFont(Field().font());
+    wide.setAlignment(Field().alignment());
+    wide.setEnabled(false);
+    wide.setText(text);
+    wide.resize(WIDE_FIELD_WIDTH, Field().height());
+    return OnWhite(wide);
 }
 
-void TestNameRow::nameIsShownWhole_data()
+void TestNameRow::nameIsShownCompletely_data()
 {
     QTest::addColumn<QString>("name");
     const QString letters = QStringLiteral("iWmj_-1gQ");
@@ -120,14 +120,14 @@ void TestNameRow::nameIsShownWhole_data()
     }
 }
 
-void TestNameRow::nameIsShownWhole()
+void TestNameRow::nameIsShownCompletely()
 {
     QFETCH(QString, name);
     Start(name);
-    QVERIFY(HoldsInk(OnWhite(Field()), Wanted(name)));
+    QVERIFY(ContainsInk(OnWhite(Field()), Expected(name)));
 }
 
-void TestNameRow::nameIsShownWholeAfterEachTypedLetter()
+void TestNameRow::nameIsShownCompletelyAfterEachTypedLetter()
 {
     QFETCH(QString, name);
     Start(QStringLiteral("Old"));
@@ -138,17 +138,17 @@ void TestNameRow::nameIsShownWholeAfterEachTypedLetter()
         event.setCommitString(name.mid(length - 1, 1));
         QCoreApplication::sendEvent(&Field(), &event);
         QCOMPARE(Field().text(), name.left(length));
-        QVERIFY2(HoldsInk(OnWhite(Field()), Wanted(Field().text())), qPrintable(Field().text()));
+        QVERIFY2(ContainsInk(OnWhite(Field()), Expected(Field().text())), qPrintable(Field().text()));
     }
 }
 
-void TestNameRow::pencilCoversNothing()
+void TestNameRow::pencilDoesNotCoverTheName()
 {
     QFETCH(QString, name);
     Start(name);
     const auto& pencil = *Find<QPushButton>(*page, "NameEditBtn");
     // The first column of the pencil's image is empty.
-    QVERIFY(Field().x() + LastInk(Wanted(name)) <= pencil.x());
+    QVERIFY(Field().x() + LastInk(Expected(name)) <= pencil.x());
 }
 
 void TestNameRow::widgetsOnThePageKeepTheApplicationsFont()

@@ -25,14 +25,14 @@ const QString VELODESK = QStringLiteral("VELODESK");
 const QString INFO = QStringLiteral("INFO");
 const QString ERROR = QStringLiteral("ERROR");
 const QString NOTHING_CHOSEN = QStringLiteral("ChangePath: no directory choose");
-const QString NOT_THERE = QStringLiteral("选择文件夹不存在，请重新选择");
-const QString NO_RIGHTS = QStringLiteral("选择文件夹权限不对，请重新选择");
+const QString NOT_FOUND = QStringLiteral("选择文件夹不存在，请重新选择");
+const QString NO_PERMISSION = QStringLiteral("选择文件夹权限不对，请重新选择");
 const QString SHORTCUT = QStringLiteral("选择文件夹包含快捷方式，请重新选择");
 const QString UNSUPPORTED = QStringLiteral("选择文件夹名称包含不支持的字符，请重新选择");
 
-constexpr mode_t ALL_RIGHTS = 0700;
+constexpr mode_t ALL_PERMISSIONS = 0700;
 
-QString Accepted(const QString& path)
+QString AcceptedLine(const QString& path)
 {
     return QStringLiteral("save file path:%1, success").arg(path);
 }
@@ -99,13 +99,13 @@ private slots:
     void vanishedFolderIsRejected();
     void folderWithoutPermissionsIsRejected_data();
     void folderWithoutPermissionsIsRejected();
-    void folderBehindALinkIsRejected_data();
-    void folderBehindALinkIsRejected();
-    void folderThatTheSettingsFileCannotHoldIsRejected_data();
-    void folderThatTheSettingsFileCannotHoldIsRejected();
+    void folderReachedThroughALinkIsRejected_data();
+    void folderReachedThroughALinkIsRejected();
+    void folderWithUnsupportedCharacterIsRejected_data();
+    void folderWithUnsupportedCharacterIsRejected();
     void permissionsAreCheckedBeforeLinks();
     void dialogIsShownAgainUntilACancel();
-    void rejectionMayBeClosedByItsCloseButton();
+    void dialogIsShownAgainAfterTheCloseButtonOfTheRejection();
     void castSignalsAreHandledWhileADialogIsOpen();
     void unwritableSettingsShowThePathWithoutStoringIt();
     void pathHasLink_data();
@@ -114,10 +114,10 @@ private slots:
 private:
     QString SavePath() { return Find<QLabel>(*page, "savePath")->text(); }
     void ClickChange() { QTest::mouseClick(Find(*page, "change"), Qt::LeftButton); }
-    QString Made(const QString& relative) const;
+    QString CreateFolder(const QString& relative) const;
     void Link(const QString& target, const QString& relative) const;
-    /// Chooses `path` by `choose`, and verifies that it is rejected with `text` and the log line `line`, that
-    /// the dialog opens at `path` again, and that the stored path stays.
+    /// Chooses `path` with `choose`. Verifies the rejection with `text` and the log line `line`, that the
+    /// dialog opens at `path` again, and that the stored path is unchanged.
     void VerifyRejection(const std::function<void(QWidget*)>& choose, const QString& path,
                          const QString& text, const QString& line);
 
@@ -152,7 +152,7 @@ void TestSettingsView::cleanup()
     folder.reset();
 }
 
-QString TestSettingsView::Made(const QString& relative) const
+QString TestSettingsView::CreateFolder(const QString& relative) const
 {
     QDir(folder->path()).mkpath(relative);
     return folder->filePath(relative);
@@ -241,7 +241,7 @@ void TestSettingsView::pathThatIsNotUtf8IsKeptInTheFile()
     QCOMPARE(SavePath(), QString::fromLocal8Bit(path));
     DialogScript script({Cancel});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     QCOMPARE(SettingsFile::SavePath(), path);
 }
 
@@ -249,8 +249,8 @@ void TestSettingsView::missingPathBecomesTheDesktop_data()
 {
     QTest::addColumn<QByteArray>("configured");
     QTest::addColumn<QString>("desktop");
-    QTest::newRow("unnamed") << QByteArray() << QStringLiteral("/Desktop");
-    QTest::newRow("named") << QByteArray("XDG_DESKTOP_DIR=\"$HOME/桌面\"\n") << QStringLiteral("/桌面");
+    QTest::newRow("default") << QByteArray() << QStringLiteral("/Desktop");
+    QTest::newRow("configured") << QByteArray("XDG_DESKTOP_DIR=\"$HOME/桌面\"\n") << QStringLiteral("/桌面");
 }
 
 void TestSettingsView::missingPathBecomesTheDesktop()
@@ -296,7 +296,7 @@ void TestSettingsView::disabledClearButtonIsGrey()
 
 void TestSettingsView::dialogHasItsProperties()
 {
-    const QString shown = Made(QStringLiteral("收件 箱"));
+    const QString shown = CreateFolder(QStringLiteral("收件 箱"));
     Store(shown.toUtf8());
     page->ShowSetView();
     DialogScript script({[&shown](QWidget* widget) {
@@ -309,7 +309,7 @@ void TestSettingsView::dialogHasItsProperties()
         widget->close();
     }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
 }
 
 void TestSettingsView::chosenFolderIsStored_data()
@@ -324,17 +324,17 @@ void TestSettingsView::chosenFolderIsStored_data()
 void TestSettingsView::chosenFolderIsStored()
 {
     QFETCH(QString, name);
-    const QString chosen = Made(name);
+    const QString chosen = CreateFolder(name);
     DialogScript script({[&chosen](QWidget* dialog) {
         Choose(dialog, chosen);
     }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     QCOMPARE(SavePath(), chosen);
     QCOMPARE(SettingsFile::SavePath(), chosen.toLocal8Bit());
-    QVERIFY(log->Contains(INFO, VELODESK, Accepted(chosen)));
+    QVERIFY(log->Contains(INFO, VELODESK, AcceptedLine(chosen)));
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("ChangePath")), QStringList());
-    QCOMPARE(log->Messages().first(), Accepted(chosen));
+    QCOMPARE(log->Messages().first(), AcceptedLine(chosen));
 }
 
 void TestSettingsView::cancelChangesNothing_data()
@@ -359,7 +359,7 @@ void TestSettingsView::cancelChangesNothing()
         }
     }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     COMPARE_LISTS(log->Messages(), QStringList(NOTHING_CHOSEN));
     QVERIFY(log->Contains(ERROR, VELODESK, NOTHING_CHOSEN));
     QCOMPARE(SavePath(), folder->path());
@@ -368,15 +368,15 @@ void TestSettingsView::cancelChangesNothing()
 
 void TestSettingsView::vanishedFolderIsRejected()
 {
-    const QString chosen = Made(QStringLiteral("会 消失"));
-    const QString other = Made(QStringLiteral("other"));
+    const QString chosen = CreateFolder(QStringLiteral("会 消失"));
+    const QString other = CreateFolder(QStringLiteral("other"));
     DialogScript script({[&chosen](QWidget* dialog) {
                              connect(static_cast<QDialog*>(dialog), &QDialog::finished, dialog,
                                      [&chosen] { QVERIFY(QDir().rmdir(chosen)); });
                              Choose(dialog, chosen);
                          },
                          [this, &chosen](QWidget* box) {
-                             CompareBox(box, page.get(), NOT_THERE);
+                             CompareBox(box, page.get(), NOT_FOUND);
                              QVERIFY(QDir().mkdir(chosen));
                              Confirm(box);
                          },
@@ -385,10 +385,10 @@ void TestSettingsView::vanishedFolderIsRejected()
                              Choose(dialog, other);
                          }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     const QString line = QStringLiteral("ChangePath: directory %1 not exist").arg(chosen);
     QVERIFY(log->Contains(ERROR, VELODESK, line));
-    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({line, Accepted(other)}));
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({line, AcceptedLine(other)}));
     QCOMPARE(SavePath(), other);
 }
 
@@ -398,17 +398,17 @@ void TestSettingsView::folderWithoutPermissionsIsRejected_data()
     QTest::newRow("not writable") << 0500;
     QTest::newRow("not readable") << 0300;
     QTest::newRow("not searchable") << 0600;
-    QTest::newRow("nothing") << 0;
+    QTest::newRow("no permission") << 0;
 }
 
 void TestSettingsView::folderWithoutPermissionsIsRejected()
 {
     QFETCH(int, mode);
-    const QString chosen = Made(QStringLiteral("手机"));
+    const QString chosen = CreateFolder(QStringLiteral("手机"));
     SetMode(chosen, static_cast<mode_t>(mode));
     DialogScript script({[&chosen](QWidget* dialog) { Choose(dialog, chosen); },
                          [this](QWidget* box) {
-                             CompareBox(box, page.get(), NO_RIGHTS);
+                             CompareBox(box, page.get(), NO_PERMISSION);
                              // Nothing is stored while the box is open.
                              QCOMPARE(SavePath(), folder->path());
                              Confirm(box);
@@ -419,8 +419,8 @@ void TestSettingsView::folderWithoutPermissionsIsRejected()
                              Cancel(dialog);
                          }});
     ClickChange();
-    SetMode(chosen, ALL_RIGHTS);
-    QVERIFY(script.IsPlayedOut());
+    SetMode(chosen, ALL_PERMISSIONS);
+    QVERIFY(script.IsComplete());
     const QString line = QStringLiteral("ChangePath: directory %1 has fault right mode").arg(chosen);
     QVERIFY(log->Contains(ERROR, VELODESK, line));
     COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
@@ -441,28 +441,29 @@ void TestSettingsView::VerifyRejection(const std::function<void(QWidget*)>& choo
                              Cancel(dialog);
                          }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     QVERIFY(log->Contains(ERROR, VELODESK, line));
     COMPARE_LISTS(log->Messages(), QStringList({line, NOTHING_CHOSEN}));
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
 
-void TestSettingsView::folderBehindALinkIsRejected_data()
+void TestSettingsView::folderReachedThroughALinkIsRejected_data()
 {
     QTest::addColumn<QString>("chosen");
     QTest::addColumn<QString>("link");
     QTest::newRow("the folder itself") << QStringLiteral("快捷") << QStringLiteral("快捷");
-    QTest::newRow("above it") << QStringLiteral("快捷/a") << QStringLiteral("快捷");
-    QTest::newRow("far above it") << QStringLiteral("快捷/a/b/c") << QStringLiteral("快捷");
-    QTest::newRow("the lower of two") << QStringLiteral("快捷/second/b") << QStringLiteral("快捷/second");
+    QTest::newRow("its parent") << QStringLiteral("快捷/a") << QStringLiteral("快捷");
+    QTest::newRow("a distant ancestor") << QStringLiteral("快捷/a/b/c") << QStringLiteral("快捷");
+    QTest::newRow("the lower of two links")
+        << QStringLiteral("快捷/second/b") << QStringLiteral("快捷/second");
 }
 
-void TestSettingsView::folderBehindALinkIsRejected()
+void TestSettingsView::folderReachedThroughALinkIsRejected()
 {
     QFETCH(QString, chosen);
     QFETCH(QString, link);
-    Made(QStringLiteral("real/a/b/c"));
+    CreateFolder(QStringLiteral("real/a/b/c"));
     Link(folder->filePath(QStringLiteral("real")), QStringLiteral("快捷"));
     Link(folder->filePath(QStringLiteral("real/a")), QStringLiteral("real/second"));
     const QString path = folder->filePath(chosen);
@@ -471,22 +472,22 @@ void TestSettingsView::folderBehindALinkIsRejected()
                     QStringLiteral("ChangePath: directory %1 link").arg(folder->filePath(link)));
 }
 
-void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected_data()
+void TestSettingsView::folderWithUnsupportedCharacterIsRejected_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("logged");
     QTest::newRow("semicolon") << QStringLiteral("a;b") << QStringLiteral("a;b");
     QTest::newRow("line feed") << QStringLiteral("a\nb") << QStringLiteral("a b");
     QTest::newRow("carriage return") << QStringLiteral("a\rb") << QStringLiteral("a b");
-    QTest::newRow("above the folder") << QStringLiteral("a\n;b/c") << QStringLiteral("a ;b/c");
+    QTest::newRow("in the parent's name") << QStringLiteral("a\n;b/c") << QStringLiteral("a ;b/c");
 }
 
-void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
+void TestSettingsView::folderWithUnsupportedCharacterIsRejected()
 {
     QFETCH(QString, name);
     QFETCH(QString, logged);
-    const QString path = Made(name);
-    // Select it by its index, because a line edit cannot contain a line feed.
+    const QString path = CreateFolder(name);
+    // Selects the folder with setDirectory(), because a line edit cannot contain a line feed.
     const auto choose = [&path](QWidget* dialog) {
         qobject_cast<QFileDialog*>(dialog)->setDirectory(path);
         Choose(dialog, QString());
@@ -498,51 +499,51 @@ void TestSettingsView::folderThatTheSettingsFileCannotHoldIsRejected()
 
 void TestSettingsView::permissionsAreCheckedBeforeLinks()
 {
-    SetMode(Made(QStringLiteral("real")), 0500);
+    SetMode(CreateFolder(QStringLiteral("real")), 0500);
     Link(folder->filePath(QStringLiteral("real")), QStringLiteral("link"));
     DialogScript script(
         {[this](QWidget* dialog) { Choose(dialog, folder->filePath(QStringLiteral("link"))); },
          [this](QWidget* box) {
-             CompareBox(box, page.get(), NO_RIGHTS);
+             CompareBox(box, page.get(), NO_PERMISSION);
              Confirm(box);
          },
          Cancel});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     COMPARE_LISTS(log->Messages().filter(QStringLiteral(" link")), QStringList());
 }
 
 void TestSettingsView::dialogIsShownAgainUntilACancel()
 {
-    const QString closed = Made(QStringLiteral("closed"));
-    SetMode(closed, 0500);
+    const QString readOnly = CreateFolder(QStringLiteral("read-only"));
+    SetMode(readOnly, 0500);
     Link(folder->path(), QStringLiteral("link"));
     const QString link = folder->filePath(QStringLiteral("link"));
-    DialogScript script({[&closed](QWidget* dialog) { Choose(dialog, closed); }, Confirm,
+    DialogScript script({[&readOnly](QWidget* dialog) { Choose(dialog, readOnly); }, Confirm,
                          [&link](QWidget* dialog) { Choose(dialog, link); }, Confirm,
-                         [&closed](QWidget* dialog) { Choose(dialog, closed); }, Confirm, Cancel});
+                         [&readOnly](QWidget* dialog) { Choose(dialog, readOnly); }, Confirm, Cancel});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     QCOMPARE(log->Messages().size(), 4);
     QCOMPARE(SavePath(), folder->path());
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
 }
 
-void TestSettingsView::rejectionMayBeClosedByItsCloseButton()
+void TestSettingsView::dialogIsShownAgainAfterTheCloseButtonOfTheRejection()
 {
-    const QString closed = Made(QStringLiteral("closed"));
-    SetMode(closed, 0500);
-    DialogScript script({[&closed](QWidget* dialog) { Choose(dialog, closed); },
+    const QString readOnly = CreateFolder(QStringLiteral("read-only"));
+    SetMode(readOnly, 0500);
+    DialogScript script({[&readOnly](QWidget* dialog) { Choose(dialog, readOnly); },
                          [](QWidget* box) { QTest::mouseClick(Find(*box, "btnClose"), Qt::LeftButton); },
                          Cancel});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
 }
 
 void TestSettingsView::castSignalsAreHandledWhileADialogIsOpen()
 {
-    const QString closed = Made(QStringLiteral("closed"));
-    SetMode(closed, 0500);
+    const QString readOnly = CreateFolder(QStringLiteral("read-only"));
+    SetMode(readOnly, 0500);
     AppManager* manager = Singleton<AppManager>::GetInstance();
     const auto text = [this] {
         return Find<QPushButton>(*page, "PreScreenBtn")->text();
@@ -550,7 +551,7 @@ void TestSettingsView::castSignalsAreHandledWhileADialogIsOpen()
     DialogScript script({[&](QWidget* dialog) {
                              emit manager->AppEvent(AppManager::TANDRA_APP, AppManager::APP_EVENT_RUNNING);
                              QCOMPARE(text(), QStringLiteral("结束投屏"));
-                             Choose(dialog, closed);
+                             Choose(dialog, readOnly);
                          },
                          [&](QWidget* box) {
                              emit manager->AppEvent(AppManager::TANDRA_APP, AppManager::APP_EVENT_STOPPED);
@@ -559,20 +560,20 @@ void TestSettingsView::castSignalsAreHandledWhileADialogIsOpen()
                          },
                          Cancel});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
 }
 
 void TestSettingsView::unwritableSettingsShowThePathWithoutStoringIt()
 {
-    const QString chosen = Made(QStringLiteral("phone"));
+    const QString chosen = CreateFolder(QStringLiteral("phone"));
     QVERIFY(QFile::setPermissions(SettingsFile::Path(), QFile::ReadOwner));
     DialogScript script({[&chosen](QWidget* dialog) {
         Choose(dialog, chosen);
     }});
     ClickChange();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     QCOMPARE(SavePath(), chosen);
-    QVERIFY(log->Contains(INFO, VELODESK, Accepted(chosen)));
+    QVERIFY(log->Contains(INFO, VELODESK, AcceptedLine(chosen)));
     QCOMPARE(SettingsFile::SavePath(), folder->path().toLocal8Bit());
     page->ShowSetView();
     QCOMPARE(SavePath(), folder->path());
@@ -588,7 +589,7 @@ void TestSettingsView::pathHasLink_data()
     QTest::newRow("no link") << QStringLiteral("%1/real/a") << none;
     QTest::newRow("missing") << QStringLiteral("%1/missing/a") << none;
     QTest::newRow("link") << QStringLiteral("%1/link") << QStringLiteral("%1/link");
-    QTest::newRow("slash behind the link") << QStringLiteral("%1/link/") << QStringLiteral("%1/link");
+    QTest::newRow("trailing slash") << QStringLiteral("%1/link/") << QStringLiteral("%1/link");
     QTest::newRow("below a link") << QStringLiteral("%1/link/a/b") << QStringLiteral("%1/link");
     QTest::newRow("missing below a link") << QStringLiteral("%1/link/missing") << QStringLiteral("%1/link");
     QTest::newRow("dangling") << QStringLiteral("%1/dangling") << QStringLiteral("%1/dangling");
@@ -601,20 +602,20 @@ void TestSettingsView::pathHasLink()
 {
     QFETCH(QString, path);
     QFETCH(QString, link);
-    const QString real = Made(QStringLiteral("real/a/b")).section(QLatin1Char('/'), 0, -3);
+    const QString real = CreateFolder(QStringLiteral("real/a/b")).section(QLatin1Char('/'), 0, -3);
     Link(real, QStringLiteral("link"));
     Link(real, QStringLiteral("快捷"));
     Link(QStringLiteral("/nonexistent"), QStringLiteral("dangling"));
     Link(SettingsFile::Path(), QStringLiteral("file link"));
     Link(QString(300, QLatin1Char('x')), QStringLiteral("long"));
-    const auto here = [this](const QString& text) {
+    const auto inFolder = [this](const QString& text) {
         return text.contains(QLatin1String("%1")) ? text.arg(folder->path()) : text;
     };
-    QCOMPARE(page->PathHasLink(here(path)), !link.isEmpty());
+    QCOMPARE(page->PathHasLink(inFolder(path)), !link.isEmpty());
     if (link.isEmpty()) {
         COMPARE_LISTS(log->Messages(), QStringList());
     } else {
-        const QString line = QStringLiteral("ChangePath: directory %1 link").arg(here(link));
+        const QString line = QStringLiteral("ChangePath: directory %1 link").arg(inFolder(link));
         COMPARE_LISTS(log->Messages(), QStringList(line));
         QVERIFY(log->Contains(ERROR, VELODESK, line));
     }

@@ -21,7 +21,7 @@ const QString UTILS = QStringLiteral("UTILS");
 const QString INFO = QStringLiteral("INFO");
 const QString WARNING = QStringLiteral("WARNING");
 const QString ERROR = QStringLiteral("ERROR");
-const QString ASKED = QStringLiteral("ClearTrustDevices.");
+const QString CLEAR_LINE = QStringLiteral("ClearTrustDevices.");
 const QStringList NAMES{QStringLiteral("cd59de12d29aa1b8c695576f73fed493"),
                         QStringLiteral("b527a39b0674942c13c451bc81ea6792"),
                         QStringLiteral("2e5e9c1f131587ab665a2f38ec73e412")};
@@ -32,7 +32,7 @@ QString Others()
     return QDir::homePath() + QStringLiteral("/Velodesk/Tandra/others/");
 }
 
-QStringList Present()
+QStringList ExistingFiles()
 {
     return QDir(Others()).entryList(QDir::Files, QDir::Name);
 }
@@ -43,12 +43,12 @@ QStringList Sorted(QStringList names)
     return names;
 }
 
-QString Begun()
+QString RemovalLine()
 {
     return QStringLiteral("RemoveFile filePath:") + Others() + NAMES.first();
 }
 
-QString Failed(const QString& name)
+QString FailureLine(const QString& name)
 {
     return QStringLiteral("SafeCoverRemove %1 failed").arg(name);
 }
@@ -77,15 +77,15 @@ private slots:
     void failureDoesNotStopTheOtherErasures();
     void otherFilesAreKept();
     void missingDirectoryKeepsTheCount();
-    void everyQuestionIsIndependent();
+    void refusalAfterConfirmationChangesNothing();
     void castSignalsAreHandledWhileTheQuestionIsOpen();
     void clearButtonIsGreyAfterwards();
 
 private:
     void Click() { QTest::mouseClick(Find(*page, "clear"), Qt::LeftButton); }
     QString Count() { return Find<QLabel>(*page, "numDevice")->text(); }
-    void CompareUntouched();
-    void CompareCleared();
+    void VerifyUnchanged();
+    void VerifyCleared();
 
     std::unique_ptr<CapturedLog> log;
     std::unique_ptr<MultiScreen> page;
@@ -113,14 +113,14 @@ void TestTrustedDevices::cleanup()
     QDir(Others()).removeRecursively();
 }
 
-void TestTrustedDevices::CompareUntouched()
+void TestTrustedDevices::VerifyUnchanged()
 {
     QCOMPARE(Count(), QStringLiteral("当前信任设备台数：3"));
     QVERIFY(Find(*page, "clear")->isEnabled());
     QCOMPARE(SettingsFile::TrustNum(), QByteArray("3"));
 }
 
-void TestTrustedDevices::CompareCleared()
+void TestTrustedDevices::VerifyCleared()
 {
     QCOMPARE(Count(), QStringLiteral("当前信任设备台数：0"));
     QVERIFY(!Find(*page, "clear")->isEnabled());
@@ -142,13 +142,13 @@ void TestTrustedDevices::questionIsAsked()
         QCOMPARE(Find<QPushButton>(*box, "btnLeft")->text(), QStringLiteral("取消"));
         QCOMPARE(Find<QPushButton>(*box, "btnRight")->text(), QStringLiteral("确定"));
         // Nothing is erased before the answer.
-        COMPARE_LISTS(log->Messages(), QStringList(ASKED));
-        QCOMPARE(Present(), Sorted(NAMES));
+        COMPARE_LISTS(log->Messages(), QStringList(CLEAR_LINE));
+        QCOMPARE(ExistingFiles(), Sorted(NAMES));
         box->close();
     }});
     Click();
-    QVERIFY(script.IsPlayedOut());
-    QVERIFY(log->Contains(INFO, VELODESK, ASKED));
+    QVERIFY(script.IsComplete());
+    QVERIFY(log->Contains(INFO, VELODESK, CLEAR_LINE));
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
 
@@ -175,22 +175,22 @@ void TestTrustedDevices::refusalChangesNothing()
         }
     }});
     Click();
-    QVERIFY(script.IsPlayedOut());
-    CompareUntouched();
+    QVERIFY(script.IsComplete());
+    VerifyUnchanged();
     QCOMPARE(SettingsFile::Content(), before);
-    QCOMPARE(Present(), Sorted(NAMES));
-    COMPARE_LISTS(log->Messages(), QStringList(ASKED));
+    QCOMPARE(ExistingFiles(), Sorted(NAMES));
+    COMPARE_LISTS(log->Messages(), QStringList(CLEAR_LINE));
 }
 
 void TestTrustedDevices::confirmationErasesTheFilesAndResetsTheCount()
 {
     DialogScript script({Confirm});
     Click();
-    QVERIFY(script.IsPlayedOut());
-    CompareCleared();
-    QCOMPARE(Present(), QStringList());
-    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({ASKED, Begun()}));
-    QVERIFY(log->Contains(INFO, VELODESK, Begun()));
+    QVERIFY(script.IsComplete());
+    VerifyCleared();
+    QCOMPARE(ExistingFiles(), QStringList());
+    COMPARE_LISTS(log->Messages().mid(0, 2), QStringList({CLEAR_LINE, RemovalLine()}));
+    QVERIFY(log->Contains(INFO, VELODESK, RemovalLine()));
     QCOMPARE(log->Messages().filter(QStringLiteral("RemoveFile")).size(), 1);
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("failed")), QStringList());
 }
@@ -206,32 +206,32 @@ void TestTrustedDevices::contentIsOverwrittenBeforeTheRemoval()
     DialogScript script({Confirm});
     Click();
     for (const QString& name : NAMES) {
-        QFile left(QDir::home().filePath(name));
-        QVERIFY(left.open(QIODevice::ReadOnly));
-        const QByteArray content = left.readAll();
+        QFile file(QDir::home().filePath(name));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray content = file.readAll();
         QCOMPARE(content.size(), SECRET.size());
         QVERIFY(!content.contains("ssssss"));
         QVERIFY(content != QByteArray(SECRET.size(), '\1'));
-        left.remove();
+        file.remove();
     }
 }
 
 void TestTrustedDevices::missingFilesAreReportedInTheirOrder()
 {
-    QStringList lines{ASKED, Begun()};
+    QStringList lines{CLEAR_LINE, RemovalLine()};
     for (const QString& name : NAMES) {
         QVERIFY(QFile::remove(Others() + name));
         lines.append(QStringLiteral("filename:%1%2 not exist!").arg(Others(), name));
-        lines.append(Failed(name));
+        lines.append(FailureLine(name));
     }
     DialogScript script({Confirm});
     Click();
-    QVERIFY(script.IsPlayedOut());
+    QVERIFY(script.IsComplete());
     COMPARE_LISTS(log->Messages().mid(0, lines.size()), lines);
     for (const QString& name : NAMES) {
-        QVERIFY(log->Contains(WARNING, VELODESK, Failed(name)));
+        QVERIFY(log->Contains(WARNING, VELODESK, FailureLine(name)));
     }
-    CompareCleared();
+    VerifyCleared();
 }
 
 void TestTrustedDevices::failureDoesNotStopTheOtherErasures_data()
@@ -251,11 +251,11 @@ void TestTrustedDevices::failureDoesNotStopTheOtherErasures()
     WriteAll(Others() + NAMES.at(number), QByteArray(size, 's'));
     DialogScript script({Confirm});
     Click();
-    QCOMPARE(Present(), QStringList(NAMES.at(number)));
+    QCOMPARE(ExistingFiles(), QStringList(NAMES.at(number)));
     QCOMPARE(QFile(Others() + NAMES.at(number)).size(), size);
     COMPARE_LISTS(log->Messages().filter(QStringLiteral("SafeCoverRemove")),
-                  QStringList(Failed(NAMES.at(number))));
-    CompareCleared();
+                  QStringList(FailureLine(NAMES.at(number))));
+    VerifyCleared();
 }
 
 void TestTrustedDevices::otherFilesAreKept()
@@ -263,7 +263,7 @@ void TestTrustedDevices::otherFilesAreKept()
     WriteAll(Others() + QStringLiteral("other"), SECRET);
     DialogScript script({Confirm});
     Click();
-    QCOMPARE(Present(), QStringList(QStringLiteral("other")));
+    QCOMPARE(ExistingFiles(), QStringList(QStringLiteral("other")));
 }
 
 void TestTrustedDevices::missingDirectoryKeepsTheCount()
@@ -271,22 +271,22 @@ void TestTrustedDevices::missingDirectoryKeepsTheCount()
     QVERIFY(QDir(Others()).removeRecursively());
     DialogScript script({Confirm});
     Click();
-    QVERIFY(script.IsPlayedOut());
-    CompareUntouched();
+    QVERIFY(script.IsComplete());
+    VerifyUnchanged();
     const QString missing = QStringLiteral("dir:%1 not exist!").arg(Others());
-    const QString given = QStringLiteral("RemoveFile DIR_OPERATOR.GetOthersDir failed");
-    COMPARE_LISTS(log->Messages(), QStringList({ASKED, missing, given}));
+    const QString failure = QStringLiteral("RemoveFile DIR_OPERATOR.GetOthersDir failed");
+    COMPARE_LISTS(log->Messages(), QStringList({CLEAR_LINE, missing, failure}));
     QVERIFY(log->Contains(ERROR, UTILS, missing));
-    QVERIFY(log->Contains(ERROR, VELODESK, given));
+    QVERIFY(log->Contains(ERROR, VELODESK, failure));
     QVERIFY(!QDir(Others()).exists());
     QCOMPARE(VeloMessageBox::GetWindCount(), 0);
 }
 
-void TestTrustedDevices::everyQuestionIsIndependent()
+void TestTrustedDevices::refusalAfterConfirmationChangesNothing()
 {
     DialogScript confirmed({Confirm});
     Click();
-    QVERIFY(confirmed.IsPlayedOut());
+    QVERIFY(confirmed.IsComplete());
     SettingsFile::Write("[VelodeskServer]\ntrustNum=3\n");
     WriteAll(Others() + NAMES.first(), SECRET);
     page->ShowSetView();
@@ -296,10 +296,10 @@ void TestTrustedDevices::everyQuestionIsIndependent()
         box->close();
     }});
     Click();
-    CompareUntouched();
+    VerifyUnchanged();
     QCOMPARE(SettingsFile::Content(), before);
-    QCOMPARE(Present(), QStringList(NAMES.first()));
-    COMPARE_LISTS(log->Messages(), QStringList(ASKED));
+    QCOMPARE(ExistingFiles(), QStringList(NAMES.first()));
+    COMPARE_LISTS(log->Messages(), QStringList(CLEAR_LINE));
 }
 
 void TestTrustedDevices::castSignalsAreHandledWhileTheQuestionIsOpen()
@@ -314,7 +314,7 @@ void TestTrustedDevices::castSignalsAreHandledWhileTheQuestionIsOpen()
         Confirm(box);
     }});
     Click();
-    CompareCleared();
+    VerifyCleared();
     QCOMPARE(text(), QStringLiteral("结束投屏"));
 }
 

@@ -6,50 +6,50 @@
 #include "multiscreen/WhiteBackground.h"
 
 namespace {
-constexpr QRect PLACE(20, 30, 61, 40);
+constexpr QRect FRAME_RECT(20, 30, 61, 40);
 constexpr Qt::GlobalColor PAGE_COLOR = Qt::yellow;
 
 /// A widget with or without a background colour that counts its paint events.
 class Layer : public QWidget
 {
 public:
-    explicit Layer(QWidget* parent, const QBrush& brush = Qt::NoBrush) : QWidget(parent), ground(brush) {}
+    explicit Layer(QWidget* parent, const QBrush& brush = Qt::NoBrush) : QWidget(parent), background(brush) {}
     int paints = 0;
 
 protected:
     void paintEvent(QPaintEvent*) override
     {
         ++paints;
-        QPainter(this).fillRect(rect(), ground);
+        QPainter(this).fillRect(rect(), background);
     }
 
 private:
-    const QBrush ground;
+    const QBrush background;
 };
 
 /// A page with a frame, inside a window or as a window itself.
 struct Scene
 {
-    explicit Scene(bool hasGround, bool isWindow = false, Qt::GlobalColor color = PAGE_COLOR)
+    explicit Scene(bool hasWhiteBackground, bool isWindow = false, Qt::GlobalColor color = PAGE_COLOR)
         : window(nullptr), page(isWindow ? nullptr : &window, color)
     {
         for (QWidget* widget : {static_cast<QWidget*>(&window), static_cast<QWidget*>(&page)}) {
             widget->resize(200, 100);
         }
         frame = new Layer(&page);
-        frame->setGeometry(PLACE);
-        // As for the form's frames: the style paints the background.
+        frame->setGeometry(FRAME_RECT);
+        // As in the form, the style paints the background of the frame.
         frame->setAttribute(Qt::WA_StyledBackground);
-        if (hasGround) {
+        if (hasWhiteBackground) {
             new WhiteBackground(frame, &page);
         }
         (isWindow ? page : window).show();
     }
-    QImage Picture() { return page.grab().toImage(); }
+    QImage Image() { return page.grab().toImage(); }
     QColor Pixel()
     {
-        const QImage picture = Picture();
-        return picture.pixelColor(PLACE.center() * picture.devicePixelRatio());
+        const QImage image = Image();
+        return image.pixelColor(FRAME_RECT.center() * image.devicePixelRatio());
     }
 
     Layer window;
@@ -58,7 +58,7 @@ struct Scene
 };
 } // namespace
 
-/// CTest runs it twice: at a scale factor of 1, and with a larger one.
+/// CTest runs this test with the scale factors 1 and 1.5.
 class TestWhiteBackground : public QObject
 {
     Q_OBJECT
@@ -78,7 +78,7 @@ private:
 
 void TestWhiteBackground::initTestCase()
 {
-    // The colour is semi-transparent: painted twice it would be darker.
+    // The colour is semi-transparent, so it would be darker if it were painted twice.
     QImage half(30, 20, QImage::Format_ARGB32);
     half.fill(QColor(0, 0, 255, 128));
     half.setPixelColor(3, 2, Qt::red);
@@ -93,9 +93,9 @@ void TestWhiteBackground::backgroundIsWhiteOnAPageOfTheWindow()
     Scene with(true);
     QCOMPARE(with.Pixel(), QColor(Qt::white));
     // The whole area of the frame is white, and nothing else changes.
-    QImage expected = without.Picture();
-    QPainter(&expected).fillRect(PLACE, Qt::white);
-    QVERIFY(with.Picture() == expected);
+    QImage expected = without.Image();
+    QPainter(&expected).fillRect(FRAME_RECT, Qt::white);
+    QVERIFY(with.Image() == expected);
 }
 
 void TestWhiteBackground::pageThatIsAWindowKeepsItsBackground()
@@ -144,21 +144,22 @@ void TestWhiteBackground::widgetHasTheAppearanceOfItsStyle_data()
 void TestWhiteBackground::widgetHasTheAppearanceOfItsStyle()
 {
     QFETCH(bool, isWindow);
-    // The background of a page inside a window counts as white; a page that is a window keeps its own.
+    // WhiteBackground treats a page inside a window as white. A page that is a window keeps its own
+    // background.
     const Qt::GlobalColor color = isWindow ? PAGE_COLOR : Qt::white;
-    Scene plain(false, isWindow, color);
-    Scene fast(true, isWindow, color);
+    Scene reference(false, isWindow, color);
+    Scene tested(true, isWindow, color);
     const QString first = QStringLiteral("border-image: url(%1)").arg(image);
     const QString second = QStringLiteral("border-image: url(%1); border-width:4px").arg(image);
     for (const QString& style : {first, second, first}) {
-        plain.frame->setStyleSheet(style);
-        fast.frame->setStyleSheet(style);
-        QVERIFY(fast.Picture() == plain.Picture());
-        QVERIFY(fast.Pixel() != QColor(PAGE_COLOR) && fast.Pixel() != QColor(Qt::white));
+        reference.frame->setStyleSheet(style);
+        tested.frame->setStyleSheet(style);
+        QVERIFY(tested.Image() == reference.Image());
+        QVERIFY(tested.Pixel() != QColor(PAGE_COLOR) && tested.Pixel() != QColor(Qt::white));
     }
-    plain.frame->resize(90, 50);
-    fast.frame->resize(90, 50);
-    QVERIFY(fast.Picture() == plain.Picture());
+    reference.frame->resize(90, 50);
+    tested.frame->resize(90, 50);
+    QVERIFY(tested.Image() == reference.Image());
 }
 
 QTEST_MAIN(TestWhiteBackground)

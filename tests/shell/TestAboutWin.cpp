@@ -26,7 +26,7 @@ private slots:
     void buttonsSwitchBetweenTheViews();
     void agreementOpensAtItsTop();
     void headingAndDividerPrecedeTheAgreement();
-    void missingParentIsHarmless();
+    void buttonsDoNotCrashWithoutParent();
 
 private:
     AboutWin& Page() { return *window->findChild<AboutWin*>(); }
@@ -129,7 +129,7 @@ void TestAboutWin::headingAndDividerPrecedeTheAgreement()
 {
     const auto* view = Page().findChild<SerProEdit*>();
     const QString text = view->toPlainText();
-    // The divider is an image, which the text represents by a replacement character, and a line break.
+    // In the plain text, the divider is the replacement character of an image, followed by a line break.
     QVERIFY2(text.startsWith(QStringLiteral("维乐助手\n版本1.0\n\uFFFC\n")), qPrintable(text.left(40)));
     QVERIFY(view->toHtml().contains(QStringLiteral(":/velo/splitter")));
     const struct
@@ -148,7 +148,7 @@ void TestAboutWin::headingAndDividerPrecedeTheAgreement()
     }
 }
 
-void TestAboutWin::missingParentIsHarmless()
+void TestAboutWin::buttonsDoNotCrashWithoutParent()
 {
     AboutWin alone(nullptr);
     QTest::mouseClick(Find(alone, "abtBackBtn"), Qt::LeftButton);

@@ -34,15 +34,15 @@ void Press(QWidget* widget)
     InterfaceOf(widget).actionInterface()->doAction(PRESS);
 }
 
-bool IsPressed(QAccessible::Role role)
+bool CanBePressed(QAccessible::Role role)
 {
     return role == QAccessible::Button || role == QAccessible::ButtonMenu || role == QAccessible::CheckBox ||
            role == QAccessible::RadioButton || role == QAccessible::MenuItem || role == QAccessible::ListItem;
 }
 
-bool WantsName(QAccessible::Role role)
+bool NeedsName(QAccessible::Role role)
 {
-    return IsPressed(role) || role == QAccessible::EditableText || role == QAccessible::List ||
+    return CanBePressed(role) || role == QAccessible::EditableText || role == QAccessible::List ||
            role == QAccessible::Window || role == QAccessible::Dialog || role == QAccessible::Pane ||
            role == QAccessible::PopupMenu;
 }
@@ -53,7 +53,7 @@ bool IsCover(const QPushButton* button)
 }
 } // namespace
 
-/// All windows from a screen reader's side.
+/// Verifies the accessible interfaces of all windows.
 class TestAccessibility : public QObject
 {
     Q_OBJECT
@@ -65,12 +65,12 @@ private slots:
 
     void everyControlHasNameAndAction_data() { AddBothAppearances(); }
     void everyControlHasNameAndAction();
-    void pressIsOneClickOfEveryButton();
-    void widgetHasItsRoleAndName_data();
-    void widgetHasItsRoleAndName();
+    void pressEmitsClickedOnce();
+    void widgetHasExpectedRoleAndName_data();
+    void widgetHasExpectedRoleAndName();
     void tickReportsItsState();
     void exitQuestionIsAnsweredByPress();
-    void menuHangsBelowItsButton();
+    void menuIsChildOfItsButton();
     void rowIsSelectedByPress();
     void documentIsReadOnlyText_data();
     void documentIsReadOnlyText();
@@ -79,16 +79,16 @@ private slots:
 
 private:
     QWidgetList Windows() const { return {agreement.get(), window.get(), question, box.get()}; }
-    /// Checks an object and its descendants, and records their widgets in `seen`.
-    void Walk(QAccessibleInterface& top);
-    QWidget* Any(const char* name) const;
-    QPushButton* Button(const char* name) const { return qobject_cast<QPushButton*>(Any(name)); }
+    /// Verifies an object and its descendants, and adds their widgets to `visited`.
+    void VerifySubtree(QAccessibleInterface& top);
+    QWidget* FindAnywhere(const char* name) const;
+    QPushButton* Button(const char* name) const { return qobject_cast<QPushButton*>(FindAnywhere(name)); }
 
     std::unique_ptr<ProtocolWin> agreement;
     std::unique_ptr<VeloWin> window;
     std::unique_ptr<VeloMessageBox> box;
     ExitWin* question = nullptr;
-    QObjectList seen;
+    QObjectList visited;
 };
 
 void TestAccessibility::init()
@@ -102,7 +102,7 @@ void TestAccessibility::init()
     agreement->show();
     window->show();
     box->show();
-    seen.clear();
+    visited.clear();
 }
 
 void TestAccessibility::cleanup()
@@ -112,7 +112,7 @@ void TestAccessibility::cleanup()
     agreement.reset();
 }
 
-QWidget* TestAccessibility::Any(const char* name) const
+QWidget* TestAccessibility::FindAnywhere(const char* name) const
 {
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget* widget : widgets) {
@@ -123,21 +123,21 @@ QWidget* TestAccessibility::Any(const char* name) const
     qFatal("there is no %s", name);
 }
 
-void TestAccessibility::Walk(QAccessibleInterface& top)
+void TestAccessibility::VerifySubtree(QAccessibleInterface& top)
 {
     const QString what = top.object()->objectName() + QLatin1Char(' ') + Name(top);
-    seen.append(top.object());
-    QVERIFY2(!WantsName(top.role()) || !Name(top).isEmpty(), qPrintable(what));
-    if (IsPressed(top.role())) {
+    visited.append(top.object());
+    QVERIFY2(!NeedsName(top.role()) || !Name(top).isEmpty(), qPrintable(what));
+    if (CanBePressed(top.role())) {
         const QString action = qobject_cast<QCheckBox*>(top.object()) != nullptr ? TOGGLE : PRESS;
-        const QStringList wanted = top.state().disabled ? QStringList() : QStringList(action);
-        QVERIFY2(top.actionInterface()->actionNames() == wanted, qPrintable(what));
+        const QStringList expected = top.state().disabled ? QStringList() : QStringList(action);
+        QVERIFY2(top.actionInterface()->actionNames() == expected, qPrintable(what));
     }
     for (int i = 0; i < top.childCount(); ++i) {
         QAccessibleInterface* child = top.child(i);
         QVERIFY2(child->parent() == &top, qPrintable(what));
         QCOMPARE(top.indexOfChild(child), i);
-        Walk(*child);
+        VerifySubtree(*child);
     }
 }
 
@@ -148,22 +148,22 @@ void TestAccessibility::everyControlHasNameAndAction()
     const Appearance appearance(shadow);
     init();
     for (QWidget* top : Windows()) {
-        Walk(InterfaceOf(top));
+        VerifySubtree(InterfaceOf(top));
     }
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget* widget : widgets) {
         if (qobject_cast<QPushButton*>(widget) != nullptr || qobject_cast<SerProEdit*>(widget) != nullptr) {
             // The help view has no parent frame before a document is opened.
-            const bool wanted = widget->parentWidget() != nullptr;
-            QVERIFY2(seen.count(widget) == (wanted ? 1 : 0), qPrintable(widget->objectName()));
+            const bool expected = widget->parentWidget() != nullptr;
+            QVERIFY2(visited.count(widget) == (expected ? 1 : 0), qPrintable(widget->objectName()));
         }
     }
     cleanup();
 }
 
-void TestAccessibility::pressIsOneClickOfEveryButton()
+void TestAccessibility::pressEmitsClickedOnce()
 {
-    Any("BeginBtn")->setEnabled(true);
+    FindAnywhere("BeginBtn")->setEnabled(true);
     std::vector<std::unique_ptr<QSignalSpy>> clicks;
     QStringList names;
     const QWidgetList widgets = QApplication::allWidgets();
@@ -184,7 +184,7 @@ void TestAccessibility::pressIsOneClickOfEveryButton()
     }
 }
 
-void TestAccessibility::widgetHasItsRoleAndName_data()
+void TestAccessibility::widgetHasExpectedRoleAndName_data()
 {
     QTest::addColumn<int>("role");
     QTest::addColumn<QString>("name");
@@ -211,11 +211,11 @@ void TestAccessibility::widgetHasItsRoleAndName_data()
     add("btnRight", QAccessible::Button, "确定");
 }
 
-void TestAccessibility::widgetHasItsRoleAndName()
+void TestAccessibility::widgetHasExpectedRoleAndName()
 {
     QFETCH(int, role);
     QFETCH(QString, name);
-    QAccessibleInterface& interface = InterfaceOf(Any(QTest::currentDataTag()));
+    QAccessibleInterface& interface = InterfaceOf(FindAnywhere(QTest::currentDataTag()));
     QCOMPARE(static_cast<int>(interface.role()), role);
     QCOMPARE(Name(interface), name);
 }
@@ -256,7 +256,7 @@ void TestAccessibility::exitQuestionIsAnsweredByPress()
     QVERIFY(InterfaceOf(exit).actionInterface()->actionNames().isEmpty());
 }
 
-void TestAccessibility::menuHangsBelowItsButton()
+void TestAccessibility::menuIsChildOfItsButton()
 {
     QAccessibleInterface& button = InterfaceOf(Find(*window, "menu"));
     QCOMPARE(button.role(), QAccessible::ButtonMenu);
@@ -314,7 +314,7 @@ void TestAccessibility::documentIsReadOnlyText()
     if (qstrcmp(QTest::currentDataTag(), "NewHandFrame") == 0) {
         page->ClickNewHandBtn();
     }
-    QAccessibleInterface& view = InterfaceOf(Any(QTest::currentDataTag())->findChild<SerProEdit*>());
+    QAccessibleInterface& view = InterfaceOf(FindAnywhere(QTest::currentDataTag())->findChild<SerProEdit*>());
     QCOMPARE(view.role(), QAccessible::EditableText);
     QCOMPARE(Name(view), name);
     QVERIFY(view.state().readOnly);

@@ -98,7 +98,7 @@ void AddQts(QWidget* window, QWidget* card)
     card->setGraphicsEffect(effect);
 }
 
-/// Returns the first difference of the alpha channels that is larger than 1 (of 255); empty if there is none.
+/// Returns the first difference of the alpha channels that is larger than 1 (of 255), or an empty text.
 QString Difference(const QImage& ours, const QImage& qts)
 {
     for (int y = 0; y < qts.height(); ++y) {
@@ -135,7 +135,7 @@ void TestCardShadow::shadowEqualsThatOfQtsEffect_data()
     QTest::newRow("large, round") << QSize(896, 504) << ROUND;
     QTest::newRow("small, round") << QSize(120, 97)
                                   << QStringLiteral("#card{background-color:white;border-radius:8px;}");
-    QTest::newRow("smaller than its sample, round") << QSize(90, 84) << ROUND;
+    QTest::newRow("below 96 pixels, round") << QSize(90, 84) << ROUND;
     QTest::newRow("square") << QSize(300, 168) << SQUARE;
     QTest::newRow("filled by its child") << QSize(300, 168) << QString();
 }
@@ -154,10 +154,10 @@ void TestCardShadow::shadowFollowsItsCard_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<QString>("style");
-    QTest::newRow("another look") << CARD << SQUARE;
+    QTest::newRow("another style") << CARD << SQUARE;
     QTest::newRow("smaller") << QSize(90, 84) << ROUND;
-    QTest::newRow("smaller, another look") << QSize(90, 84) << SQUARE;
-    QTest::newRow("no look of its own") << CARD << QString();
+    QTest::newRow("smaller, another style") << QSize(90, 84) << SQUARE;
+    QTest::newRow("no style sheet") << CARD << QString();
 }
 
 void TestCardShadow::shadowFollowsItsCard()

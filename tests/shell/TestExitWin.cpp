@@ -13,12 +13,12 @@ class TestExitWin : public QObject
 private slots:
     void widgetsHaveTheirProperties_data();
     void widgetsHaveTheirProperties();
-    void shadowDecidesTheAppearance_data();
-    void shadowDecidesTheAppearance();
+    void appearanceDependsOnShadow_data();
+    void appearanceDependsOnShadow();
     void startsWithExitChecked();
     void quitEmitsOnlyWhileExitIsChecked();
     void cancelHidesOnlyWhileCancelIsChecked();
-    void clicksCheckTheirButtonFirst();
+    void clickChecksButtonBeforeItsSlotRuns();
     void closeHides();
     void dragAreaIsTheTop32Rows();
     void dragAreaIncludesItsCorners_data();
@@ -57,12 +57,12 @@ void TestExitWin::widgetsHaveTheirProperties()
     QCOMPARE(Find(window, "widget_bg")->size(), QSize(300, 168));
 }
 
-void TestExitWin::shadowDecidesTheAppearance_data()
+void TestExitWin::appearanceDependsOnShadow_data()
 {
     AddBothAppearances();
 }
 
-void TestExitWin::shadowDecidesTheAppearance()
+void TestExitWin::appearanceDependsOnShadow()
 {
     QFETCH(bool, shadow);
     const Appearance appearance(shadow);
@@ -110,7 +110,7 @@ void TestExitWin::cancelHidesOnlyWhileCancelIsChecked()
     QVERIFY(!window.isVisible());
 }
 
-void TestExitWin::clicksCheckTheirButtonFirst()
+void TestExitWin::clickChecksButtonBeforeItsSlotRuns()
 {
     ExitWin window(nullptr);
     window.show();
@@ -147,9 +147,9 @@ void TestExitWin::dragAreaIsTheTop32Rows()
     SendMouse(window, QEvent::MouseButtonPress, card + QPoint(30, 31));
     // Without shadow the press position is relative to the card, and the move is applied to the window's
     // corner.
-    const QPoint ends = window.mapToGlobal(card + QPoint(40, 51)) - QPoint(30, 31);
+    const QPoint expected = window.mapToGlobal(card + QPoint(40, 51)) - QPoint(30, 31);
     SendMouse(window, QEvent::MouseMove, card + QPoint(40, 51));
-    QCOMPARE(window.pos(), ends);
+    QCOMPARE(window.pos(), expected);
 }
 
 void TestExitWin::dragAreaIncludesItsCorners_data()
@@ -193,7 +193,7 @@ void TestExitWin::isCentredOnItsParent()
 void TestExitWin::isNotShownDuringConstruction()
 {
     // Counts the show events of windows.
-    class Shows : public QObject
+    class ShowCounter : public QObject
     {
     public:
         int count = 0;

@@ -12,10 +12,9 @@
 
 namespace {
 const QString GOLDEN = QStringLiteral(VELODESK_SOURCE_DIR "/tests/shell/golden/");
-/// The golden images were made with this version of Qt. Newer versions give equal images; the libraries of
-/// older releases hint letters differently. One set of images with a tolerance is easier to maintain than one
-/// set per release.
-const QVersionNumber TAKEN_WITH(5, 15, 8);
+/// The Qt version that created the golden images. Newer versions create equal images. The libraries of older
+/// releases hint letters differently, therefore the comparison has a tolerance for them.
+const QVersionNumber CREATED_WITH(5, 15, 8);
 } // namespace
 
 class TestGoldenImages : public QObject
@@ -46,7 +45,7 @@ void TestGoldenImages::windowsEqualTheirGoldenImages_data()
 void TestGoldenImages::windowsEqualTheirGoldenImages()
 {
     QFETCH(bool, shadow);
-    const Allowance& allowance = QLibraryInfo::version() < TAKEN_WITH ? OTHER_RELEASE : OTHER_RASTERISER;
+    const Allowance& allowance = QLibraryInfo::version() < CREATED_WITH ? OTHER_RELEASE : OTHER_RASTERISER;
     QStringList different;
     for (const WindowImage& image : TakeWindowImages(shadow)) {
         if (!image.golden) {
@@ -54,7 +53,7 @@ void TestGoldenImages::windowsEqualTheirGoldenImages()
         }
         const QRect difference = FindDifference(image.image, Golden(image.name), allowance);
         if (!difference.isEmpty()) {
-            // Save it beside the test, for people to inspect.
+            // Save it in the folder of the test for inspection.
             image.image.save(QCoreApplication::applicationDirPath() + QLatin1Char('/') + image.name +
                              QStringLiteral(".png"));
             different += QStringLiteral("%1 at %2,%3 %4x%5")
@@ -65,22 +64,23 @@ void TestGoldenImages::windowsEqualTheirGoldenImages()
                              .arg(difference.height());
         }
     }
-    QVERIFY2(different.isEmpty(), qPrintable(different.join(QStringLiteral("; ")) +
-                                             QStringLiteral(" - if that is wanted: scripts/images accept")));
+    QVERIFY2(different.isEmpty(),
+             qPrintable(different.join(QStringLiteral("; ")) +
+                        QStringLiteral(" - if the change is intended: scripts/images accept")));
 }
 
 void TestGoldenImages::everyGoldenImageBelongsToAWindow()
 {
-    QStringList wanted;
+    QStringList expected;
     for (const bool shadow : {true, false}) {
         for (const WindowImage& image : TakeWindowImages(shadow)) {
             if (image.golden) {
-                wanted += image.name + QStringLiteral(".png");
+                expected += image.name + QStringLiteral(".png");
             }
         }
     }
-    wanted.sort();
-    QCOMPARE(QDir(GOLDEN).entryList(QDir::Files, QDir::Name | QDir::LocaleAware).toSet(), wanted.toSet());
+    expected.sort();
+    QCOMPARE(QDir(GOLDEN).entryList(QDir::Files, QDir::Name | QDir::LocaleAware).toSet(), expected.toSet());
 }
 
 void TestGoldenImages::comparisonDetectsAMovedWidget()

@@ -29,8 +29,8 @@ private slots:
     void cleanup() { window.reset(); }
 
     void widgetsHaveTheirProperties();
-    void shadowDecidesTheAppearance_data();
-    void shadowDecidesTheAppearance();
+    void appearanceDependsOnShadow_data();
+    void appearanceDependsOnShadow();
     void startsUnticked();
     void tickIsToggledByTheBoxAndByTheText_data();
     void tickIsToggledByTheBoxAndByTheText();
@@ -98,17 +98,17 @@ void TestProtocolWin::widgetsHaveTheirProperties()
     QCOMPARE(view->geometry(), QRect(12, 10, 694, 269));
     QCOMPARE(view->parentWidget(), Find(*window, "ContentFrame"));
     QVERIFY(view->toPlainText().size() > 1000);
-    // The text of the tick is stacked above everything else.
+    // The text beside the tick is above all other widgets.
     window->show();
     QCOMPARE(Find(*window, "widget_bg")->childAt(150, 399), static_cast<QWidget*>(Button("AgreeLabel")));
 }
 
-void TestProtocolWin::shadowDecidesTheAppearance_data()
+void TestProtocolWin::appearanceDependsOnShadow_data()
 {
     AddBothAppearances();
 }
 
-void TestProtocolWin::shadowDecidesTheAppearance()
+void TestProtocolWin::appearanceDependsOnShadow()
 {
     QFETCH(bool, shadow);
     const Appearance appearance(shadow);
@@ -135,7 +135,7 @@ void TestProtocolWin::tickIsToggledByTheBoxAndByTheText_data()
 {
     QTest::addColumn<QByteArray>("button");
     QTest::newRow("box") << QByteArray("AgreeBtn");
-    QTest::newRow("words") << QByteArray("AgreeLabel");
+    QTest::newRow("text") << QByteArray("AgreeLabel");
 }
 
 void TestProtocolWin::tickIsToggledByTheBoxAndByTheText()
@@ -161,7 +161,7 @@ void TestProtocolWin::beginStoresTheAgreementAndCloses()
 {
     window->show();
     QTest::mouseClick(Button("BeginBtn"), Qt::LeftButton);
-    QVERIFY2(window->isVisible(), "a grey button begins nothing");
+    QVERIFY2(window->isVisible(), "the disabled button closes the window");
     QTest::mouseClick(Button("AgreeBtn"), Qt::LeftButton);
     QTest::mouseClick(Button("BeginBtn"), Qt::LeftButton);
     QVERIFY(!window->isVisible());

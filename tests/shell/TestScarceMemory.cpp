@@ -12,13 +12,13 @@
 namespace {
 constexpr int NEVER = -1;
 /// The number of allocations that succeed before one fails.
-int succeeding = NEVER;
+int remainingSuccesses = NEVER;
 } // namespace
 
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
 {
-    if (succeeding != NEVER && succeeding-- == 0) {
-        succeeding = NEVER;
+    if (remainingSuccesses != NEVER && remainingSuccesses-- == 0) {
+        remainingSuccesses = NEVER;
         return nullptr;
     }
     try {
@@ -37,10 +37,10 @@ private slots:
     void init() { log = std::make_unique<CapturedLog>(); }
     void cleanup();
 
-    void windowIsBuiltWithoutWhatCannotBeAllocated_data();
-    void windowIsBuiltWithoutWhatCannotBeAllocated();
-    void effectThatCannotBeAllocatedIsReported();
-    void closeCommandClosesWhenTheQuestionCannotBeAllocated();
+    void windowLacksOnlyTheObjectWhoseAllocationFails_data();
+    void windowLacksOnlyTheObjectWhoseAllocationFails();
+    void addEffectReturnsErrorWhenAllocationFails();
+    void closeCommandClosesWindowWhenExitWinCannotBeAllocated();
 
 private:
     std::unique_ptr<CapturedLog> log;
@@ -48,11 +48,11 @@ private:
 
 void TestScarceMemory::cleanup()
 {
-    succeeding = NEVER;
+    remainingSuccesses = NEVER;
     log.reset();
 }
 
-void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated_data()
+void TestScarceMemory::windowLacksOnlyTheObjectWhoseAllocationFails_data()
 {
     QTest::addColumn<int>("before");
     QTest::addColumn<QString>("message");
@@ -65,15 +65,15 @@ void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated_data()
     QTest::newRow("item") << 5 << "Item is nullptr." << 1;
 }
 
-void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated()
+void TestScarceMemory::windowLacksOnlyTheObjectWhoseAllocationFails()
 {
     QFETCH(int, before);
     QFETCH(QString, message);
     QFETCH(int, missing);
     const int rows = Find<QListWidget>(VeloWin(nullptr), "appList")->count() - missing;
-    succeeding = before;
+    remainingSuccesses = before;
     VeloWin window(nullptr);
-    QCOMPARE(succeeding, NEVER);
+    QCOMPARE(remainingSuccesses, NEVER);
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("VELODESK"), message));
     QCOMPARE(Find<QListWidget>(window, "appList")->count(), rows);
     QCOMPARE(Find<QListWidget>(window, "appList")->findChildren<QLabel*>().size(), 2 * rows);
@@ -81,27 +81,27 @@ void TestScarceMemory::windowIsBuiltWithoutWhatCannotBeAllocated()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
 }
 
-void TestScarceMemory::effectThatCannotBeAllocatedIsReported()
+void TestScarceMemory::addEffectReturnsErrorWhenAllocationFails()
 {
     QWidget window;
     QWidget card(&window);
-    succeeding = 0;
+    remainingSuccesses = 0;
     QCOMPARE(Shadow::AddShadowEffect(&window, &card), 2);
     QVERIFY(card.graphicsEffect() == nullptr);
     QCOMPARE(Shadow::AddShadowEffect(&window, &card), 0);
 }
 
-void TestScarceMemory::closeCommandClosesWhenTheQuestionCannotBeAllocated()
+void TestScarceMemory::closeCommandClosesWindowWhenExitWinCannotBeAllocated()
 {
     VeloWin window(nullptr);
     window.show();
-    succeeding = 0;
+    remainingSuccesses = 0;
     QTest::mouseClick(Find(window, "exitBtn"), Qt::LeftButton);
     QVERIFY(log->Contains(QStringLiteral("ERROR"), QStringLiteral("VELODESK"),
                           QStringLiteral("ExitWin is nullptr.")));
     QCOMPARE(log->Count(QStringLiteral("ExitWin is nullptr.")), 1);
     QCOMPARE(log->Count(QStringLiteral("Velodesk show exit window.")), 0);
-    succeeding = 0;
+    remainingSuccesses = 0;
     QVERIFY(window.close());
     QVERIFY(!window.isVisible());
     QCOMPARE(log->Count(QStringLiteral("ExitWin is nullptr.")), 2);

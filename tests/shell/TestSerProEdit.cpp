@@ -48,7 +48,7 @@ private slots:
     void textWithoutAddressIsNotChanged();
     void addressesAreFound_data();
     void addressesAreFound();
-    void spanPositionsAreThoseOfTheView();
+    void processedTextIsAppendedToTheView();
     void clickInsideTheSpanOpens_data();
     void clickInsideTheSpanOpens();
     void clickUsesTheAnchorOfTheSelection();
@@ -58,7 +58,7 @@ private slots:
     void loadShowsTheTop();
     void documentIsCutAtItsFirstZeroByte();
     void missingDocumentDoesNotChangeTheView();
-    void viewsOfOneTextAreEqual();
+    void viewsOfTheSameDocumentAreEqual();
     void viewIsReadOnlyAndStyled();
     void releaseCallsThePressHandler();
 
@@ -137,9 +137,11 @@ void TestSerProEdit::addressesAreFound_data()
     QTest::newRow("in an attribute") << QStringLiteral("<img src='http://a.b/c'>")
                                      << QStringLiteral("<img src='") + link(QStringLiteral("http://a.b/c")) +
                                             QStringLiteral("'>");
-    QTest::newRow("Chinese ends it") << QStringLiteral("http://a.b/c下载")
-                                     << link(QStringLiteral("http://a.b/c")) + QStringLiteral("下载");
-    QTest::newRow("capitals are none") << QStringLiteral("HTTP://a.b") << QStringLiteral("HTTP://a.b");
+    QTest::newRow("Chinese character ends the address")
+        << QStringLiteral("http://a.b/c下载")
+        << link(QStringLiteral("http://a.b/c")) + QStringLiteral("下载");
+    QTest::newRow("scheme in capitals is no address")
+        << QStringLiteral("HTTP://a.b") << QStringLiteral("HTTP://a.b");
     QTest::newRow("too short") << QStringLiteral("http://a") << QStringLiteral("http://a");
 }
 
@@ -150,7 +152,7 @@ void TestSerProEdit::addressesAreFound()
     QCOMPARE(view->ProcessHtmlLinkUrl(text), result);
 }
 
-void TestSerProEdit::spanPositionsAreThoseOfTheView()
+void TestSerProEdit::processedTextIsAppendedToTheView()
 {
     view->ProcessHtmlLinkUrl(QStringLiteral("<p>12345</p>") + ADDRESS);
     // Two paragraphs: the text, and the link after the paragraph break.
@@ -163,7 +165,7 @@ void TestSerProEdit::clickInsideTheSpanOpens_data()
     QTest::addColumn<int>("count");
     const int end = 6 + ADDRESS.length();
     QTest::newRow("first") << 5 << 0;
-    QTest::newRow("behind the first") << 6 << 1;
+    QTest::newRow("after the first") << 6 << 1;
     QTest::newRow("before the last") << end - 1 << 1;
     QTest::newRow("last") << end << 0;
     QTest::newRow("outside") << 2 << 0;
@@ -233,7 +235,7 @@ void TestSerProEdit::headingIsKeptByTheLoad()
 
 void TestSerProEdit::loadShowsTheTop()
 {
-    // The cursor is visible before the margin above the first paragraph is.
+    // The margin is large, so that the cursor is already visible before the view shows the top.
     const QString path = Write("<html><body><p style='margin-top:90px'>first</p>" +
                                QByteArray("<p>line</p>").repeated(200) + "</body></html>");
     QScrollBar* bar = view->verticalScrollBar();
@@ -263,7 +265,7 @@ void TestSerProEdit::missingDocumentDoesNotChangeTheView()
                           QStringLiteral("File /nowhere/document open failed.")));
 }
 
-void TestSerProEdit::viewsOfOneTextAreEqual()
+void TestSerProEdit::viewsOfTheSameDocumentAreEqual()
 {
     const QString path = Write("<p style='font-weight:bold'>one</p><p>two <i>three</i></p>");
     view->InitUi(path);
@@ -304,7 +306,7 @@ void TestSerProEdit::viewIsReadOnlyAndStyled()
 
 void TestSerProEdit::releaseCallsThePressHandler()
 {
-    // Only the base class's release handler ends the scrolling of a selection that was drawn beyond the edge.
+    // The base class scrolls while a selection extends beyond the edge. Only its release handler ends this.
     view->setPlainText(QStringLiteral("line\n").repeated(500));
     view->show();
     const QPoint inside(10, 10);

@@ -17,7 +17,7 @@
 Q_DECLARE_METATYPE(QMargins)
 
 namespace {
-/// A window of 302 by 170 pixels with a card, constructed as all windows of the program.
+/// A window of 302 by 170 pixels with a card, which is constructed like the windows of the program.
 class Probe : public CardWindow<QWidget>
 {
 public:
@@ -30,7 +30,7 @@ public:
         SetCard(shadowLayout, cardWidget, QPoint(299, 31));
     }
 
-    void TakeShadowLook()
+    void AddShadow()
     {
         setAttribute(Qt::WA_TranslucentBackground);
         cardWidget->setObjectName(QStringLiteral("card"));
@@ -72,8 +72,8 @@ class TestShadow : public QObject
     Q_OBJECT
 
 private slots:
-    void distributionAndCompositorDecideTheAppearance_data();
-    void distributionAndCompositorDecideTheAppearance();
+    void appearanceDependsOnDistributionAndCompositor_data();
+    void appearanceDependsOnDistributionAndCompositor();
     void addEffectRejectsNull();
     void effectIsCreatedOnceAndSetUpAgain();
     void adjustChangesOnlyWhatDiffers();
@@ -92,8 +92,8 @@ private slots:
     void firstPlacementWithoutEffectHasNoMargins();
     void fixedSizeIsClampedOffTheDesktop();
     void moveKeepsTheCardsSize();
-    void maskHasAHoleUnderTheCursorBesideTheCard();
-    void nullIsIgnored();
+    void maskHasHoleUnderTheCursorOutsideOfTheCard();
+    void nullPointersAreIgnored();
     void pressInTheDragAreaDrags_data();
     void pressInTheDragAreaDrags();
     void anyReleaseEndsTheDrag();
@@ -104,13 +104,13 @@ private slots:
     void centringTruncatesTowardZero();
 };
 
-void TestShadow::distributionAndCompositorDecideTheAppearance_data()
+void TestShadow::appearanceDependsOnDistributionAndCompositor_data()
 {
     QTest::addColumn<QByteArray>("release");
-    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QByteArray>("output");
     QTest::addColumn<bool>("shadow");
     QTest::addColumn<QStringList>("lines");
-    const QByteArray that("DISTRIB_ID=UoS\n");
+    const QByteArray uosRelease("DISTRIB_ID=UoS\n");
     const QByteArray reply("method return\n   variant       boolean ");
     const auto check = [](const char* active) {
         return QStringLiteral("INFO TANDRA_UI check KWinSpecialEffect , ") + QLatin1String(active);
@@ -118,27 +118,29 @@ void TestShadow::distributionAndCompositorDecideTheAppearance_data()
     const QString off = QStringLiteral("INFO TANDRA_UI WinSpecialEffect is not open");
     QTest::newRow("another distribution") << QByteArray("DISTRIB_ID=other\n") << reply + "false\n"
                                           << true << QStringList();
-    QTest::newRow("it composites") << that << reply + "true\n" << true << QStringList(check("true"));
-    QTest::newRow("it does not") << that << reply + "false\n" << false << QStringList({check("false"), off});
-    QTest::newRow("another word") << that << reply + "False\n" << true << QStringList(check("False"));
-    QTest::newRow("no answer") << that << QByteArray() << true << QStringList(check(""));
+    QTest::newRow("compositing active") << uosRelease << reply + "true\n"
+                                        << true << QStringList(check("true"));
+    QTest::newRow("compositing inactive") << uosRelease << reply + "false\n"
+                                          << false << QStringList({check("false"), off});
+    QTest::newRow("unknown value") << uosRelease << reply + "False\n" << true << QStringList(check("False"));
+    QTest::newRow("no output") << uosRelease << QByteArray() << true << QStringList(check(""));
 }
 
-void TestShadow::distributionAndCompositorDecideTheAppearance()
+void TestShadow::appearanceDependsOnDistributionAndCompositor()
 {
     QFETCH(QByteArray, release);
-    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, output);
     // Replace the commands that read the file and query the compositor.
     const QTemporaryDir commands;
-    const auto stub = [&commands](const char* name, const QByteArray& output) {
+    const auto stub = [&commands](const char* name, const QByteArray& text) {
         const QString path = commands.filePath(QLatin1String(name));
-        WriteAll(path + QStringLiteral(".output"), output);
-        WriteAll(path, "#!/bin/sh\nprintf '%s ' \"$@\" > \"$0.asked\"\ncat \"$0.output\"\n");
+        WriteAll(path + QStringLiteral(".output"), text);
+        WriteAll(path, "#!/bin/sh\nprintf '%s ' \"$@\" > \"$0.arguments\"\ncat \"$0.output\"\n");
         SetMode(path, 0700);
-        return path + QStringLiteral(".asked");
+        return path + QStringLiteral(".arguments");
     };
     const QString head = stub("head", release);
-    const QString dbusSend = stub("dbus-send", answer);
+    const QString dbusSend = stub("dbus-send", output);
     const Variable path("PATH", commands.path().toLocal8Bit() + ':' + qgetenv("PATH"));
     const CapturedLog log;
     QTEST(Shadow::IsShadowEffectEnable(), "shadow");
@@ -183,7 +185,8 @@ void TestShadow::adjustChangesOnlyWhatDiffers()
 {
     QWidget window;
     window.setGeometry(10, 10, 100, 100);
-    // The given old rectangle counts, not the window's geometry: equal rectangles change nothing.
+    // AdjustWindow() compares the two given rectangles, not the window's geometry. Equal rectangles change
+    // nothing.
     Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(0, 0, 50, 50), false);
     QCOMPARE(window.geometry(), QRect(10, 10, 100, 100));
     Shadow::AdjustWindow(&window, QRect(0, 0, 50, 50), QRect(30, 40, 50, 50), true);
@@ -200,7 +203,7 @@ void TestShadow::adjustChangesOnlyWhatDiffers()
 void TestShadow::checkRectMovesTheRectangleInside_data()
 {
     QTest::addColumn<QRect>("rect");
-    QTest::addColumn<QRect>("pushed");
+    QTest::addColumn<QRect>("expected");
     QTest::newRow("inside") << QRect(20, 20, 50, 50) << QRect(20, 20, 50, 50);
     QTest::newRow("touching") << QRect(10, 10, 100, 80) << QRect(10, 10, 100, 80);
     QTest::newRow("left, top") << QRect(-5, 0, 50, 50) << QRect(10, 10, 50, 50);
@@ -213,9 +216,9 @@ void TestShadow::checkRectMovesTheRectangleInside_data()
 void TestShadow::checkRectMovesTheRectangleInside()
 {
     QFETCH(QRect, rect);
-    QFETCH(QRect, pushed);
+    QFETCH(QRect, expected);
     Shadow::CheckRect(rect, QRect(10, 10, 100, 80));
-    QCOMPARE(rect, pushed);
+    QCOMPARE(rect, expected);
 }
 
 void TestShadow::adjustRejectsNull()
@@ -250,7 +253,7 @@ void TestShadow::cardInTheMiddleHasFullMargins()
 void TestShadow::cardAtAnEdgeLosesThatMargin_data()
 {
     QTest::addColumn<QPoint>("corner");
-    QTest::addColumn<QPoint>("ends");
+    QTest::addColumn<QPoint>("expected");
     QTest::addColumn<QMargins>("margins");
     const QRect area = Area();
     const int right = area.right() - 299;
@@ -267,12 +270,12 @@ void TestShadow::cardAtAnEdgeLosesThatMargin_data()
 void TestShadow::cardAtAnEdgeLosesThatMargin()
 {
     QFETCH(QPoint, corner);
-    QFETCH(QPoint, ends);
+    QFETCH(QPoint, expected);
     QFETCH(QMargins, margins);
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
     probe.Place(QRect(corner, CARD));
-    QCOMPARE(probe.CardOnScreen(), QRect(ends, CARD));
+    QCOMPARE(probe.CardOnScreen(), QRect(expected, CARD));
     QCOMPARE(probe.shadowLayout->contentsMargins(), margins);
     QVERIFY(Area().contains(probe.geometry()));
 }
@@ -302,7 +305,7 @@ void TestShadow::firstPlacementClampsOffTheDesktop()
     QCOMPARE(probe.geometry(), QRect(180, 80, 340, 208));
     QCOMPARE(probe.shadowLayout->contentsMargins(), QMargins(20, 20, 20, 20));
     QCOMPARE(probe.cardWidget->size(), CARD);
-    // It is clamped at an edge as any other window.
+    // At an edge, it is clamped like any other window.
     probe.move(-500, -500);
     QCOMPARE(probe.Build(QRect(QPoint(-30, 7), CARD)), 0);
     QCOMPARE(probe.geometry(), QRect(0, 0, 320, 195));
@@ -365,7 +368,7 @@ void TestShadow::moveKeepsTheCardsSize()
     QCOMPARE(probe.CardOnScreen(), QRect(QPoint(150, 160), CARD));
 }
 
-void TestShadow::maskHasAHoleUnderTheCursorBesideTheCard()
+void TestShadow::maskHasHoleUnderTheCursorOutsideOfTheCard()
 {
     Probe probe;
     Shadow::AddShadowEffect(&probe, probe.cardWidget);
@@ -381,7 +384,7 @@ void TestShadow::maskHasAHoleUnderTheCursorBesideTheCard()
     QCOMPARE(probe.Mask(), whole);
 }
 
-void TestShadow::nullIsIgnored()
+void TestShadow::nullPointersAreIgnored()
 {
     QWidget widget;
     Shadow::AdjustWindow(nullptr, QRect(), QRect(1, 1, 5, 5), false);
@@ -396,9 +399,9 @@ void TestShadow::pressInTheDragAreaDrags_data()
     QTest::addColumn<int>("button");
     QTest::addColumn<bool>("drags");
     QTest::newRow("corner") << QPoint(0, 0) << int(Qt::LeftButton) << true;
-    QTest::newRow("last") << QPoint(299, 31) << int(Qt::LeftButton) << true;
-    QTest::newRow("below") << QPoint(10, 32) << int(Qt::LeftButton) << false;
-    QTest::newRow("beside") << QPoint(300, 10) << int(Qt::LeftButton) << false;
+    QTest::newRow("last pixel") << QPoint(299, 31) << int(Qt::LeftButton) << true;
+    QTest::newRow("below the area") << QPoint(10, 32) << int(Qt::LeftButton) << false;
+    QTest::newRow("right of the area") << QPoint(300, 10) << int(Qt::LeftButton) << false;
     QTest::newRow("no lower limit") << QPoint(-15, -15) << int(Qt::LeftButton) << true;
     QTest::newRow("right button") << QPoint(10, 10) << int(Qt::RightButton) << false;
 }
@@ -443,11 +446,11 @@ void TestShadow::dragIsClampedWithShadowOnly()
     const QPoint press = probe.cardWidget->pos() + QPoint(10, 10);
     const QSize largest = probe.maximumSize();
     SendMouse(probe, QEvent::MouseButtonPress, press);
-    const QPoint wanted = probe.mapToGlobal(press) + QPoint(20, 30) - QPoint(10, 10);
+    const QPoint expected = probe.mapToGlobal(press) + QPoint(20, 30) - QPoint(10, 10);
     SendMouse(probe, QEvent::MouseMove, press + QPoint(20, 30));
     probe.shadowLayout->activate();
     // Without shadow the window itself is placed at the card's position.
-    QCOMPARE(shadow ? probe.CardOnScreen().topLeft() : probe.pos(), wanted);
+    QCOMPARE(shadow ? probe.CardOnScreen().topLeft() : probe.pos(), expected);
     SendMouse(probe, QEvent::MouseMove, press - QPoint(500, 500));
     probe.shadowLayout->activate();
     if (shadow) {
@@ -470,7 +473,7 @@ void TestShadow::pointerOverTheShadowCutsAHoleIntoTheMask()
     probe.Place(QRect(QPoint(100, 100), CARD));
     SendMouse(probe, QEvent::MouseMove, QPoint(5, 6));
     QCOMPARE(probe.Mask(), QRegion(0, 0, 340, 208) - QRegion(5, 6, 1, 1));
-    // Entering the card restores the mask; from then on the card's widgets get the moves.
+    // Entering the card restores the mask. Then the card's widgets receive the moves.
     const QPoint onCard = probe.cardWidget->rect().center();
     QEnterEvent enter(onCard, probe.cardWidget->mapTo(&probe, onCard), probe.cardWidget->mapToGlobal(onCard));
     QCoreApplication::sendEvent(probe.cardWidget, &enter);

@@ -24,22 +24,22 @@ bool IsMissing()
 }
 } // namespace
 
-/// CTest runs it twice: with the installed fonts, and with that family missing.
+/// CTest runs this test twice: with all installed fonts, and without the family Noto Sans CJK SC.
 class TestTypeface : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void applicationFontIsTheFamilyAtTwelvePixels();
+    void applicationFontIsNotoSansAtTwelvePixels();
     void postscriptNameSelectsTheFamily();
     void pointSizesAssume96DotsPerInch();
     void desktopSettingsHaveNoEffect();
     void fontsHaveLatinAndChineseLetters();
     void missingFamilyHasSubstitutes();
-    void localeIsThatOfTheUser();
+    void localeIsTheUsersLocale();
 };
 
-void TestTypeface::applicationFontIsTheFamilyAtTwelvePixels()
+void TestTypeface::applicationFontIsNotoSansAtTwelvePixels()
 {
     QCOMPARE(QApplication::font().family(), FAMILY);
     QCOMPARE(QFontInfo(QApplication::font()).pixelSize(), 12);
@@ -48,13 +48,14 @@ void TestTypeface::applicationFontIsTheFamilyAtTwelvePixels()
 
 void TestTypeface::postscriptNameSelectsTheFamily()
 {
-    const QRawFont named = QRawFont::fromFont(Pixels(FAMILY, 14), QFontDatabase::SimplifiedChinese);
-    const QRawFont asked = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::SimplifiedChinese);
-    QVERIFY(named.isValid());
-    QCOMPARE(asked.familyName(), named.familyName());
-    QCOMPARE(asked.styleName(), named.styleName());
+    const QRawFont byFamily = QRawFont::fromFont(Pixels(FAMILY, 14), QFontDatabase::SimplifiedChinese);
+    const QRawFont byPostscriptName =
+        QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::SimplifiedChinese);
+    QVERIFY(byFamily.isValid());
+    QCOMPARE(byPostscriptName.familyName(), byFamily.familyName());
+    QCOMPARE(byPostscriptName.styleName(), byFamily.styleName());
     if (!IsMissing()) {
-        QCOMPARE(asked.familyName(), FAMILY);
+        QCOMPARE(byPostscriptName.familyName(), FAMILY);
         // Latin letters use the family too.
         const QRawFont latin = QRawFont::fromFont(Pixels(POSTSCRIPT_NAME, 14), QFontDatabase::Latin);
         QCOMPARE(latin.familyName().toLower(), FAMILY.toLower());
@@ -81,7 +82,7 @@ void TestTypeface::desktopSettingsHaveNoEffect()
 
 void TestTypeface::fontsHaveLatinAndChineseLetters()
 {
-    // The font that is used has these letters.
+    // QFontMetrics refers to the font that Qt selects for the family.
     for (const QString& family : {FAMILY, POSTSCRIPT_NAME}) {
         const QFontMetrics metrics(Pixels(family, 14));
         QVERIFY(metrics.inFont(QLatin1Char('A')));
@@ -92,16 +93,16 @@ void TestTypeface::fontsHaveLatinAndChineseLetters()
 void TestTypeface::missingFamilyHasSubstitutes()
 {
     // Qt stores the names in lower case.
-    const QStringList others{QStringLiteral("source han sans sc"),  QStringLiteral("source han sans cn"),
-                             QStringLiteral("noto sans sc"),        QStringLiteral("noto sans cjk tc"),
-                             QStringLiteral("wenquanyi micro hei"), QStringLiteral("wenquanyi zen hei"),
-                             QStringLiteral("droid sans fallback")};
-    const QStringList standIns = IsMissing() ? others : QStringList();
-    QCOMPARE(QFont::substitutes(FAMILY), standIns);
-    QCOMPARE(QFont::substitutes(POSTSCRIPT_NAME), QStringList(FAMILY.toLower()) + standIns);
+    const QStringList candidates{QStringLiteral("source han sans sc"),  QStringLiteral("source han sans cn"),
+                                 QStringLiteral("noto sans sc"),        QStringLiteral("noto sans cjk tc"),
+                                 QStringLiteral("wenquanyi micro hei"), QStringLiteral("wenquanyi zen hei"),
+                                 QStringLiteral("droid sans fallback")};
+    const QStringList substitutes = IsMissing() ? candidates : QStringList();
+    QCOMPARE(QFont::substitutes(FAMILY), substitutes);
+    QCOMPARE(QFont::substitutes(POSTSCRIPT_NAME), QStringList(FAMILY.toLower()) + substitutes);
 }
 
-void TestTypeface::localeIsThatOfTheUser()
+void TestTypeface::localeIsTheUsersLocale()
 {
     QCOMPARE(QByteArray(std::setlocale(LC_CTYPE, nullptr)), qgetenv("LC_ALL"));
 }

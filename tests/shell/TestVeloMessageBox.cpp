@@ -18,8 +18,8 @@ class TestVeloMessageBox : public QObject
 private slots:
     void widgetsHaveTheirProperties_data();
     void widgetsHaveTheirProperties();
-    void shadowDecidesTheAppearance_data();
-    void shadowDecidesTheAppearance();
+    void appearanceDependsOnShadow_data();
+    void appearanceDependsOnShadow();
     void buttonTextsAreSet_data();
     void buttonTextsAreSet();
     void rightButtonTextsAreSet();
@@ -31,8 +31,8 @@ private slots:
     void buttonEmitsBeforeTheBoxCloses_data();
     void buttonEmitsBeforeTheBoxCloses();
     void closeButtonEmitsNothing();
-    void noButtonEmitsNothingAndCloses();
-    void fontOfNullIsIgnored();
+    void slotWithoutSenderEmitsNothingAndCloses();
+    void setDefaultTextFontIgnoresNull();
     void isCentredOnTheMainWindowsCard_data();
     void isCentredOnTheMainWindowsCard();
     void dragAreaIncludesItsCorners_data();
@@ -80,12 +80,12 @@ void TestVeloMessageBox::widgetsHaveTheirProperties()
     QCOMPARE(Find<QPushButton>(box, "btnClose")->accessibleName(), QStringLiteral("关闭"));
 }
 
-void TestVeloMessageBox::shadowDecidesTheAppearance_data()
+void TestVeloMessageBox::appearanceDependsOnShadow_data()
 {
     AddBothAppearances();
 }
 
-void TestVeloMessageBox::shadowDecidesTheAppearance()
+void TestVeloMessageBox::appearanceDependsOnShadow()
 {
     QFETCH(bool, shadow);
     const Appearance appearance(shadow);
@@ -113,7 +113,7 @@ void TestVeloMessageBox::buttonTextsAreSet_data()
     QTest::addColumn<QString>("second");
     QTest::addColumn<bool>("leftShown");
     QTest::addColumn<QString>("right");
-    // Texts other than the form's.
+    // The texts differ from those in the form.
     QTest::newRow("one") << QStringLiteral("是") << QString() << false << QStringLiteral("是");
     QTest::newRow("one, empty text") << QStringLiteral("是") << QStringLiteral("") << false
                                      << QStringLiteral("是");
@@ -224,11 +224,11 @@ void TestVeloMessageBox::buttonEmitsBeforeTheBoxCloses()
     QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
     QSignalSpy rightSpy(&box, &VeloMessageBox::SignalRightBtnClick);
     bool openAtSignal = false;
-    const auto look = [&box, &openAtSignal] {
+    const auto recordVisibility = [&box, &openAtSignal] {
         openAtSignal = box.isVisible();
     };
-    connect(&box, &VeloMessageBox::SignalLeftBtnClick, this, look);
-    connect(&box, &VeloMessageBox::SignalRightBtnClick, this, look);
+    connect(&box, &VeloMessageBox::SignalLeftBtnClick, this, recordVisibility);
+    connect(&box, &VeloMessageBox::SignalRightBtnClick, this, recordVisibility);
     const ModalActor actor(
         [button](QWidget* dialog) { QTest::mouseClick(Find(*dialog, button.constData()), Qt::LeftButton); });
     box.exec();
@@ -251,7 +251,7 @@ void TestVeloMessageBox::closeButtonEmitsNothing()
     QVERIFY(!box.isVisible());
 }
 
-void TestVeloMessageBox::noButtonEmitsNothingAndCloses()
+void TestVeloMessageBox::slotWithoutSenderEmitsNothingAndCloses()
 {
     VeloMessageBox box(nullptr);
     QSignalSpy leftSpy(&box, &VeloMessageBox::SignalLeftBtnClick);
@@ -262,7 +262,7 @@ void TestVeloMessageBox::noButtonEmitsNothingAndCloses()
     QVERIFY(!box.isVisible());
 }
 
-void TestVeloMessageBox::fontOfNullIsIgnored()
+void TestVeloMessageBox::setDefaultTextFontIgnoresNull()
 {
     VeloMessageBox box(nullptr);
     box.SetDefaultTextFont(nullptr, 3);
@@ -275,9 +275,9 @@ void TestVeloMessageBox::fontOfNullIsIgnored()
 void TestVeloMessageBox::isCentredOnTheMainWindowsCard_data()
 {
     QTest::addColumn<QSize>("pageSize");
-    // The centres of an odd and of an even length.
-    QTest::newRow("as it is") << QSize(468, 302);
-    QTest::newRow("a pixel more") << QSize(469, 303);
+    // The centre is rounded differently for even and odd sizes.
+    QTest::newRow("even size") << QSize(468, 302);
+    QTest::newRow("odd size") << QSize(469, 303);
 }
 
 void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
@@ -291,9 +291,9 @@ void TestVeloMessageBox::isCentredOnTheMainWindowsCard()
     box.show();
     const QPoint corner = page.mapToGlobal(QPoint(-168, -44));
     const QRect area(corner, corner + QPoint(168 + pageSize.width() - 1, 44 + pageSize.height() - 1));
-    // Half of the card's size, 300 by 168.
-    const QPoint wanted((area.left() + area.right()) / 2 - 150, (area.top() + area.bottom()) / 2 - 84);
-    QCOMPARE(box.mapToGlobal(Find(box, "widget_bg")->pos()), wanted);
+    // The offset is half of the card's size, 300 by 168.
+    const QPoint expected((area.left() + area.right()) / 2 - 150, (area.top() + area.bottom()) / 2 - 84);
+    QCOMPARE(box.mapToGlobal(Find(box, "widget_bg")->pos()), expected);
 }
 
 void TestVeloMessageBox::dragAreaIncludesItsCorners_data()

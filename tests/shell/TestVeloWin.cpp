@@ -45,10 +45,10 @@ private slots:
 
     void widgetsHaveTheirProperties();
     void stackingPutsTheCloseButtonOverItsCover();
-    void shadowDecidesTheAppearance_data();
-    void shadowDecidesTheAppearance();
+    void appearanceDependsOnShadow_data();
+    void appearanceDependsOnShadow();
     void coversStayOnAllPagesWithoutShadow();
-    void widgetsThatAReportChangesAreOpaque();
+    void widgetsChangedByReportsAreOpaque();
     void firstRowHasItsImageAndText();
     void deselectedRowChangesNothing();
     void rowResetsBothPages();
@@ -70,7 +70,7 @@ private slots:
     void confirmStopsThenQuitsThenCallsTheHook();
     void exitWorksWithoutAHook();
     void dragKeepsTheCardOnTheScreen();
-    void dragIsClampedAtTheFarCorner();
+    void dragIsClampedAtTheLowerRightCorner();
     void menuButtonIsNotHoveredAfterTheMenuHides_data();
     void menuButtonIsNotHoveredAfterTheMenuHides();
     void dragAreaEndsAt895And43_data();
@@ -160,12 +160,12 @@ void TestVeloWin::stackingPutsTheCloseButtonOverItsCover()
                                  QStringLiteral("justCover"), QStringLiteral("exitBtn")}));
 }
 
-void TestVeloWin::shadowDecidesTheAppearance_data()
+void TestVeloWin::appearanceDependsOnShadow_data()
 {
     AddBothAppearances();
 }
 
-void TestVeloWin::shadowDecidesTheAppearance()
+void TestVeloWin::appearanceDependsOnShadow()
 {
     QFETCH(bool, shadow);
     const Appearance appearance(shadow);
@@ -204,7 +204,7 @@ void TestVeloWin::coversStayOnAllPagesWithoutShadow()
     QVERIFY(Find(other, "justCover")->isVisible() && Find(other, "justCover2")->isVisible());
 }
 
-void TestVeloWin::widgetsThatAReportChangesAreOpaque()
+void TestVeloWin::widgetsChangedByReportsAreOpaque()
 {
     // For opaque widgets Qt does not paint the card below.
     for (const char* name : {"PreScreenBtn", "ScreenLabel", "StatusFrame"}) {
@@ -338,7 +338,7 @@ void TestVeloWin::menuIsPlacedBelowItsButton()
     const QPoint button = Find(*window, "menu")->mapToGlobal(QPoint(0, 0));
     const QWidget* card = Find(menu, "widget_bg");
     const QPoint corner = menu.pos() + card->pos();
-    // The right edges are aligned and the menu's top is directly below the button; without shadow the frame
+    // The right edges are aligned, and the menu's top is directly below the button. Without shadow, the frame
     // is outside.
     QCOMPARE(corner.x() + 96, button.x() + 56 + (shadow ? 0 : -1));
     QCOMPARE(corner.y(), button.y() + 44 + (shadow ? 0 : 1));
@@ -404,9 +404,8 @@ void TestVeloWin::menuEntriesShowTheirPages()
     QFETCH(int, view);
     QFETCH(int, row);
     QFETCH(QString, line);
-    // The other entries leave the about page.
-    const bool about = entry == "about";
-    Stack().setCurrentIndex(about ? 0 : AboutPage());
+    // The entries "help" and "set" must leave the about page.
+    Stack().setCurrentIndex(entry == "about" ? 0 : AboutPage());
     Views().setCurrentIndex(3);
     Click("menu");
     QTest::mouseClick(Find(Menu(), entry.constData()), Qt::LeftButton);
@@ -507,7 +506,7 @@ void TestVeloWin::dragKeepsTheCardOnTheScreen()
     QCOMPARE(card->size(), QSize(896, 504));
 }
 
-void TestVeloWin::dragIsClampedAtTheFarCorner()
+void TestVeloWin::dragIsClampedAtTheLowerRightCorner()
 {
     // The clamping uses the card's size at the press, which the window does not store elsewhere.
     window.reset();
@@ -527,7 +526,7 @@ void TestVeloWin::menuButtonIsNotHoveredAfterTheMenuHides_data()
 {
     QTest::addColumn<bool>("leaves");
     QTest::newRow("pointer has left") << true;
-    QTest::newRow("pointer is on it") << false;
+    QTest::newRow("pointer is on the button") << false;
 }
 
 void TestVeloWin::menuButtonIsNotHoveredAfterTheMenuHides()
@@ -558,7 +557,7 @@ void TestVeloWin::dragAreaEndsAt895And43_data()
 {
     QTest::addColumn<QPoint>("offset");
     QTest::addColumn<bool>("drags");
-    QTest::newRow("last") << QPoint(895, 43) << true;
+    QTest::newRow("last pixel") << QPoint(895, 43) << true;
     QTest::newRow("beside") << QPoint(896, 10) << false;
     QTest::newRow("below") << QPoint(300, 44) << false;
 }

@@ -22,7 +22,7 @@
 #include "support/Widgets.h"
 
 namespace {
-constexpr int TRUSTED = 3;
+constexpr int TRUSTED_PHONES = 3;
 
 class WindowImageTaker
 {
@@ -32,10 +32,10 @@ public:
     QList<WindowImage> Take();
 
 private:
-    void Keep(const char* name, QWidget& window, bool golden = true);
+    void Add(const char* name, QWidget& window, bool golden = true);
     /// Adds the window in its normal state, then with all buttons hovered, then with all pressed.
-    void KeepStates(const char* name, QWidget& window);
-    void KeepPages(const char* name, QWidget& window, SerProEdit& view);
+    void AddStates(const char* name, QWidget& window);
+    void AddPages(const char* name, QWidget& window, SerProEdit& view);
     void TakeAgreement();
     void TakeMainWindow();
     void TakeHelp(VeloWin& window, MultiScreen& page);
@@ -43,15 +43,15 @@ private:
     void TakeAbout(VeloWin& window);
     void TakeMenu(VeloWin& window);
     void TakeDialogs(VeloWin& window, MultiScreen& page);
-    /// Adds the modal dialog that `ask` opens.
-    void KeepDialog(const char* name, const std::function<void()>& ask);
+    /// Adds the modal dialog that `openDialog` opens.
+    void AddDialog(const char* name, const std::function<void()>& openDialog);
 
     Appearance appearance;
     QString suffix;
     QList<WindowImage> images;
 };
 
-void Settle()
+void ProcessPendingEvents()
 {
     // Process deferred layout and polishing, so that grab() does not do it.
     QCoreApplication::sendPostedEvents();
@@ -61,7 +61,7 @@ void Settle()
 void Hover(const QList<QPushButton*>& buttons, bool hovered)
 {
     for (QPushButton* button : buttons) {
-        // The style uses the attribute; the button uses the pointer's position.
+        // The style uses the attribute, and the button uses the position of the pointer.
         button->setAttribute(Qt::WA_UnderMouse, hovered);
         SendMouse(*button, QEvent::MouseMove, button->rect().center(), Qt::NoButton);
         button->update();
@@ -82,32 +82,32 @@ void Store(Velodesk::StrConstName section, Velodesk::StrConstName key, const std
         Table::GetConstant(Velodesk::CONF_FILE), Table::GetConstant(section), Table::GetConstant(key), value);
 }
 
-void WindowImageTaker::Keep(const char* name, QWidget& window, bool golden)
+void WindowImageTaker::Add(const char* name, QWidget& window, bool golden)
 {
-    Settle();
+    ProcessPendingEvents();
     images.append({QLatin1String(name) + suffix,
                    window.grab().toImage().convertToFormat(QImage::Format_ARGB32), golden});
 }
 
-void WindowImageTaker::KeepStates(const char* name, QWidget& window)
+void WindowImageTaker::AddStates(const char* name, QWidget& window)
 {
     const auto buttons = window.findChildren<QPushButton*>();
-    Keep(name, window);
+    Add(name, window);
     Hover(buttons, true);
-    Keep((QByteArray(name) + "-hover").constData(), window);
+    Add((QByteArray(name) + "-hover").constData(), window);
     PressDown(buttons, true);
-    Keep((QByteArray(name) + "-pressed").constData(), window);
+    Add((QByteArray(name) + "-pressed").constData(), window);
     PressDown(buttons, false);
     Hover(buttons, false);
 }
 
-void WindowImageTaker::KeepPages(const char* name, QWidget& window, SerProEdit& view)
+void WindowImageTaker::AddPages(const char* name, QWidget& window, SerProEdit& view)
 {
     QScrollBar* bar = view.verticalScrollBar();
     int page = 1;
     for (int top = 0;; top += bar->pageStep()) {
         bar->setValue(top);
-        Keep((QByteArray(name) + '-' + QByteArray::number(page)).constData(), window, page == 1);
+        Add((QByteArray(name) + '-' + QByteArray::number(page)).constData(), window, page == 1);
         ++page;
         if (top >= bar->maximum()) {
             break;
@@ -120,10 +120,10 @@ void WindowImageTaker::TakeAgreement()
 {
     ProtocolWin window(nullptr);
     window.show();
-    KeepStates("agreement", window);
+    AddStates("agreement", window);
     window.ClickAgreeBtn();
-    KeepStates("agreement-ticked", window);
-    KeepPages("agreement-page", window, *window.findChild<SerProEdit*>());
+    AddStates("agreement-ticked", window);
+    AddPages("agreement-page", window, *window.findChild<SerProEdit*>());
 }
 
 void WindowImageTaker::TakeMainWindow()
@@ -131,12 +131,12 @@ void WindowImageTaker::TakeMainWindow()
     VeloWin window(nullptr);
     window.show();
     auto& page = *window.findChild<MultiScreen*>();
-    KeepStates("main-idle", window);
+    AddStates("main-idle", window);
     page.SetPreScreenStatus(true);
-    KeepStates("main-casting", window);
+    AddStates("main-casting", window);
     page.SetPreScreenStatus(false);
     page.ClickNameEditBtn();
-    Keep("main-name", window, false);
+    Add("main-name", window, false);
     page.ComputerNameEditEditingFinished();
     TakeHelp(window, page);
     TakeSettings(window);
@@ -149,30 +149,30 @@ void WindowImageTaker::TakeMainWindow()
 void WindowImageTaker::TakeHelp(VeloWin& window, MultiScreen& page)
 {
     page.ClickHelpBtn();
-    KeepStates("help-menu", window);
+    AddStates("help-menu", window);
     page.ClickNewHandBtn();
-    KeepPages("help-guide", window, *page.findChild<SerProEdit*>());
+    AddPages("help-guide", window, *page.findChild<SerProEdit*>());
     page.ClickCommonProblemBtn();
-    KeepPages("help-problems", window, *page.findChild<SerProEdit*>());
+    AddPages("help-problems", window, *page.findChild<SerProEdit*>());
 }
 
 void WindowImageTaker::TakeSettings(VeloWin& window)
 {
     Singleton<Configure>::GetInstance()->ClearTrustDevices();
     window.ShowSetWin();
-    Keep("settings-no-phone", window);
-    Store(Velodesk::SERVER_SECTION, Velodesk::KEY_TRUST_NUM, std::to_string(TRUSTED));
+    Add("settings-no-phone", window);
+    Store(Velodesk::SERVER_SECTION, Velodesk::KEY_TRUST_NUM, std::to_string(TRUSTED_PHONES));
     window.ShowSetWin();
-    KeepStates("settings", window);
+    AddStates("settings", window);
 }
 
 void WindowImageTaker::TakeAbout(VeloWin& window)
 {
     window.ShowAboutWin();
-    KeepStates("about", window);
+    AddStates("about", window);
     auto& about = *window.findChild<AboutWin*>();
     about.ShowSerProWin();
-    KeepPages("about-agreement", window, *about.findChild<SerProEdit*>());
+    AddPages("about-agreement", window, *about.findChild<SerProEdit*>());
     about.BackToAboutWin();
 }
 
@@ -181,7 +181,7 @@ void WindowImageTaker::TakeMenu(VeloWin& window)
     window.ShowMenu();
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (widget->objectName() == QLatin1String("PopUpMenu") && widget->isVisible()) {
-            KeepStates("menu", *widget);
+            AddStates("menu", *widget);
             widget->hide();
         }
     }
@@ -191,20 +191,20 @@ void WindowImageTaker::TakeDialogs(VeloWin& window, MultiScreen& page)
 {
     window.ShowExitWin();
     auto& question = *window.findChild<ExitWin*>();
-    KeepStates("quit", question);
+    AddStates("quit", question);
     question.hide();
-    // No engine is installed here.
-    KeepDialog("warning", [&page] { page.ClickPreScreenBtn(); });
-    KeepDialog("question", [&page] { page.ClearTrustDevices(); });
+    // The engine is not installed, so the click shows the warning.
+    AddDialog("warning", [&page] { page.ClickPreScreenBtn(); });
+    AddDialog("question", [&page] { page.ClearTrustDevices(); });
 }
 
-void WindowImageTaker::KeepDialog(const char* name, const std::function<void()>& ask)
+void WindowImageTaker::AddDialog(const char* name, const std::function<void()>& openDialog)
 {
     const ModalActor actor([this, name](QWidget* dialog) {
-        KeepStates(name, *dialog);
+        AddStates(name, *dialog);
         static_cast<QDialog*>(dialog)->reject();
     });
-    ask();
+    openDialog();
     if (!actor.HasActed()) {
         qFatal("no dialog for %s", name);
     }

@@ -9,7 +9,7 @@ struct WindowImage
 {
     QString name;
     QImage image;
-    /// Whether the tests compare it with a golden image; the others are only for people.
+    /// Whether the tests compare it with a golden image. The other images are only for people.
     bool golden;
 };
 

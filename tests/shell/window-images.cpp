@@ -1,10 +1,10 @@
 // Creates images of every window, page and state, with and without shadow.
 //
 //   window-images --sheet DIR    creates all images and an index.html that shows them
-//   window-images --golden DIR   updates the golden images in DIR: replaces those that the tests
-//                            reject, and removes those that belong to no window
+//   window-images --golden DIR   updates the golden images in DIR: replaces those that the tests reject,
+//                                and removes those that belong to no window
 //
-// Needs a display and a scratch home; scripts/images provides both.
+// Needs a display and a scratch home. scripts/images provides both.
 
 #include <QApplication>
 #include <QDir>
@@ -18,7 +18,7 @@
 #include "support/ImageComparison.h"
 
 namespace {
-constexpr int OFTEN_ENOUGH = 9;
+constexpr int COMPRESSION = 9;
 
 QString FileName(const WindowImage& image)
 {
@@ -27,7 +27,7 @@ QString FileName(const WindowImage& image)
 
 bool Save(const QDir& directory, const WindowImage& image)
 {
-    return image.image.save(directory.filePath(FileName(image)), "PNG", 100 - 10 * OFTEN_ENOUGH);
+    return image.image.save(directory.filePath(FileName(image)), "PNG", 100 - 10 * COMPRESSION);
 }
 
 void WriteIndex(const QDir& directory, const QList<WindowImage>& images)
@@ -65,21 +65,21 @@ int main(int argc, char** argv)
     for (const bool shadow : {true, false}) {
         images += TakeWindowImages(shadow);
     }
-    QStringList leftOver = sheet ? QStringList() : directory.entryList({QStringLiteral("*.png")});
+    QStringList unused = sheet ? QStringList() : directory.entryList({QStringLiteral("*.png")});
     for (const WindowImage& image : images) {
-        leftOver.removeOne(FileName(image));
-        const bool wanted =
+        unused.removeOne(FileName(image));
+        const bool mustSave =
             sheet || (image.golden &&
                       !FindDifference(image.image, QImage(directory.filePath(FileName(image)))).isEmpty());
-        if (wanted && !Save(directory, image)) {
+        if (mustSave && !Save(directory, image)) {
             std::fprintf(stderr, "%s cannot be written\n", qUtf8Printable(image.name));
             return 1;
         }
-        if (wanted && !sheet) {
+        if (mustSave && !sheet) {
             std::printf("replaced: %s\n", qUtf8Printable(image.name));
         }
     }
-    for (const QString& name : qAsConst(leftOver)) {
+    for (const QString& name : qAsConst(unused)) {
         directory.remove(name);
         std::printf("removed: %s\n", qUtf8Printable(name));
     }
