@@ -18,7 +18,7 @@ public:
         QList<long> data;
     };
 
-    /// Connects to the display of DISPLAY; ends the program if there is none.
+    /// Connects to the display of the variable DISPLAY. Ends the program on failure.
     RootListener();
     ~RootListener();
     RootListener(const RootListener&) = delete;

@@ -24,7 +24,7 @@ struct Line
     QString message;
 };
 
-/// Starts the built program once, with any name and any arguments.
+/// Starts the built program with a given argv[0] and given arguments.
 class Start
 {
 public:
@@ -50,7 +50,7 @@ public:
     Start(const Start&) = delete;
     Start& operator=(const Start&) = delete;
 
-    /// Returns the exit code; -1 if the program did not exit by itself.
+    /// Returns the exit code, or -1 if the program did not exit by itself.
     int ExitCode()
     {
         return process.waitForFinished(ENDED_MS) && process.exitStatus() == QProcess::NormalExit
@@ -92,8 +92,8 @@ private slots:
 
     void wrongCommandLineIsLoggedOnceWithoutADisplay_data();
     void wrongCommandLineIsLoggedOnceWithoutADisplay();
-    void rightCommandLineStartsTheProgram_data();
-    void rightCommandLineStartsTheProgram();
+    void correctCommandLineStartsTheProgram_data();
+    void correctCommandLineStartsTheProgram();
     void logLinesHaveTheOrderOfTheStages();
     void unusableHomeEndsTheStart_data();
     void unusableHomeEndsTheStart();
@@ -202,7 +202,7 @@ void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay()
     QFETCH(QString, name);
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
-    // Constructing an application object would end the program here.
+    // The program must not construct an application object, which would end the program without a display.
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     Start start({}, name, arguments, environment, Folder());
     QCOMPARE(start.ExitCode(), 1);
@@ -210,13 +210,13 @@ void TestCommandLine::wrongCommandLineIsLoggedOnceWithoutADisplay()
     QCOMPARE(Log().first().level, QStringLiteral("ERROR"));
     QCOMPARE(Log().first().module, QStringLiteral("VELODESK"));
     QCOMPARE(Log().first().file, QStringLiteral("VeloMain.cpp"));
-    // The log's directory is created before any check; the settings file is not.
+    // The program creates the log's directory before any check, but not the settings file.
     COMPARE_LISTS(
         QDir(Home() + QStringLiteral("/Velodesk")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
         QStringList(QStringLiteral("log")));
 }
 
-void TestCommandLine::rightCommandLineStartsTheProgram_data()
+void TestCommandLine::correctCommandLineStartsTheProgram_data()
 {
     QTest::addColumn<QString>("argument");
     for (const char* argument : {"1234", "12abc", "-5", " 7", "\t\n7", "+9", "0", "007", "12 34",
@@ -226,7 +226,7 @@ void TestCommandLine::rightCommandLineStartsTheProgram_data()
     }
 }
 
-void TestCommandLine::rightCommandLineStartsTheProgram()
+void TestCommandLine::correctCommandLineStartsTheProgram()
 {
     QFETCH(QString, argument);
     Agree();
@@ -246,7 +246,7 @@ void TestCommandLine::logLinesHaveTheOrderOfTheStages()
     const QStringList messages = Messages();
     QCOMPARE(messages.at(0),
              QStringLiteral("chmod %1.").arg(Home() + QStringLiteral("/Velodesk//velodesk.conf")));
-    // The line depends on the distribution and its compositor.
+    // The text depends on the distribution and the compositor.
     QVERIFY2(messages.at(1) == QLatin1String("Use Shadow") ||
                  messages.at(1) == QLatin1String("Don't Use Shadow"),
              qPrintable(messages.at(1)));
@@ -275,7 +275,7 @@ void TestCommandLine::unusableHomeEndsTheStart()
     } else {
         environment.insert(QStringLiteral("HOME"), home);
     }
-    // Make the root of the file system read-only, as it is for an ordinary user.
+    // Makes / read-only, as it is for an unprivileged user.
     const QStringList readOnly{QStringLiteral("bwrap"),
                                QStringLiteral("--ro-bind"),
                                QStringLiteral("/"),
@@ -305,14 +305,14 @@ void TestCommandLine::blockedSocketNameEndsTheStart()
     const QString closed = here + QStringLiteral("/VelodeskServer/closed");
     QVERIFY(QDir().mkpath(closed + QStringLiteral("/a")));
     QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0500), 0);
-    const QStringList plainUser{QStringLiteral("bwrap"),
-                                QStringLiteral("--dev-bind"),
-                                QStringLiteral("/"),
-                                QStringLiteral("/"),
-                                QStringLiteral("--cap-drop"),
-                                QStringLiteral("ALL"),
-                                QStringLiteral("--die-with-parent")};
-    Start start(plainUser, NAME, {QStringLiteral("1")}, environment, here);
+    const QStringList unprivilegedUser{QStringLiteral("bwrap"),
+                                       QStringLiteral("--dev-bind"),
+                                       QStringLiteral("/"),
+                                       QStringLiteral("/"),
+                                       QStringLiteral("--cap-drop"),
+                                       QStringLiteral("ALL"),
+                                       QStringLiteral("--die-with-parent")};
+    Start start(unprivilegedUser, NAME, {QStringLiteral("1")}, environment, here);
     const int exitCode = start.ExitCode();
     QCOMPARE(chmod(closed.toLocal8Bit().constData(), 0700), 0);
     QCOMPARE(exitCode, 1);
@@ -343,7 +343,7 @@ void TestCommandLine::laterInstanceEndsWithZero()
             modules.append(line.module);
         }
     }
-    // It is logged where it is detected and where it is handled.
+    // SingleApplication logs the other instance, and main() logs the end.
     QCOMPARE(modules, QStringList({QStringLiteral("UTILS"), QStringLiteral("VELODESK")}));
     QCOMPARE(Messages().count(QStringLiteral("Active application.")), 1);
     QCOMPARE(Messages().count(MAIN_WINDOW), 1);
@@ -422,7 +422,7 @@ void TestCommandLine::signalEndsTheProgramInOrder()
     const QString socket = Folder() + QStringLiteral("/VelodeskServer");
     Start start({}, NAME, {QStringLiteral("1")}, environment, Folder());
     QTRY_VERIFY_WITH_TIMEOUT(agreed ? Messages().contains(MAIN_WINDOW) : QFile::exists(socket), ENDED_MS);
-    // The handlers are installed after the socket and before any window.
+    // The program installs the handlers after it listens on the socket and before it shows a window.
     QTRY_VERIFY((SignalSet(start.Pid(), "SigCgt:") & SetOf(SIGTERM)) != 0);
     QCOMPARE(kill(static_cast<pid_t>(start.Pid()), signal), 0);
     QCOMPARE(start.ExitCode(), 0);

@@ -40,26 +40,26 @@ public:
     static auto Sender() { return &OpenApplication::sender; }
 };
 
-/// Calls a function when its window is requested.
-class AskedWindow : public QWidget
+/// A widget that calls a function when its native window is created.
+class WinIdObserver : public QWidget
 {
 public:
-    explicit AskedWindow(std::function<void()> given) : answer(std::move(given)) {}
+    explicit WinIdObserver(std::function<void()> function) : onWinIdChange(std::move(function)) {}
 
 protected:
     bool event(QEvent* event) override
     {
         if (event->type() == QEvent::WinIdChange) {
-            answer();
+            onWinIdChange();
         }
         return QWidget::event(event);
     }
 
 private:
-    std::function<void()> answer;
+    std::function<void()> onWinIdChange;
 };
 
-/// A plain socket without Qt, for a peer or a server that misbehaves.
+/// A socket without Qt, for a client or a server that does not follow the protocol.
 class RawSocket
 {
 public:
@@ -86,7 +86,7 @@ private:
     sockaddr_un address{};
 };
 
-/// Runs as an instance that makes the check and ends; prints "result running".
+/// Runs as another instance: calls InitLocalConnect(), prints "result running" and the log lines, and ends.
 int RunInstance(int argc, char** argv)
 {
     const CapturedLog log;
@@ -116,27 +116,27 @@ private slots:
     void endedInstanceIsNotReportedAsRunning();
     void blockingEntryIsRemoved_data();
     void blockingEntryIsRemoved();
-    void harmlessEntryIsKept_data();
-    void harmlessEntryIsKept();
+    void entryThatDoesNotBlockIsKept_data();
+    void entryThatDoesNotBlockIsKept();
     void linkToADirectoryEmptiesItAndBlocksTheStart();
     void undeletableDirectoryBlocksTheStart();
-    void staleSocketIsTakenOver();
-    void socketNameThatStaysInUseIsAFailure();
-    void otherListenErrorIsNoFailure();
-    void serverThatNeverAnswersCountsAsNotRunning();
+    void staleSocketIsReplaced();
+    void socketNameThatRemainsInUseFails();
+    void otherListenErrorSucceeds();
+    void serverThatNeverAcceptsCountsAsNotRunning();
     void connectionWithoutAWindowRaisesNothing();
     void connectionRaisesTheWindow();
-    void windowSetLastIsRaised();
+    void lastSetWindowIsRaised();
     void missingDisplayIsOnlyLogged_data();
     void missingDisplayIsOnlyLogged();
-    void silentPeerDelaysByOneSecond();
-    void missingConnectionIsAnError();
+    void silentClientDelaysTheServerByOneSecond();
+    void connectionSlotFailsWithoutAPendingConnection();
     void pendingConnectionIsAccepted();
-    void serverEndsWithItsObject();
-    void activationMessageNamesTheGivenWindow();
+    void serverStopsListeningWithItsObject();
+    void activationMessageContainsTheGivenWindow();
 
 private:
-    /// Creates an application with this test's socket name that listens.
+    /// Creates an application that listens on this test's socket.
     void Start();
     QProcess& StartInstance();
     QString SocketPath() const { return QDir::tempPath() + QLatin1Char('/') + name; }
@@ -231,7 +231,7 @@ void TestSingleApplication::laterInstanceConnectsAndDoesNotListen()
     QTRY_COMPARE(log->Messages(), QStringList(ACTIVE));
     QVERIFY(log->Contains(INFO, UTILS, ACTIVE));
     QVERIFY(!application->IsRunning());
-    // The first instance is unchanged.
+    // The first instance still runs.
     StartInstance();
     QTRY_COMPARE_WITH_TIMEOUT(instance->state(), QProcess::NotRunning, ENDED_MS);
     QTRY_COMPARE(log->Count(ACTIVE), 2);
@@ -254,7 +254,7 @@ void TestSingleApplication::blockingEntryIsRemoved_data()
     QTest::addColumn<int>("kind");
     QTest::newRow("link to a file") << 0;
     QTest::newRow("empty directory") << 1;
-    QTest::newRow("full directory") << 2;
+    QTest::newRow("directory with content") << 2;
 }
 
 void TestSingleApplication::blockingEntryIsRemoved()
@@ -281,7 +281,7 @@ void TestSingleApplication::blockingEntryIsRemoved()
                   QStringList(kind == 0 ? link : QStringLiteral("filename:%1 not exist!").arg(name)));
 }
 
-void TestSingleApplication::harmlessEntryIsKept_data()
+void TestSingleApplication::entryThatDoesNotBlockIsKept_data()
 {
     QTest::addColumn<bool>("link");
     QTest::addColumn<QString>("line");
@@ -289,7 +289,7 @@ void TestSingleApplication::harmlessEntryIsKept_data()
     QTest::newRow("dangling link") << true << QStringLiteral("filename:%1 not exist!");
 }
 
-void TestSingleApplication::harmlessEntryIsKept()
+void TestSingleApplication::entryThatDoesNotBlockIsKept()
 {
     QFETCH(bool, link);
     QFETCH(QString, line);
@@ -334,7 +334,7 @@ void TestSingleApplication::undeletableDirectoryBlocksTheStart()
     QVERIFY(!QFileInfo::exists(SocketPath()));
 }
 
-void TestSingleApplication::staleSocketIsTakenOver()
+void TestSingleApplication::staleSocketIsReplaced()
 {
     {
         const RawSocket crashed(SocketPath());
@@ -347,7 +347,7 @@ void TestSingleApplication::staleSocketIsTakenOver()
     QVERIFY(later.readAllStandardOutput().startsWith("0 1\n"));
 }
 
-void TestSingleApplication::socketNameThatStaysInUseIsAFailure()
+void TestSingleApplication::socketNameThatRemainsInUseFails()
 {
     QVERIFY(QDir().mkdir(SocketPath()));
     const int result = application->InitLocalConnect();
@@ -359,7 +359,7 @@ void TestSingleApplication::socketNameThatStaysInUseIsAFailure()
     QCOMPARE(log->Messages().last(), line);
 }
 
-void TestSingleApplication::otherListenErrorIsNoFailure()
+void TestSingleApplication::otherListenErrorSucceeds()
 {
     const QByteArray closed = directory->filePath(QStringLiteral("closed")).toLocal8Bit();
     QCOMPARE(mkdir(closed.constData(), 0500), 0);
@@ -372,10 +372,10 @@ void TestSingleApplication::otherListenErrorIsNoFailure()
     QVERIFY(!socket.waitForConnected());
 }
 
-void TestSingleApplication::serverThatNeverAnswersCountsAsNotRunning()
+void TestSingleApplication::serverThatNeverAcceptsCountsAsNotRunning()
 {
-    const RawSocket deaf(SocketPath());
-    QVERIFY(deaf.Listen(0));
+    const RawSocket fullServer(SocketPath());
+    QVERIFY(fullServer.Listen(0));
     std::vector<std::unique_ptr<RawSocket>> queue;
     do {
         queue.push_back(std::make_unique<RawSocket>(SocketPath(), SOCK_NONBLOCK));
@@ -386,7 +386,7 @@ void TestSingleApplication::serverThatNeverAnswersCountsAsNotRunning()
     QVERIFY2(timer.elapsed() >= 450, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(!application->IsRunning());
     QCOMPARE(log->Count(RUNNING), 0);
-    // This instance uses the name now.
+    // This instance listens on the socket now.
     QProcess& later = StartInstance();
     QTRY_COMPARE_WITH_TIMEOUT(later.state(), QProcess::NotRunning, ENDED_MS);
     QTRY_COMPARE(log->Count(ACTIVE), 1);
@@ -423,7 +423,7 @@ void TestSingleApplication::connectionRaisesTheWindow()
     QCOMPARE(message.data, QList<long>({2, 0, 0, 0, 0}));
 }
 
-void TestSingleApplication::windowSetLastIsRaised()
+void TestSingleApplication::lastSetWindowIsRaised()
 {
     const QWidget agreement;
     const QWidget mainWindow;
@@ -444,7 +444,7 @@ void TestSingleApplication::missingDisplayIsOnlyLogged_data()
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("line");
     QTest::newRow("unset") << QByteArray() << QStringLiteral("Get display name failed.");
-    QTest::newRow("dead") << QByteArray("nowhere:77") << QStringLiteral("Get window display failed.");
+    QTest::newRow("unreachable") << QByteArray("nowhere:77") << QStringLiteral("Get window display failed.");
 }
 
 void TestSingleApplication::missingDisplayIsOnlyLogged()
@@ -473,7 +473,7 @@ void TestSingleApplication::missingDisplayIsOnlyLogged()
     QCOMPARE(root.Take().size(), 0);
 }
 
-void TestSingleApplication::silentPeerDelaysByOneSecond()
+void TestSingleApplication::silentClientDelaysTheServerByOneSecond()
 {
     Start();
     QElapsedTimer timer;
@@ -493,7 +493,7 @@ void TestSingleApplication::silentPeerDelaysByOneSecond()
     QVERIFY2(timer.elapsed() < 900, qPrintable(QString::number(timer.elapsed())));
 }
 
-void TestSingleApplication::missingConnectionIsAnError()
+void TestSingleApplication::connectionSlotFailsWithoutAPendingConnection()
 {
     Start();
     int result = 0;
@@ -507,7 +507,7 @@ void TestSingleApplication::pendingConnectionIsAccepted()
 {
     Start();
     QObject* server = nullptr;
-    AskedWindow window([this, &server] { server = ((*application).*OpenApplication::Sender())(); });
+    WinIdObserver window([this, &server] { server = ((*application).*OpenApplication::Sender())(); });
     application->SetMainWindow(window);
     {
         const RawSocket peer(SocketPath());
@@ -529,14 +529,14 @@ void TestSingleApplication::pendingConnectionIsAccepted()
     QCOMPARE(log->Count(ACTIVE), 2);
 }
 
-void TestSingleApplication::serverEndsWithItsObject()
+void TestSingleApplication::serverStopsListeningWithItsObject()
 {
     Start();
     application.reset();
     QVERIFY(!QFileInfo::exists(SocketPath()));
 }
 
-void TestSingleApplication::activationMessageNamesTheGivenWindow()
+void TestSingleApplication::activationMessageContainsTheGivenWindow()
 {
     RootListener root;
     const auto open = [] {
@@ -544,7 +544,7 @@ void TestSingleApplication::activationMessageNamesTheGivenWindow()
     };
     const int descriptors = open();
     RawxWindowOpt::ActivexWindow(0x1234567);
-    // A thread of Qt may have opened a descriptor for a moment.
+    // A thread of Qt can open a descriptor temporarily.
     QTRY_VERIFY(open() <= descriptors);
     const QList<RootListener::Message> messages = root.Take();
     QCOMPARE(messages.size(), 1);

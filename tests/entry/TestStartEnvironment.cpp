@@ -9,21 +9,21 @@ class TestStartEnvironment : public QObject
     Q_OBJECT
 
 private slots:
-    void platformIsXIfThereIsADisplay_data();
-    void platformIsXIfThereIsADisplay();
-    void dotsPerInchFollowTheScreensOwnFactor_data();
-    void dotsPerInchFollowTheScreensOwnFactor();
+    void platformIsXcbIfDisplayIsSet_data();
+    void platformIsXcbIfDisplayIsSet();
+    void dotsPerInchFollowTheScreenFactors_data();
+    void dotsPerInchFollowTheScreenFactors();
     void environmentIsRestored();
     void openGlChoiceOfTheUserIsKept();
     void desktopSettingsHaveNoEffect();
     void destructorRestoresTheEnvironment();
 };
 
-void TestStartEnvironment::platformIsXIfThereIsADisplay_data()
+void TestStartEnvironment::platformIsXcbIfDisplayIsSet_data()
 {
     QTest::addColumn<QByteArray>("display");
     QTest::addColumn<QByteArray>("platform");
-    QTest::addColumn<QByteArray>("seen");
+    QTest::addColumn<QByteArray>("expected");
     QTest::newRow("display") << QByteArray(":1") << QByteArray() << QByteArray("xcb");
     QTest::newRow("empty choice") << QByteArray(":1") << QByteArray("") << QByteArray("xcb");
     QTest::newRow("user's choice") << QByteArray(":1") << QByteArray("wayland;xcb")
@@ -32,18 +32,18 @@ void TestStartEnvironment::platformIsXIfThereIsADisplay_data()
     QTest::newRow("empty display") << QByteArray("") << QByteArray() << QByteArray();
 }
 
-void TestStartEnvironment::platformIsXIfThereIsADisplay()
+void TestStartEnvironment::platformIsXcbIfDisplayIsSet()
 {
     QFETCH(QByteArray, display);
     QFETCH(QByteArray, platform);
-    QFETCH(QByteArray, seen);
-    const Variable displayNow("DISPLAY", display);
-    const Variable platformNow("QT_QPA_PLATFORM", platform);
+    QFETCH(QByteArray, expected);
+    const Variable displayVariable("DISPLAY", display);
+    const Variable platformVariable("QT_QPA_PLATFORM", platform);
     const StartEnvironment environment;
-    QCOMPARE(qgetenv("QT_QPA_PLATFORM"), seen);
+    QCOMPARE(qgetenv("QT_QPA_PLATFORM"), expected);
 }
 
-void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor_data()
+void TestStartEnvironment::dotsPerInchFollowTheScreenFactors_data()
 {
     QTest::addColumn<QByteArray>("factors");
     QTest::addColumn<QByteArray>("dpi");
@@ -53,18 +53,18 @@ void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor_data()
     QTest::newRow("less than one") << QByteArray("0.75") << QByteArray("72");
     QTest::newRow("two") << QByteArray("1.25;1.25") << QByteArray("120");
     QTest::newRow("by name") << QByteArray("eDP-1=1.5;HDMI-1=1.5;") << QByteArray("144");
-    QTest::newRow("nonsense") << QByteArray("eDP-1=large") << QByteArray("96");
+    QTest::newRow("invalid") << QByteArray("eDP-1=large") << QByteArray("96");
     QTest::newRow("zero") << QByteArray("0") << QByteArray("96");
     QTest::newRow("negative") << QByteArray("-2") << QByteArray("96");
     QTest::newRow("infinite") << QByteArray("inf") << QByteArray("96");
     QTest::newRow("not a number") << QByteArray("nan") << QByteArray("96");
 }
 
-void TestStartEnvironment::dotsPerInchFollowTheScreensOwnFactor()
+void TestStartEnvironment::dotsPerInchFollowTheScreenFactors()
 {
     QFETCH(QByteArray, factors);
     QFETCH(QByteArray, dpi);
-    const Variable now("QT_SCREEN_SCALE_FACTORS", factors);
+    const Variable factorsVariable("QT_SCREEN_SCALE_FACTORS", factors);
     const StartEnvironment environment;
     QCOMPARE(qgetenv("QT_FONT_DPI"), dpi);
 }
@@ -85,7 +85,7 @@ void TestStartEnvironment::environmentIsRestored()
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("120"));
     QVERIFY(!qEnvironmentVariableIsSet("QT_STYLE_OVERRIDE"));
     QVERIFY(!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"));
-    // Only the first call restores: later values of the program are kept.
+    // Only the first call restores the values. A second call keeps later values.
     qputenv("QT_FONT_DPI", "100");
     environment.Restore();
     QCOMPARE(qgetenv("QT_FONT_DPI"), QByteArray("100"));
