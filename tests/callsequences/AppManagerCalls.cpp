@@ -32,7 +32,7 @@ public:
     void End() override;
 
 private:
-    /// Counts of the manager's signals: the expected ones and the emitted ones.
+    /// The numbers of signals of the manager.
     struct Emitted
     {
         int started = 0;
@@ -67,7 +67,7 @@ private:
 
 AppManagerCalls::AppManagerCalls(quint32 seed) : CallSequence(seed)
 {
-    // Connected before the manager connects, so each emission is counted here first.
+    // These connections exist before the manager's, so each emission is counted here first.
     QObject::connect(&app, &BaseApp::AppStarted, &app, [this] {
         REQUIRE(app.*ExposedApp::Count() == 1);
         expected.started += IsForwarded() ? 1 : 0;
@@ -94,20 +94,20 @@ void AppManagerCalls::CountSignals()
     QObject::connect(manager.get(), &AppManager::AppStarted, &app, [this](AppManager::AppType type) {
         REQUIRE(type == AppManager::TANDRA_APP);
         ++emitted.started;
-        StepInside();
+        StepInSlot();
     });
     QObject::connect(manager.get(), &AppManager::AppFinished, &app, [this](AppManager::AppType type, int) {
         REQUIRE(type == AppManager::TANDRA_APP);
         ++emitted.finished;
-        StepInside();
+        StepInSlot();
     });
     QObject::connect(manager.get(), &AppManager::AppError, &app, [this] {
         ++emitted.errors;
-        StepInside();
+        StepInSlot();
     });
     QObject::connect(manager.get(), &AppManager::AppEvent, &app, [this] {
         ++emitted.events;
-        StepInside();
+        StepInSlot();
     });
 }
 
@@ -191,7 +191,7 @@ void AppManagerCalls::Step()
         registered = false;
         break;
     case 6:
-        // Both register missing applications, whatever type they receive.
+        // StartApp() and StopApp() register missing applications even if the type is unknown.
         registered = true;
         connected = true;
         if (OneIn(2)) {
@@ -222,7 +222,7 @@ void AppManagerCalls::Step()
 
 void AppManagerCalls::End()
 {
-    StayOutside();
+    DisableStepsInSlots();
     manager->DeleteAll();
     manager->StopAll();
     REQUIRE(SpinUntil([this] {

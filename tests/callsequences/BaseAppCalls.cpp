@@ -37,7 +37,7 @@ private:
 
     QTemporaryDir directory;
     std::unique_ptr<ExposedApp> app;
-    int inside = 0;
+    int slotDepth = 0;
 };
 
 void BaseAppCalls::Make()
@@ -49,9 +49,9 @@ void BaseAppCalls::Make()
         if (app == nullptr) {
             return;
         }
-        ++inside;
-        StepInside();
-        --inside;
+        ++slotDepth;
+        StepInSlot();
+        --slotDepth;
     };
     QObject::connect(app.get(), &BaseApp::AppStarted, app.get(), [this, step] {
         REQUIRE(app == nullptr || app->count == 1);
@@ -74,11 +74,11 @@ void BaseAppCalls::Clear()
         }
     }
     app->ClearVector();
-    std::vector<QProcess*> left;
+    std::vector<QProcess*> remaining;
     for (const auto& process : app->processVector) {
-        left.push_back(process.get());
+        remaining.push_back(process.get());
     }
-    REQUIRE(left == running);
+    REQUIRE(remaining == running);
 }
 
 void BaseAppCalls::Start()
@@ -129,8 +129,8 @@ void BaseAppCalls::Step()
         CallASlot();
         break;
     case 6:
-        // An application may be destroyed while its processes run, but not by a slot of its own signal.
-        if (inside == 0 && OneIn(4)) {
+        // Destroys the application while its processes may run, but never in a slot of its own signals.
+        if (slotDepth == 0 && OneIn(4)) {
             Make();
         }
         break;
@@ -143,7 +143,7 @@ void BaseAppCalls::Step()
 
 void BaseAppCalls::End()
 {
-    StayOutside();
+    DisableStepsInSlots();
     app->Stop(true);
     const ExposedApp& last = *app;
     REQUIRE(SpinUntil([&last] {

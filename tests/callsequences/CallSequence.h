@@ -26,7 +26,7 @@ public:
 
     /// Calls one operation and verifies its result.
     virtual void Step() = 0;
-    /// Verifies the final state; called once after the last step.
+    /// Verifies the final state. It is called once after the last step.
     virtual void End() {}
 
     [[noreturn]] static void Fail(const char* file, int line, const char* condition);
@@ -41,9 +41,9 @@ protected:
     }
     QByteArray AnyBytes(int longest);
 
-    /// Runs the event loop for that time.
+    /// Runs the event loop for `ms` milliseconds.
     static void Spin(int ms);
-    /// Runs the event loop until `condition` is true; returns false after ten seconds.
+    /// Runs the event loop until `condition` is true. Returns false after ten seconds.
     template <typename Condition>
     static bool SpinUntil(Condition condition)
     {
@@ -54,8 +54,8 @@ protected:
         return condition();
     }
 
-    /// Called by slots: sometimes calls one more operation. The nesting is limited.
-    void StepInside()
+    /// Slots call this function. It sometimes calls one more operation, nested up to MAX_DEPTH.
+    void StepInSlot()
     {
         if (depth < MAX_DEPTH && OneIn(2)) {
             ++depth;
@@ -65,7 +65,7 @@ protected:
     }
 
     /// Prevents further operations in slots.
-    void StayOutside() { depth = MAX_DEPTH; }
+    void DisableStepsInSlots() { depth = MAX_DEPTH; }
 
 private:
     static constexpr int MAX_DEPTH = 3;

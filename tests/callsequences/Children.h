@@ -16,7 +16,7 @@ inline Child Shell(const char* script)
     return {QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QLatin1String(script)}};
 }
 
-/// Returns all of them. All but the last three end soon without a signal.
+/// Returns all programs. The last three end only after a signal, the others end soon.
 inline QList<Child> All()
 {
     return {

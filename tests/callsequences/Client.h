@@ -25,7 +25,7 @@ public:
     bool IsConnected() const { return isConnected; }
     void Send(const QByteArray& bytes) const
     {
-        // Data that does not fit into the buffer, or that nobody reads any more, is lost.
+        // Data is lost if the buffer is full or the server has closed the connection.
         (void)!send(fd, bytes.constData(), static_cast<size_t>(bytes.size()), MSG_NOSIGNAL);
     }
 

@@ -104,7 +104,7 @@ void ConfigureCalls::Step()
         ReplaceFile();
         break;
     case 1: {
-        // Creates a missing file, and does not change an unreadable one.
+        // Init() creates a missing file, and does not change an unreadable one.
         const bool isMissing = !QFile::exists(path);
         configure.Init();
         readable = readable || isMissing;

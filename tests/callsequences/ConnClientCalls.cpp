@@ -1,4 +1,4 @@
-// The client sends whole messages, also while the server is stopped and started.
+// The client sends complete messages, also while the server stops and starts.
 
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -32,7 +32,7 @@ private:
     QString path{directory.filePath(QStringLiteral("status"))};
     std::unique_ptr<QLocalServer> server;
     std::unique_ptr<ConnClient> client;
-    QByteArray arrived;
+    QByteArray received;
     int connections = 0;
 };
 
@@ -40,7 +40,7 @@ void ConnClientCalls::Make()
 {
     client = std::make_unique<ConnClient>(path.toStdString());
     connections = 0;
-    QObject::connect(client.get(), &ConnClient::SendStatusSig, client.get(), [this] { StepInside(); });
+    QObject::connect(client.get(), &ConnClient::SendStatusSig, client.get(), [this] { StepInSlot(); });
 }
 
 void ConnClientCalls::Listen()
@@ -59,11 +59,11 @@ void ConnClientCalls::Listen()
 void ConnClientCalls::Read(QLocalSocket* socket)
 {
     QByteArray bytes = socket->readAll();
-    arrived = bytes;
+    received = bytes;
     for (const char* message : {R"({"status":"init"})", R"({"status":"run"})", R"({"status":"stop"})"}) {
         bytes.replace(message, "");
     }
-    // A message is so small that the socket never splits it.
+    // A message is too small to be split by the socket.
     REQUIRE(bytes.isEmpty());
 }
 
@@ -95,7 +95,7 @@ void ConnClientCalls::Step()
     constexpr int MAX_CONNECTIONS = 3;
     switch (Pick(10)) {
     case 0:
-        // Each further call connects the signals once more.
+        // Limits the calls, because each further call connects the signals once more.
         if (connections < MAX_CONNECTIONS) {
             ++connections;
             const int result = client->ConnToServer();
@@ -123,7 +123,7 @@ void ConnClientCalls::Step()
         }
         break;
     case 7: {
-        // The other thread sets the state; the client sends it on this thread.
+        // The other thread sets the state. The client sends it on this thread.
         ConnClient& other = *client;
         std::thread([&other] { other.AppRun(); }).join();
         break;
@@ -136,15 +136,15 @@ void ConnClientCalls::Step()
 
 void ConnClientCalls::End()
 {
-    StayOutside();
+    DisableStepsInSlots();
     if (server == nullptr) {
         Listen();
     }
     Make();
-    arrived.clear();
+    received.clear();
     REQUIRE(client->ConnToServer() == 0);
     client->AppStop();
-    REQUIRE(SpinUntil([this] { return arrived == R"({"status":"stop"})"; }));
+    REQUIRE(SpinUntil([this] { return received == R"({"status":"stop"})"; }));
 }
 } // namespace
 

@@ -1,4 +1,4 @@
-// The server emits a signal only if the status changes, whichever client sends it and however it is split.
+// The server emits a signal only if the status changes, regardless of the client and of the split into reads.
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -27,10 +27,10 @@ public:
 private:
     void Receive(const char* status)
     {
-        // Never the same status twice in a row.
+        // The server never emits the same status twice in succession.
         REQUIRE(received != QLatin1String(status));
         received = QLatin1String(status);
-        StepInside();
+        StepInSlot();
     }
     QByteArray AnyMessage();
     void Parse();
@@ -96,7 +96,7 @@ void ConnServerCalls::Step()
         server.RemoveConn();
         break;
     case 7:
-        // There may be a waiting connection, or none.
+        // A connection may be pending or not.
         server.OnNewConnect();
         if (OneIn(50)) {
             server.ServerStart();
@@ -113,7 +113,7 @@ void ConnServerCalls::Step()
 
 void ConnServerCalls::End()
 {
-    StayOutside();
+    DisableStepsInSlots();
     clients.clear();
     Spin(100);
     // The server still receives messages.

@@ -1,5 +1,5 @@
-// The getters return what the file contains. The parser's memory contains what was read or set last, and a
-// save writes it to the file.
+// The getters return the content of the file. The parser keeps the values that were read or set last, and
+// Save() writes them to the file.
 
 #include <QFile>
 #include <QMap>
@@ -24,7 +24,7 @@ public:
     void Step() override;
 
 private:
-    /// One file: its content (empty if it is missing or unreadable), and the parser's copy of it.
+    /// The content of a file (no value if it is missing or unreadable) and the parser's copy.
     struct Model
     {
         std::optional<Sections> file;
@@ -119,7 +119,7 @@ void IniParserCalls::Get(const std::string& path, Model& model)
     REQUIRE(parser.GetKeyValueString(path, section.toStdString(), key.toStdString()) == value.toStdString());
     REQUIRE(parser.GetKeyValueBool(path, section.toStdString(), key.toStdString()) == (value == "true"));
     if (loads && !key.isEmpty() && model.entry->contains(section)) {
-        // A getter adds the key with an empty value, which a save would write.
+        // A getter adds the key with an empty value, and Save() would write it.
         (*model.entry)[section][key];
     }
     bool isNumber = false;

@@ -1,4 +1,5 @@
-// Every line that fits is in the last opened file once and complete, whichever thread wrote it.
+// The last opened file contains each line that is not too long exactly once and completely, also with several
+// threads.
 
 #include <QDir>
 #include <QMap>

@@ -1,4 +1,4 @@
-// The page: its button and its status text always show the same state.
+// The button and the status text of the page always show the same state.
 
 #include <QDialog>
 #include <QDir>
@@ -41,8 +41,8 @@ MultiScreenCalls::MultiScreenCalls(quint32 seed)
     : CallSequence(seed), page(std::make_unique<MultiScreen>(nullptr))
 {
     const AppManager* manager = Singleton<AppManager>::GetInstance();
-    QObject::connect(manager, &AppManager::AppFinished, &dialogs, [this] { StepInside(); });
-    QObject::connect(manager, &AppManager::AppError, &dialogs, [this] { StepInside(); });
+    QObject::connect(manager, &AppManager::AppFinished, &dialogs, [this] { StepInSlot(); });
+    QObject::connect(manager, &AppManager::AppError, &dialogs, [this] { StepInSlot(); });
     QObject::connect(&dialogs, &QTimer::timeout, &dialogs, [this] { CloseDialogs(); });
     dialogs.start(5);
     page->show();
@@ -179,15 +179,15 @@ void MultiScreenCalls::Step()
         Spin(Pick(20));
         break;
     }
-    const bool stops = Find<QPushButton>(*page, "PreScreenBtn")->text() == QStringLiteral("结束投屏");
+    const bool isCasting = Find<QPushButton>(*page, "PreScreenBtn")->text() == QStringLiteral("结束投屏");
     REQUIRE(Find<QLabel>(*page, "ScreenLabel")->text() ==
-            (stops ? QStringLiteral("投屏中") : QStringLiteral("未投屏")));
+            (isCasting ? QStringLiteral("投屏中") : QStringLiteral("未投屏")));
     REQUIRE(QFile::exists(QString::fromStdString(StrConstant::GetConstant(Velodesk::CONF_FILE))));
 }
 
 void MultiScreenCalls::End()
 {
-    StayOutside();
+    DisableStepsInSlots();
     Singleton<AppManager>::GetInstance()->StopAll();
     page.reset();
     Spin(50);

@@ -1,5 +1,4 @@
-// The application object listens on its socket, whatever exists under that name, and answers every
-// connection.
+// The application listens on its socket even if another file has that name, and answers each connection.
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -21,15 +20,15 @@ public:
 
 private:
     void ChooseName();
-    void Block();
-    void Establish();
+    void OccupyName();
+    void Listen();
 
     QTemporaryDir directory;
     SingleApplication& application{*static_cast<SingleApplication*>(QCoreApplication::instance())};
     QWidget window;
     QString name;
     bool listens = false;
-    bool isOther = false;
+    bool isNewName = false;
     std::vector<std::unique_ptr<Client>> clients;
 };
 
@@ -39,12 +38,12 @@ void SingleApplicationCalls::ChooseName()
     clients.clear();
     name = directory.filePath(QStringLiteral("name-%1").arg(++number));
     application.SetServerName(Local(name));
-    isOther = true;
+    isNewName = true;
 }
 
-void SingleApplicationCalls::Block()
+void SingleApplicationCalls::OccupyName()
 {
-    if (!isOther) {
+    if (!isNewName) {
         return;
     }
     switch (Pick(3)) {
@@ -65,20 +64,20 @@ void SingleApplicationCalls::Block()
     }
 }
 
-void SingleApplicationCalls::Establish()
+void SingleApplicationCalls::Listen()
 {
-    if (!isOther) {
-        // The application finds its own server and takes it for another instance.
+    if (!isNewName) {
+        // The application connects to its own server, so it reports another instance.
         REQUIRE(application.InitLocalConnect() == 0);
         REQUIRE(application.IsRunning());
         return;
     }
-    // The server listens only once: with a second name, InitLocalConnect() succeeds without listening there,
-    // or fails as the first attempt did.
+    // The server listens only once. With a second name, InitLocalConnect() succeeds without listening, or
+    // fails like the first attempt.
     const int result = application.InitLocalConnect();
     REQUIRE(result == 0 || (listens && result == -1));
     REQUIRE(!application.IsRunning());
-    isOther = listens;
+    isNewName = listens;
     listens = true;
 }
 
@@ -92,10 +91,10 @@ void SingleApplicationCalls::Step()
         }
         break;
     case 1:
-        Block();
+        OccupyName();
         break;
     case 2:
-        Establish();
+        Listen();
         break;
     case 3:
         if (clients.size() < MAX_CLIENTS) {
@@ -104,7 +103,7 @@ void SingleApplicationCalls::Step()
         }
         break;
     case 4:
-        // The server waits for a silent client.
+        // The server waits for data from each client, so clients that send nothing would delay it.
         clients.clear();
         break;
     case 5:
@@ -112,7 +111,7 @@ void SingleApplicationCalls::Step()
         application.ActivateWindow();
         break;
     case 6:
-        if (isOther) {
+        if (isNewName) {
             REQUIRE(application.IsServerNameValid());
             REQUIRE(!QDir(name).exists());
         }

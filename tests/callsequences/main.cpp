@@ -39,8 +39,8 @@ long steps = 0;
 
 int Run(const Target& target, int seconds)
 {
-    // The log lines are formatted and written as in the program, but not read. Not to /dev/null: the logger
-    // would change the permissions of the device.
+    // The log is written as in the program. /dev/null is not possible, because the logger would change the
+    // permissions of the device.
     Singleton<Brevora::Logger>::GetInstance()->Init(
         (QDir::tempPath() + "/call-sequences.log").toLocal8Bit().toStdString());
     const std::unique_ptr<CallSequence> sequence = target.make(usedSeed);
