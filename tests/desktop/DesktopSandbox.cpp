@@ -1,4 +1,5 @@
-// The sandbox in which a DesktopWorld runs its programs: the installed tree is below a separate /opt.
+// Creates the sandbox for the programs of a DesktopWorld. It contains the installed program below a separate
+// /opt.
 
 #include <QDir>
 #include <QFile>
@@ -35,8 +36,8 @@ QStringList DesktopWorld::RootArguments() const
 {
     const QString programs = QLatin1String(INSTALLED_DIR) + QStringLiteral("/bin");
     const QString engine = QLatin1String(INSTALLED_DIR) + QStringLiteral("/tandra");
-    // The installed program is below an empty /opt, so that the engine can be mounted there. Display, buses
-    // and our own folders are in /tmp.
+    // /opt is empty except for the program, so that the engine can be mounted there. The sockets of display
+    // and buses and the scratch folder are in /tmp.
     QStringList arguments{QStringLiteral("--ro-bind"), options.root, QStringLiteral("/")};
     arguments << Words("--dev-bind /dev /dev --dev-bind /proc /proc --dev-bind /tmp /tmp --tmpfs /opt");
     arguments << QStringLiteral("--ro-bind") << options.root + programs << programs;
@@ -49,8 +50,8 @@ QStringList DesktopWorld::SandboxArguments() const
     if (!options.root.isEmpty()) {
         return RootArguments();
     }
-    // Mount the empty /opt first, otherwise bwrap creates missing mount points on the machine itself. Without
-    // capabilities root has only the rights of other users.
+    // Mounts the empty /opt first, because bwrap would create missing mount points on the machine itself.
+    // Drops the capabilities, so that root has only the permissions of other users.
     QStringList arguments = Words("--dev-bind / / --tmpfs /opt --bind");
     arguments << InstalledDir() << QLatin1String(INSTALLED_DIR) << Words("--die-with-parent --cap-drop ALL");
     if (!options.lsbRelease.isNull()) {
@@ -58,7 +59,7 @@ QStringList DesktopWorld::SandboxArguments() const
         if (file.open(QIODevice::WriteOnly)) {
             file.write(options.lsbRelease.toUtf8());
         }
-        // scratch-run has created a file of that name as the mount point.
+        // scratch-run has created /etc/lsb-release as a mount point.
         arguments << QStringLiteral("--ro-bind") << file.fileName() << QStringLiteral("/etc/lsb-release");
     }
     return arguments;
@@ -76,7 +77,7 @@ std::unique_ptr<QProcess> DesktopWorld::LaunchProgram(const QStringList& argumen
     KeepMessages(*process, QProcess::StandardOutput);
     QStringList command = SandboxArguments();
     if (unset.contains(QStringLiteral("HOME"))) {
-        // Without a home the program writes to the root of the file system, so make that read-only.
+        // Without a home, the program writes to /, so / must be read-only.
         command << QStringLiteral("--remount-ro") << QStringLiteral("/");
     }
     command << QStringLiteral("bash") << QStringLiteral("-c") << QStringLiteral("exec -a \"$0\" \"$@\"")

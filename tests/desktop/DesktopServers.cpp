@@ -26,7 +26,7 @@ constexpr char BUS_CONFIGURATION[] =
 </busconfig>
 )";
 
-/// A dummy graphics card with room for two monitors.
+/// The Xorg configuration of a dummy graphics card with two monitors.
 constexpr char TWO_MONITORS[] = R"(Section "ServerFlags"
  Option "AutoAddDevices" "false"
  Option "DontVTSwitch" "true"
@@ -81,7 +81,7 @@ QString DesktopWorld::StartDisplay()
         desktop->SetResources(options.resources);
     }
     if (options.twoMonitors && !AddMonitor()) {
-        return QStringLiteral("the second monitor cannot be had");
+        return QStringLiteral("the second monitor cannot be added");
     }
     return options.display.isEmpty() && !options.wayland ? StartManager() : QString();
 }
@@ -119,7 +119,7 @@ QString DesktopWorld::StartXorg()
     file.close();
     server.setProcessEnvironment(environment);
     KeepMessages(server, QProcess::StandardError);
-    // Start Xorg without its wrapper, which rejects users who are not logged in on a console.
+    // Starts Xorg without its wrapper, which rejects users who are not logged in on a console.
     server.start(QStringLiteral("/usr/lib/xorg/Xorg"),
                  {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-config"), path,
                   QStringLiteral("-logfile"), scratch.filePath(QStringLiteral("xorg.log")),
@@ -153,7 +153,7 @@ bool DesktopWorld::AddMonitor() const
 QString DesktopWorld::StartWeston()
 {
     const QString socket = QStringLiteral("wayland-0");
-    // Weston needs the folder of the X servers' sockets; no X server has created it here.
+    // Weston needs the folder of the X servers' sockets, but no X server has created it in the sandbox.
     QDir(QStringLiteral("/tmp")).mkdir(QStringLiteral(".X11-unix"));
     server.setProcessEnvironment(environment);
     server.setProcessChannelMode(QProcess::MergedChannels);

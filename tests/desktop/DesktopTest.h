@@ -10,8 +10,7 @@
 
 using namespace Places;
 
-/// Base of the desktop's test classes: a new test environment for each test function, and the positions on
-/// the windows.
+/// The base class of the desktop tests. Each test function creates a new test environment.
 class DesktopTest : public QObject
 {
 protected:
@@ -26,7 +25,7 @@ protected:
         }
     }
 
-    /// Confirms the exit question that is shown, and waits for the end of the assistant.
+    /// Waits for the exit question, confirms it, and waits until the assistant has ended.
     void ConfirmQuit()
     {
         QVERIFY(DesktopWorld::WaitFor([this] { return world->SmallWindow().id != 0; }));
@@ -40,7 +39,7 @@ protected:
     {
         return DesktopWorld::WaitFor([this, &what] { return EngineTime(what) > 0; });
     }
-    /// Creates a file in the home, for the engine's step "await".
+    /// Creates a file in the home. The engine's step "await" waits for it.
     void Signal(const QString& name) const
     {
         QFile file(world->Home() + QLatin1Char('/') + name);

@@ -11,19 +11,19 @@
 #include "Places.h"
 
 namespace {
-constexpr int LOOK_AGAIN_MS = 5;
+constexpr int POLL_INTERVAL_MS = 5;
 constexpr int STARTED_MS = 120000;
 constexpr int ENDED_MS = 20000;
 constexpr QSize BIG_CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
 constexpr QPoint SMALL_CARD_BLANK(20, 100);
-constexpr QRgb SMALL_CARD_GROUND = qRgb(0xF7, 0xF7, 0xF7);
+constexpr QRgb SMALL_CARD_BACKGROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QSize MENU_CARD(96, 108);
 constexpr int MENU_ENTRY_HEIGHT = 36;
 /// The row with the device name, relative to the page.
 constexpr QRect NAME_ROW(152, 361, 416, 22);
 constexpr int PENCIL_SIZE = 16;
-constexpr int PENCIL_GONE_MS = 10000;
+constexpr int PENCIL_HIDDEN_MS = 10000;
 constexpr QPoint PAGE_POS(168, 44);
 constexpr int SHADOW_MARGIN = 20;
 constexpr int PLAIN_MARGIN = 1;
@@ -34,7 +34,7 @@ void End(QProcess& process)
         return;
     }
     process.terminate();
-    // A paused process does not handle the request.
+    // A paused process handles the request only after it continues.
     kill(static_cast<pid_t>(process.processId()), SIGCONT);
     if (!process.waitForFinished(ENDED_MS)) {
         process.kill();
@@ -42,14 +42,14 @@ void End(QProcess& process)
     }
 }
 
-/// The reason why the last wait failed.
-QString& GivenUp()
+/// Returns the reason why the last wait failed.
+QString& FailureReason()
 {
     static QString reason;
     return reason;
 }
 
-bool WaitForEnd(QProcess& process, int milliseconds = DesktopWorld::PATIENCE_MS)
+bool WaitForEnd(QProcess& process, int milliseconds = DesktopWorld::WAIT_LIMIT_MS)
 {
     return DesktopWorld::WaitFor(
         [&process] { return process.state() == QProcess::NotRunning || process.waitForFinished(0); },
@@ -85,8 +85,8 @@ QList<DesktopWorld::Event> ReadEvents(const QString& path)
 
 const QProcess* DesktopWorld::startedDaemon = nullptr;
 
-DesktopWorld::DesktopWorld(Options wanted)
-    : options(std::move(wanted)),
+DesktopWorld::DesktopWorld(Options givenOptions)
+    : options(std::move(givenOptions)),
       scratch(QDir::tempPath() + QStringLiteral("/velodesk-XXXXXX")),
       environment(QProcessEnvironment::systemEnvironment())
 {
@@ -110,7 +110,7 @@ DesktopWorld::DesktopWorld(Options wanted)
         SetVariable(QStringLiteral("QT_SCALE_FACTOR"), QString::number(options.scale));
     }
     if (options.screenReader) {
-        // Only this service of the machine is available.
+        // The bus can start only this service of the machine.
         QDir(scratch.path()).mkpath(QStringLiteral("run/services"));
         QFile::link(QStringLiteral("/usr/share/dbus-1/services/org.a11y.Bus.service"),
                     scratch.filePath(QStringLiteral("run/services/org.a11y.Bus.service")));
@@ -238,7 +238,7 @@ QString DesktopWorld::Home() const
 
 void DesktopWorld::EndServer()
 {
-    // Close our own connection first: Xlib exits if the server has ended.
+    // Closes our own connection first, because Xlib exits if the server has ended.
     desktop.reset();
     End(server);
 }
@@ -351,7 +351,7 @@ bool DesktopWorld::AddPanel(Qt::Edge edge, int thickness) const
 {
     constexpr int SOON_MS = 500;
     const QRect all(QPoint(0, 0), desktop->Size());
-    // A window manager that is still starting may ignore the panel, so add it again.
+    // Adds the panel repeatedly, because a window manager that is still starting may ignore it.
     return WaitFor([&] {
         desktop->AddPanel(edge, thickness);
         return WaitFor([&] { return !desktop->WorkArea().isNull() && desktop->WorkArea() != all; }, SOON_MS);
@@ -430,8 +430,8 @@ void DesktopWorld::ClickCard(const QPoint& pos) const
 
 void DesktopWorld::ClickSmallCard(const QPoint& pos) const
 {
-    // A window exists before it is placed and painted, and a compositor fades it in.
-    WaitFor([this] { return desktop->PixelAt(OnSmallCard(SMALL_CARD_BLANK)) == SMALL_CARD_GROUND; });
+    // The window exists before it is placed and painted, and a compositor fades it in.
+    WaitFor([this] { return desktop->PixelAt(OnSmallCard(SMALL_CARD_BLANK)) == SMALL_CARD_BACKGROUND; });
     desktop->Click(OnSmallCard(pos));
 }
 
@@ -462,10 +462,10 @@ QPoint DesktopWorld::PencilPos() const
 bool DesktopWorld::BeginRename() const
 {
     return WaitFor([this] {
-        // The row is painted again after each edit, and a click beside the pencil has no effect.
+        // Reads the position before each click, because the row is repainted after each edit.
         const QPoint pencil = PencilPos();
         desktop->Click(pencil);
-        return WaitFor([&] { return PencilPos().x() < pencil.x(); }, PENCIL_GONE_MS);
+        return WaitFor([&] { return PencilPos().x() < pencil.x(); }, PENCIL_HIDDEN_MS);
     });
 }
 
@@ -492,7 +492,7 @@ bool DesktopWorld::PageHasColour(const QRect& area, QRgb colour) const
 
 bool DesktopWorld::ShowsCasting() const
 {
-    // Inside the button, left of its text: white means the casting style.
+    // A pixel of the button, left of its text. It is white in the casting style.
     return desktop->PixelAt(OnPage(QPoint(572, 36))) == Places::WHITE;
 }
 
@@ -516,18 +516,19 @@ bool DesktopWorld::WaitFor(const std::function<bool()>& condition, int milliseco
         // The daemon ends when the program ends.
         const bool ended = startedDaemon != nullptr && startedDaemon->state() == QProcess::NotRunning;
         if (deadline.hasExpired() || (ended && afterEnd.hasExpired())) {
-            GivenUp() = ended ? QStringLiteral("the program has ended") : QStringLiteral("waited in vain");
+            FailureReason() =
+                ended ? QStringLiteral("the program has ended") : QStringLiteral("time limit exceeded");
             return false;
         }
         QCoreApplication::processEvents();
-        QThread::msleep(LOOK_AGAIN_MS);
+        QThread::msleep(POLL_INTERVAL_MS);
     }
     return true;
 }
 
 QString DesktopWorld::Describe() const
 {
-    QStringList lines{GivenUp(), QStringLiteral("seen at that moment:")};
+    QStringList lines{FailureReason(), QStringLiteral("state at that time:")};
     const qint64 pid = AssistantPid();
     // The server may have ended.
     const QList<XDesktop::Window> windows =
@@ -542,7 +543,7 @@ QString DesktopWorld::Describe() const
                      .arg(window.title);
     }
     if (desktop != nullptr) {
-        lines += QStringLiteral("all windows on show: %1").arg(desktop->WindowsOf(0).size());
+        lines += QStringLiteral("shown windows of all processes: %1").arg(desktop->WindowsOf(0).size());
     }
     lines += QStringLiteral("program: ") + ProcessState(pid);
     lines += QStringLiteral("window manager: ") + ProcessState(windowManager.processId());
@@ -554,7 +555,7 @@ QString DesktopWorld::Describe() const
         lines += QStringLiteral("engine: ") + event.what;
     }
     lines += Log();
-    lines += QStringLiteral("said:\n") + Messages();
+    lines += QStringLiteral("output:\n") + Messages();
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -589,7 +590,7 @@ void DesktopWorld::EndEngines() const
         } else if (event.what.startsWith(QLatin1String("left behind "))) {
             pid = event.what.section(QLatin1Char(' '), 2, 2);
         }
-        // The process id may belong to another process by now.
+        // The process id may belong to another process now.
         if (Content(QStringLiteral("/proc/%1/comm").arg(pid)).trimmed() == QLatin1String("Tandra")) {
             kill(static_cast<pid_t>(pid.toLongLong()), SIGKILL);
         }

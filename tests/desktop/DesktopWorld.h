@@ -9,9 +9,9 @@
 
 #include "XDesktop.h"
 
-/// The test environment ("world") of one run of the program: an own X server, window manager, session bus,
-/// system bus and home, and the installed tree by a bind mount. The stand-in daemon starts the assistant,
-/// which is the unmodified built program.
+/// The test environment ("world") of one run of the program: a separate X server, window manager, session
+/// bus, system bus and home. A bind mount shows the built program below /opt. The stand-in daemon starts the
+/// assistant, which is the unmodified built program.
 ///
 /// The destructor ends all processes and removes all files. Waiting functions wait for effects that are
 /// visible from outside: windows, pixels, the log, the settings file, and the events that the stand-ins
@@ -19,8 +19,8 @@
 class DesktopWorld
 {
 public:
-    /// The time limit of a wait; longer than any step takes on a loaded machine.
-    static constexpr int PATIENCE_MS = 60000;
+    /// The time limit of a wait. Every step is faster, even on a loaded machine.
+    static constexpr int WAIT_LIMIT_MS = 60000;
 
     /// The folder of the installed files, as the program sees it.
     static constexpr char INSTALLED_DIR[] = "/opt/apps/com.zelmora.velodesk/files";
@@ -30,33 +30,33 @@ public:
         /// The environment variable VELODESK_WINDOW_MANAGER selects another one, such as kwin_x11.
         QString windowManager = qEnvironmentVariable("VELODESK_WINDOW_MANAGER", QStringLiteral("openbox"));
         bool compositor = false;
-        /// A headless Wayland session (weston) with an X server. That server does not draw on its root
-        /// window: windows and their positions can be read, pixels cannot.
+        /// Starts a headless Wayland session (weston) with an X server. This server does not draw on its root
+        /// window, so tests can read windows and their positions, but no pixels.
         bool wayland = false;
-        /// Adds a second monitor on the right, which is the primary one; each has 1280 by 800 pixels.
+        /// Adds a second monitor on the right as the primary monitor. Each monitor has 1280 by 800 pixels.
         bool twoMonitors = false;
         QSize screen = QSize(1280, 800);
-        /// The resolution that the X server reports; 0 for its default.
+        /// The resolution that the X server reports. 0 selects its default.
         int dpi = 0;
         /// X resources of the server, such as "Xft.dpi: 144".
         QString resources;
-        /// Sets QT_SCALE_FACTOR. Positions and sizes in tests remain those at a factor of 1.
+        /// The value of QT_SCALE_FACTOR. Tests use the positions and sizes for a factor of 1.
         qreal scale = 1;
         /// An existing display to use instead of a virtual one with a window manager.
         QString display;
         /// Whether the agreement was accepted in an earlier run.
         bool agreed = true;
-        /// Whether the session bus starts the accessibility bus and the program registers there.
+        /// Whether the session bus starts the accessibility bus and the program registers on it.
         bool screenReader = false;
-        /// The content of /etc/lsb-release; null for an empty file.
+        /// The content of /etc/lsb-release. A null string stands for an empty file.
         QString lsbRelease;
-        /// The file that receives the output of all started processes; by default one in the world's scratch
+        /// The file that receives the output of all started processes. By default, it is in the scratch
         /// folder.
         QString messages;
-        /// The root file system of another system, in which the program is installed and run; it is not
-        /// changed. Empty to run the built program on this machine.
+        /// A root file system in which the program is installed. It is mounted read-only. If it is empty, the
+        /// built program runs on this machine.
         QString root;
-        /// An engine to use instead of the stand-in. It writes no events.
+        /// An engine that replaces the stand-in. It writes no events.
         QString engine;
     };
 
@@ -66,41 +66,41 @@ public:
         QString what;
     };
 
-    explicit DesktopWorld(Options wanted);
+    explicit DesktopWorld(Options givenOptions);
     ~DesktopWorld();
 
-    /// Starts everything except the assistant. Returns an empty text, or what could not be started.
+    /// Starts everything except the assistant. Returns an empty text, or an error message.
     QString Start();
 
-    /// Starts the stand-in daemon, which starts the assistant, and waits until its window is painted at its
-    /// final position. (The window is shown first and then moved; it cannot be clicked before it is painted
-    /// there.) Returns false if the assistant ends or if the window is never painted there.
+    /// Starts the stand-in daemon, which starts the assistant. Waits until the window is painted at its final
+    /// position, because the program shows its window first and then moves it. Returns false if the assistant
+    /// ends or if the window is not painted there in time.
     bool StartAssistant(const QStringList& daemonOptions = {});
     /// Starts a second assistant beside the first, waits for its end and returns its exit code.
     int StartSecond();
-    /// Runs the program with any command line, waits for its end and returns its exit code. `arguments`
-    /// begins with argv[0]; the variables in `unset` are removed from the environment.
+    /// Runs the program, waits for its end and returns its exit code. `arguments` begins with argv[0]. The
+    /// environment does not contain the variables in `unset`.
     int RunProgram(const QStringList& arguments, const QStringList& unset = {});
 
-    /// Starts the program as RunProgram() does, but does not wait. If the returned process is killed, the
+    /// Starts the program like RunProgram(), but does not wait. If the returned process is killed, the
     /// program is killed too.
     std::unique_ptr<QProcess> LaunchProgram(const QStringList& arguments,
                                             const QStringList& unset = {}) const;
 
-    /// Runs a command with access to the installed files, on this world's display and buses, and waits for
-    /// its end. Stores its output in `output`. Returns its exit code; -1 if it did not exit normally.
+    /// Runs a command in the sandbox, with the same display and buses, and waits for its end. Stores its
+    /// output in `output`. Returns its exit code, or -1 if it did not exit normally.
     int RunBeside(const QStringList& command, QString& output) const;
 
-    /// Returns the assistant's process id; 0 before it is started.
+    /// Returns the assistant's process id, or 0 before it is started.
     qint64 AssistantPid() const;
     /// Returns the assistant's resident memory in KiB.
     int AssistantMemory() const;
-    /// Whether the assistant is idle: it waits for events and is neither running nor runnable.
+    /// Returns whether the assistant waits for events, so that it is neither running nor runnable.
     bool AssistantSleeps() const;
-    bool WaitForDaemonEnd(int milliseconds = PATIENCE_MS);
+    bool WaitForDaemonEnd(int milliseconds = WAIT_LIMIT_MS);
     /// Returns 0 if the daemon received the exit request, otherwise 1.
     int DaemonStatus() const;
-    /// Returns the assistant's exit code; -1 if it did not exit normally.
+    /// Returns the assistant's exit code, or -1 if it did not exit normally.
     int AssistantStatus() const;
 
     QString Home() const;
@@ -113,7 +113,7 @@ public:
 
     /// Returns the folder of the installed files on this machine.
     QString InstalledDir() const;
-    /// The environment of all processes that are started here.
+    /// Returns the environment of all started processes.
     QProcessEnvironment Environment() const;
     void SetVariable(const QString& name, const QString& value);
 
@@ -127,29 +127,29 @@ public:
     void WriteEngineScript(const QString& script) const;
     QList<Event> DaemonEvents() const;
     QList<Event> EngineEvents() const;
-    /// Whether a process with the engine's name runs.
+    /// Returns whether a process with the engine's name runs.
     static bool EngineRuns();
-    /// Returns the time of the first event that begins with `what`; -1 if there is none.
+    /// Returns the time of the first event that begins with `what`, or -1 if there is none.
     static qint64 TimeOf(const QList<Event>& events, const QString& what);
 
     const XDesktop& Desktop() const;
-    /// Adds a panel and waits until the work area is reduced; returns false if it never is.
+    /// Adds a panel and waits until the work area is reduced. Returns false after the time limit.
     bool AddPanel(Qt::Edge edge, int thickness) const;
-    /// Whether the window manager itself keeps windows out of panels or on the screen, wherever a program
-    /// moves them.
+    /// Return whether the window manager itself prevents windows from overlapping panels or leaving the
+    /// screen.
     bool ManagerKeepsOffPanels() const;
     bool ManagerKeepsOnScreen() const;
 
-    /// Returns the agreement window or the main window, whichever is shown; with id 0 if neither is.
+    /// Returns the shown agreement window or main window. The id is 0 if neither is shown.
     XDesktop::Window BigWindow() const;
-    /// Returns how many agreement and main windows are shown, of all processes.
+    /// Returns the number of shown agreement and main windows of all processes.
     int CountBigWindows() const;
-    /// Returns the exit confirmation or a message box.
+    /// Returns the shown exit question or message box.
     XDesktop::Window SmallWindow() const;
     XDesktop::Window MenuWindow() const;
     /// Returns Qt's own folder dialog.
     XDesktop::Window FolderDialog() const;
-    /// Returns the window in which the stand-in engine shows its drawn phone.
+    /// Returns the window in which the stand-in engine shows the image of a phone.
     XDesktop::Window EngineWindow() const;
     /// Converts a position on the big window's card to screen coordinates.
     QPoint OnCard(const QPoint& pos) const;
@@ -162,22 +162,22 @@ public:
     /// Opens the menu of the title bar and clicks an entry: 0 help, 1 settings, 2 about. Returns false if no
     /// menu appears.
     bool ChooseFromMenu(int entry) const;
-    /// Returns the screen position of the pencil beside the device name. It is searched for in the pixels,
-    /// because it depends on font metrics.
+    /// Returns the screen position of the pencil beside the device name. The position depends on font
+    /// metrics, so this function searches the pixels for it.
     QPoint PencilPos() const;
-    /// Clicks the pencil until the name can be edited; returns false if it never can.
+    /// Clicks the pencil until the name can be edited. Returns false after the time limit.
     bool BeginRename() const;
     /// Appends lines to the settings file.
     void AppendSettings(const QString& lines) const;
-    /// Whether any pixel of the page's area has that colour.
+    /// Returns whether any pixel in an area of the page has that colour.
     bool PageHasColour(const QRect& area, QRgb colour) const;
-    /// Whether the screen shows the casting state; determined by the start button's colour.
+    /// Return whether the page shows casting or idle, which the colour of the start button indicates.
     bool ShowsCasting() const;
     bool ShowsIdle() const;
 
-    /// Checks `condition` every few milliseconds until it is true. Returns false after `milliseconds`, or
-    /// already after 20 s if the program has ended.
-    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = PATIENCE_MS);
+    /// Checks `condition` every few milliseconds until it is true. Returns false after `milliseconds`. If the
+    /// program has ended, it returns false after 20 s.
+    static bool WaitFor(const std::function<bool()>& condition, int milliseconds = WAIT_LIMIT_MS);
 
     /// Returns the current state of the program, for the message of a failing test.
     QString Describe() const;
@@ -185,12 +185,12 @@ public:
     /// Returns the output of all started processes so far.
     QString Messages() const;
 
-    /// Saves a screenshot for people.
+    /// Saves a screenshot.
     bool SaveScreen(const QString& path) const;
 
 private:
     QString StartDisplay();
-    /// Returns the name of the display; empty if the server does not start.
+    /// Return the name of the display, or an empty text if the server does not start.
     QString StartXvfb();
     QString StartXorg();
     bool AddMonitor() const;
@@ -219,7 +219,7 @@ private:
     QProcess systemBus;
     QProcess sessionBus;
     QProcess daemon;
-    /// The daemon of the world that started its program last.
+    /// The daemon of the last world that started its program.
     static const QProcess* startedDaemon;
     std::unique_ptr<XDesktop> desktop;
 };

@@ -4,7 +4,7 @@
 #include <systemd/sd-bus.h>
 
 namespace {
-constexpr uint64_t LOOK_AGAIN_US = 20000;
+constexpr uint64_t POLL_INTERVAL_US = 20000;
 
 int ReadActive(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* data,
                sd_bus_error*)
@@ -12,11 +12,11 @@ int ReadActive(sd_bus*, const char*, const char*, const char*, sd_bus_message* r
     return sd_bus_message_append(reply, "b", *static_cast<const int*>(data));
 }
 
-// Systemd's initialisers use designated initialisers of C.
+// The macros of sd-bus use designated initialisers of C.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
-// With older releases of systemd these initialisers leave fields uninitialised.
+// With older versions of systemd, these macros leave fields uninitialised.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable COMPOSITING[] = {SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("active", "b", ReadActive, 0, 0),
@@ -51,7 +51,7 @@ void FakeCompositor::Serve(const std::string& address, int active)
     ready = true;
     while (!ending) {
         if (sd_bus_process(bus, nullptr) == 0) {
-            sd_bus_wait(bus, LOOK_AGAIN_US);
+            sd_bus_wait(bus, POLL_INTERVAL_US);
         }
     }
     sd_bus_flush_close_unref(bus);

@@ -4,12 +4,12 @@
 #include <atomic>
 #include <thread>
 
-/// Reports on a session bus whether a KWin compositor is active, as KWin does: the property "active" of
-/// "org.kde.kwin.Compositing" at "/Compositor".
+/// Simulates KWin's compositor on a session bus: the property "active" of "org.kde.kwin.Compositing" at
+/// "/Compositor".
 class FakeCompositor
 {
 public:
-    /// Serves until the object is destroyed. `busAddress`: as in DBUS_SESSION_BUS_ADDRESS.
+    /// Serves the property until the object is destroyed. `busAddress`: as in DBUS_SESSION_BUS_ADDRESS.
     FakeCompositor(const QString& busAddress, bool active);
     ~FakeCompositor();
     FakeCompositor(const FakeCompositor&) = delete;

@@ -12,19 +12,19 @@ private slots:
 
     void clickStartsAndStopsACast();
     void engineGetsTheDaemonsProcessId();
-    void pageWaitsForTheEnginesReport();
+    void pageShowsCastOnlyAfterTheReport();
     void reportOfTheEngineEndsTheCast();
     void crashEndsTheCast();
     void endedEngineEndsTheCast();
     void engineThatIgnoresTheRequestKeepsRunning();
     void unusableEngineShowsAWarning_data();
     void unusableEngineShowsAWarning();
-    void directoryInsteadOfTheEngineFailsToStart();
-    void badMessageChangesNothing_data();
-    void badMessageChangesNothing();
-    void nextRepeatReplacesALostReport();
-    void droppedConnectionIsOpenedAgain();
-    void reportWithoutAProcessIsNotShown();
+    void directoryInPlaceOfTheEngineFailsToStart();
+    void invalidMessageChangesNothing_data();
+    void invalidMessageChangesNothing();
+    void repeatedReportReplacesALostOne();
+    void closedConnectionIsOpenedAgain();
+    void reportOfAnUnsupervisedEngineIsNotShown();
     void closingTheStandInsPhoneEndsTheCast();
     void endOfTheCastClosesTheStandInsPhone();
 
@@ -72,7 +72,7 @@ void TestCast::engineGetsTheDaemonsProcessId()
     QVERIFY(world->EngineEvents().first().what.endsWith(QStringLiteral(" for ") + daemonPid));
 }
 
-void TestCast::pageWaitsForTheEnginesReport()
+void TestCast::pageShowsCastOnlyAfterTheReport()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("report init\nawait phone\nreport run\n"));
@@ -86,8 +86,8 @@ void TestCast::pageWaitsForTheEnginesReport()
 void TestCast::reportOfTheEngineEndsTheCast()
 {
     Begin();
-    StartCast(QStringLiteral("report run\nawait phone-gone\nreport stop\n"));
-    Signal(QStringLiteral("phone-gone"));
+    StartCast(QStringLiteral("report run\nawait phone-disconnected\nreport stop\n"));
+    Signal(QStringLiteral("phone-disconnected"));
     VERIFY_SOON(world->ShowsIdle());
     // The process is still running, and the next click starts another one beside it.
     QCOMPARE(EngineTime(QStringLiteral("ended")), -1);
@@ -132,16 +132,16 @@ void TestCast::engineThatIgnoresTheRequestKeepsRunning()
 
 void TestCast::unusableEngineShowsAWarning_data()
 {
-    QTest::addColumn<bool>("there");
+    QTest::addColumn<bool>("isPresent");
     QTest::newRow("missing") << false;
     QTest::newRow("not executable") << true;
 }
 
 void TestCast::unusableEngineShowsAWarning()
 {
-    QFETCH(bool, there);
+    QFETCH(bool, isPresent);
     Begin();
-    if (there) {
+    if (isPresent) {
         QVERIFY(QFile::setPermissions(EnginePath(), QFile::ReadOwner | QFile::WriteOwner));
     } else {
         QVERIFY(QFile::remove(EnginePath()));
@@ -155,11 +155,11 @@ void TestCast::unusableEngineShowsAWarning()
     QVERIFY(!world->HasLog(QStringLiteral("start app[0]")));
 }
 
-void TestCast::directoryInsteadOfTheEngineFailsToStart()
+void TestCast::directoryInPlaceOfTheEngineFailsToStart()
 {
     Begin();
     QVERIFY(QFile::remove(EnginePath()));
-    // A directory is executable (searchable), so the check of the file succeeds.
+    // The check of the file succeeds, because a directory is executable (searchable).
     QVERIFY(QDir().mkdir(EnginePath()));
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Tandra startup failed.")));
@@ -167,50 +167,51 @@ void TestCast::directoryInsteadOfTheEngineFailsToStart()
     QCOMPARE(world->SmallWindow().id, 0UL);
 }
 
-void TestCast::badMessageChangesNothing_data()
+void TestCast::invalidMessageChangesNothing_data()
 {
     QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("complaint");
+    QTest::addColumn<QString>("errorLine");
     const QString json = QStringLiteral("Json parse error ");
     const QString form = QStringLiteral("UTILS: Message error");
-    QTest::newRow("glued") << R"({"status":"init"}{"status":"run"})" << json;
-    QTest::newRow("half") << R"({"status":"ru)" << json;
+    QTest::newRow("two messages") << R"({"status":"init"}{"status":"run"})" << json;
+    QTest::newRow("incomplete") << R"({"status":"ru)" << json;
     QTest::newRow("no JSON") << "run" << json;
     QTest::newRow("array") << R"(["run"])" << form;
     QTest::newRow("no status") << R"({"state":"run"})" << form;
     QTest::newRow("number") << R"({"status":1})" << form;
     QTest::newRow("empty object") << "{}" << form;
-    QTest::newRow("unknown word") << R"({"status":"RUN"})" << QString();
+    QTest::newRow("unknown status") << R"({"status":"RUN"})" << QString();
 }
 
-void TestCast::badMessageChangesNothing()
+void TestCast::invalidMessageChangesNothing()
 {
     QFETCH(QString, message);
-    QFETCH(QString, complaint);
+    QFETCH(QString, errorLine);
     Begin();
     world->WriteEngineScript(QStringLiteral("send %1\nawait go\nreport run\n").arg(message));
     const int connected = CountConnections();
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(CountConnections() > connected);
-    if (!complaint.isEmpty()) {
-        VERIFY_SOON(world->HasLog(complaint));
+    if (!errorLine.isEmpty()) {
+        VERIFY_SOON(world->HasLog(errorLine));
     }
     QVERIFY(!world->HasLog(QStringLiteral(" event "), ENGINE));
     VERIFY_SOON(world->ShowsIdle());
     Signal(QStringLiteral("go"));
     VERIFY_SOON(world->ShowsCasting());
-    QCOMPARE(world->CountLog(QStringLiteral("[ERROR]")), complaint.isEmpty() ? 0 : 1);
+    QCOMPARE(world->CountLog(QStringLiteral("[ERROR]")), errorLine.isEmpty() ? 0 : 1);
 }
 
-void TestCast::nextRepeatReplacesALostReport()
+void TestCast::repeatedReportReplacesALostOne()
 {
     Begin();
-    // Two reports without a pause arrive in one read and are lost; the repeat a second later is not.
+    // Two reports without a pause arrive in one read and are lost. The repeated report a second later is not
+    // lost.
     StartCast(QStringLiteral("report init\nreport run\n"));
     VERIFY_SOON(world->ShowsCasting());
 }
 
-void TestCast::droppedConnectionIsOpenedAgain()
+void TestCast::closedConnectionIsOpenedAgain()
 {
     Begin();
     StartCast(QStringLiteral("report run\nawait drop\ndrop\n"));
@@ -223,15 +224,15 @@ void TestCast::droppedConnectionIsOpenedAgain()
     QCOMPARE(world->CountLog(QStringLiteral("TandraApp.cpp")), 1);
 }
 
-void TestCast::reportWithoutAProcessIsNotShown()
+void TestCast::reportOfAnUnsupervisedEngineIsNotShown()
 {
     Begin();
-    // An engine that the assistant did not start: its first report is stored but not shown, and its repeats
-    // are no change.
-    QProcess stranger;
-    stranger.setProcessEnvironment(world->Environment());
+    // The assistant did not start this engine. The status channel stores its first report, but the page does
+    // not show it. The repeated reports are no change.
+    QProcess unsupervised;
+    unsupervised.setProcessEnvironment(world->Environment());
     world->WriteEngineScript(QStringLiteral("report run\n"));
-    stranger.start(EnginePath(), {QStringLiteral("1")});
+    unsupervised.start(EnginePath(), {QStringLiteral("1")});
     VERIFY_SOON(world->HasLog(QStringLiteral("TandraApp.cpp")) &&
                 world->HasLog(QStringLiteral("count is 0")));
     VERIFY_SOON(world->ShowsIdle());
@@ -240,8 +241,8 @@ void TestCast::reportWithoutAProcessIsNotShown()
     VERIFY_SOON(world->HasLog(QStringLiteral("App started.")));
     VERIFY_SOON(CountConnections() > connected);
     VERIFY_SOON(world->ShowsIdle());
-    stranger.terminate();
-    QVERIFY(stranger.waitForFinished());
+    unsupervised.terminate();
+    QVERIFY(unsupervised.waitForFinished());
 }
 
 void TestCast::closingTheStandInsPhoneEndsTheCast()

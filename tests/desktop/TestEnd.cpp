@@ -61,7 +61,7 @@ void TestEnd::quitWithoutACastEndsTheDaemon()
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->DaemonStatus(), 0);
     QVERIFY(world->EngineEvents().isEmpty());
-    // First when the user quits, then in the destructor of the manager.
+    // The first stop follows the user's confirmation, the second is in the manager's destructor.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 2);
     QCOMPARE(world->CountLog(QStringLiteral("process["), ENGINE), 0);
     QCOMPARE(world->CountLog(QStringLiteral("Velodesk exit.")), 1);
@@ -76,10 +76,10 @@ void TestEnd::quitWhileCastingStopsTheEngineFirst()
     QCOMPARE(world->DaemonStatus(), 0);
     const qint64 ended = EngineTime(QStringLiteral("ended"));
     const qint64 requested = DaemonTime(QStringLiteral("exit requested"));
-    const qint64 gone = DaemonTime(QStringLiteral("assistant ended exit 0"));
+    const qint64 assistantEnded = DaemonTime(QStringLiteral("assistant ended exit 0"));
     QVERIFY(ended > 0);
-    QVERIFY2(ended < requested, "the daemon was asked before the engine had ended");
-    QVERIFY(requested < gone);
+    QVERIFY2(ended < requested, "the daemon received the exit request before the engine had ended");
+    QVERIFY(requested < assistantEnded);
 }
 
 void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
@@ -89,11 +89,11 @@ void TestEnd::quitKillsAnEngineThatIgnoresTheRequest()
     ConfirmQuit();
     QCOMPARE(world->AssistantStatus(), 0);
     QCOMPARE(world->CountLog(QStringLiteral("kill process["), ENGINE), 1);
-    // The engine may write its event late; the wait began when the request was sent.
-    constexpr qint64 NOTED_LATE_NS = 500LL * 1000 * 1000;
+    // The engine writes its event after the request was sent, possibly late.
+    constexpr qint64 EVENT_DELAY_NS = 500LL * 1000 * 1000;
     const qint64 waited =
         DaemonTime(QStringLiteral("exit requested")) - EngineTime(QStringLiteral("terminate"));
-    QVERIFY2(waited >= 3000LL * 1000 * 1000 - NOTED_LATE_NS, qPrintable(QString::number(waited)));
+    QVERIFY2(waited >= 3000LL * 1000 * 1000 - EVENT_DELAY_NS, qPrintable(QString::number(waited)));
 }
 
 void TestEnd::quitAfterAStopLeavesNoEngine()
@@ -146,7 +146,7 @@ void TestEnd::blockedWindowShowsOneQuestion()
     Begin();
     world->Desktop().CloseWindow(world->BigWindow().id);
     VERIFY_SOON(world->SmallWindow().id != 0);
-    // The question is modal: the window below it gets neither the close command nor the click.
+    // The question is modal, so the window below it gets neither the close command nor the click.
     world->Desktop().CloseWindow(world->BigWindow().id);
     world->ClickCard(CLOSE_BUTTON);
     ConfirmQuit();
@@ -159,9 +159,9 @@ void TestEnd::minimiseKeepsTheCast()
     BeginCast(QStringLiteral("report run\n"));
     const unsigned long id = world->BigWindow().id;
     world->ClickCard(MINIMISE_BUTTON);
-    VERIFY_SOON(!world->Desktop().IsOnShow(id));
+    VERIFY_SOON(!world->Desktop().IsShown(id));
     QCOMPARE(world->StartSecond(), 0);
-    VERIFY_SOON(world->Desktop().IsOnShow(id) && world->ShowsCasting());
+    VERIFY_SOON(world->Desktop().IsShown(id) && world->ShowsCasting());
     QCOMPARE(EngineTime(QStringLiteral("terminate")), -1);
 }
 
@@ -196,10 +196,10 @@ void TestEnd::endOfTheSessionStopsTheEngineAndNotTheDaemon()
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(EngineTime(QStringLiteral("ended")) < DaemonTime(QStringLiteral("assistant ended")));
     QVERIFY(world->HasLog(QStringLiteral("Get session manager.")));
-    // The question is shown while the window closes.
+    // The window shows the question when the session closes it.
     QVERIFY(world->HasLog(QStringLiteral("Velodesk closeEvent show exit window.")));
     QVERIFY(!world->HasLog(QStringLiteral("Velodesk exit.")));
-    // Only the manager's destructor stopped the engine.
+    // Only the manager's destructor stops the engine.
     QCOMPARE(world->CountLog(QStringLiteral("stop app[0]")), 1);
 }
 
@@ -253,7 +253,7 @@ void TestEnd::signalEndsTheProgramInOrderAtEveryStage()
         DesktopWorld::Options options;
         options.agreed = false;
         Begin(options);
-        // Whatever the settings say by now, no main window comes after the signal.
+        // No main window may appear after the signal, even if the settings contain the agreement now.
         world->AppendSettings(QStringLiteral("[VelodeskServer]\nstatement=true\n"));
     }
     if (stage == QLatin1String("exit question")) {

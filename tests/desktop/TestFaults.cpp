@@ -22,7 +22,7 @@ private slots:
     void programSurvivesAFloodOfMessages();
     void programSurvivesALackOfDescriptors();
     void programSurvivesAnEngineThatPrints();
-    void engineSeesTheEndOfItsInputWhenTheProgramIsKilled();
+    void engineReceivesEndOfInputWhenTheProgramIsKilled();
     void programSurvivesAThousandConnections();
     void quitSucceedsWithoutABus();
     void quitSucceedsWhenReplyComesFromAnotherProcess_data();
@@ -53,20 +53,20 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     QString SettingsPath() const { return world->Home() + QStringLiteral("/Velodesk/velodesk.conf"); }
-    void QuitByHand()
+    void QuitThroughTheWindow()
     {
         world->ClickCard(CLOSE_BUTTON);
         VERIFY_SOON(world->SmallWindow().id != 0);
         world->ClickSmallCard(RIGHT_BUTTON);
         VERIFY_SOON(world->AssistantStatus() == 0);
     }
-    void StillWorks()
+    void VerifyThatACastStarts()
     {
         world->WriteEngineScript(QStringLiteral("report run\n"));
         world->ClickPage(CAST_BUTTON);
         VERIFY_SOON(world->ShowsCasting());
     }
-    static bool IsGone(qint64 pid) { return kill(static_cast<pid_t>(pid), 0) != 0; }
+    static bool HasEnded(qint64 pid) { return kill(static_cast<pid_t>(pid), 0) != 0; }
     qint64 EnginePid() const
     {
         return world->EngineEvents().value(0).what.section(QLatin1Char(' '), 1, 1).toLongLong();
@@ -83,7 +83,7 @@ void TestFaults::engineThatCrashesImmediatelyLeavesThePageIdle()
         VERIFY_SOON(world->ShowsIdle());
     }
     QCOMPARE(world->SmallWindow().id, 0UL);
-    StillWorks();
+    VerifyThatACastStarts();
 }
 
 void TestFaults::quitSucceedsWhenTheEngineLeavesAChildBehind()
@@ -93,7 +93,7 @@ void TestFaults::quitSucceedsWhenTheEngineLeavesAChildBehind()
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
     QVERIFY(EngineDid(QStringLiteral("left behind")));
-    QuitByHand();
+    QuitThroughTheWindow();
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(!world->HasLog(QStringLiteral("kill process["), ENGINE));
     for (const DesktopWorld::Event& event : world->EngineEvents()) {
@@ -108,7 +108,7 @@ void TestFaults::programSurvivesAFloodOfMessages_data()
     QTest::addColumn<QString>("script");
     QTest::newRow("messages") << R"(flood 20000 {"status":"run"})";
     QTest::newRow("a megabyte") << "bulk 1048576";
-    QTest::newRow("deep brackets") << "flood 100000 [";
+    QTest::newRow("nested brackets") << "flood 100000 [";
 }
 
 void TestFaults::programSurvivesAFloodOfMessages()
@@ -133,7 +133,7 @@ void TestFaults::programSurvivesALackOfDescriptors()
         world->Environment().value(QStringLiteral("TMPDIR")) + QStringLiteral("/VelodeskServer");
     rlimit before{};
     QCOMPARE(prlimit(pid, RLIMIT_NOFILE, nullptr, &before), 0);
-    // Leave no free descriptor, except that of the listening socket when it is closed.
+    // Leaves no free descriptor. Only the closing of a listening socket makes one free.
     rlim_t first = 0;
     while (QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(pid).arg(first)).isSymLink()) {
         ++first;
@@ -148,7 +148,7 @@ void TestFaults::programSurvivesALackOfDescriptors()
         VERIFY_SOON(world->CountLog(QStringLiteral("Local server closed, listen again.")) == closed);
     }
     QCOMPARE(prlimit(pid, RLIMIT_NOFILE, &before, nullptr), 0);
-    StillWorks();
+    VerifyThatACastStarts();
     QCOMPARE(world->StartSecond(), 0);
     VERIFY_SOON(world->HasLog(QStringLiteral("Active application.")));
 }
@@ -164,7 +164,7 @@ void TestFaults::programSurvivesAnEngineThatPrints()
     QVERIFY2(grown < 16384, qPrintable(QString::number(grown)));
 }
 
-void TestFaults::engineSeesTheEndOfItsInputWhenTheProgramIsKilled()
+void TestFaults::engineReceivesEndOfInputWhenTheProgramIsKilled()
 {
     Begin();
     world->WriteEngineScript(QStringLiteral("report run\nawait-end-of-input\n"));
@@ -190,9 +190,9 @@ void TestFaults::programSurvivesAThousandConnections()
 void TestFaults::quitSucceedsWithoutABus()
 {
     Begin();
-    StillWorks();
+    VerifyThatACastStarts();
     world->EndSystemBus();
-    QuitByHand();
+    QuitThroughTheWindow();
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
     QVERIFY(world->HasLog(QStringLiteral("Failed to connect to system bus: ")));
     QVERIFY(world->HasLog(QStringLiteral("Velodesk exit.")));
@@ -231,7 +231,7 @@ void TestFaults::unusableSettingsAreNotChanged_data()
     QTest::newRow("empty section") << agreed + "[]\na=b\n";
     QByteArray large = agreed + "[x]\nk=";
     large += QByteArray(1048577 - large.size(), 'v');
-    QTest::newRow("a byte too large") << large;
+    QTest::newRow("one byte too large") << large;
 }
 
 void TestFaults::unusableSettingsAreNotChanged()
@@ -241,15 +241,15 @@ void TestFaults::unusableSettingsAreNotChanged()
     options.agreed = false;
     Begin(options, false);
     WriteSettings(content);
-    // The agreement is shown again and accepted for this run; nothing is written.
+    // The program shows the agreement again. Accepting it is effective in this run but not stored.
     QVERIFY(world->StartAssistant());
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
     world->ClickCard(AGREE_TICK);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     world->ClickCard(BEGIN_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
-    StillWorks();
-    QuitByHand();
+    VerifyThatACastStarts();
+    QuitThroughTheWindow();
     QCOMPARE(Settings(), content);
 }
 
@@ -271,7 +271,7 @@ void TestFaults::permissionsOfTheSettingsAreRestored_data()
     QTest::addColumn<int>("mode");
     QTest::newRow("readable by all") << 0x6644;
     QTest::newRow("read only") << 0x4400;
-    QTest::newRow("closed") << 0;
+    QTest::newRow("no permission") << 0;
 }
 
 void TestFaults::permissionsOfTheSettingsAreRestored()
@@ -289,10 +289,10 @@ void TestFaults::removedLogDirectoryDoesNotStopTheProgram()
 {
     Begin();
     QVERIFY(QDir(world->Home() + QStringLiteral("/Velodesk/log")).removeRecursively());
-    StillWorks();
+    VerifyThatACastStarts();
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
-    QuitByHand();
+    QuitThroughTheWindow();
     COMPARE_LISTS(world->Log(), QStringList());
 }
 
@@ -312,7 +312,7 @@ void TestFaults::homeWithoutPermissionsEndsTheStart()
 void TestFaults::socketOfAnotherUserEndsTheStart()
 {
     Begin({}, false);
-    // No process listens on the socket, and as in a sticky folder we may not remove it.
+    // No process listens on the socket, and the program cannot remove it, as in a sticky folder.
     const QString folder = world->Environment().value(QStringLiteral("TMPDIR"));
     QFile socket(folder + QStringLiteral("/VelodeskServer"));
     QVERIFY(socket.open(QIODevice::WriteOnly));
@@ -327,13 +327,13 @@ void TestFaults::socketOfAnotherUserEndsTheStart()
 void TestFaults::lostDisplayEndsTheProgramAndTheEngine()
 {
     Begin();
-    StillWorks();
+    VerifyThatACastStarts();
     const qint64 engine = EnginePid();
     world->EndServer();
     QVERIFY(world->WaitForDaemonEnd());
     // Qt calls exit(), so the singletons are destroyed in order and the engine is stopped.
     QVERIFY(EngineTime(QStringLiteral("ended")) > 0);
-    QVERIFY(IsGone(engine));
+    QVERIFY(HasEnded(engine));
     QCOMPARE(DaemonTime(QStringLiteral("exit requested")), -1);
 }
 
@@ -341,8 +341,8 @@ void TestFaults::programSurvivesTheEndOfTheWindowManager()
 {
     Begin();
     world->EndWindowManager();
-    StillWorks();
-    QuitByHand();
+    VerifyThatACastStarts();
+    QuitThroughTheWindow();
 }
 
 void TestFaults::simultaneousStartsEndInOrder()
@@ -350,34 +350,34 @@ void TestFaults::simultaneousStartsEndInOrder()
     Begin({}, false);
     constexpr int ROUNDS = 50;
     const QStringList command{QStringLiteral("Velodesk"), QStringLiteral("1")};
-    int refused = 0;
+    int failedStarts = 0;
     for (int round = 0; round < ROUNDS; ++round) {
-        // A program that was killed during a write in the previous round may have left the file empty.
+        // Writes the file in each round, because killing a program can leave it empty.
         WriteSettings("[VelodeskServer]\nstatement=true\n");
         const auto one = world->LaunchProgram(command);
         const auto other = world->LaunchProgram(command);
-        // Each program shows its window (both may have found no other instance), or finds the other and ends
-        // with 0, or loses the race for the socket and ends with 1. Never do both end. A program that reads
-        // the settings while the other writes them shows the agreement.
-        const auto settled = [&] {
+        // Each program has one of three results: it shows its window; it finds the other instance and exits
+        // with 0; or it cannot listen on the socket and exits with 1. Both can show a window, but at least
+        // one must. A program that reads the settings while the other writes them shows the agreement.
+        const auto bothHaveDecided = [&] {
             one->waitForFinished(0);
             other->waitForFinished(0);
             const int ended = (one->state() == QProcess::NotRunning ? 1 : 0) +
                               (other->state() == QProcess::NotRunning ? 1 : 0);
             return world->CountBigWindows() + ended == 2;
         };
-        VERIFY_SOON(settled());
+        VERIFY_SOON(bothHaveDecided());
         int running = 0;
         for (QProcess* process : {one.get(), other.get()}) {
             if (process->state() == QProcess::NotRunning) {
                 QCOMPARE(process->exitStatus(), QProcess::NormalExit);
-                refused += process->exitCode();
+                failedStarts += process->exitCode();
             } else {
                 ++running;
             }
         }
         QVERIFY2(running >= 1, qPrintable(QString::number(round)));
-        QCOMPARE(world->CountLog(QStringLiteral("Init application connection failed.")), refused);
+        QCOMPARE(world->CountLog(QStringLiteral("Init application connection failed.")), failedStarts);
         for (QProcess* process : {one.get(), other.get()}) {
             process->kill();
             process->waitForFinished();

@@ -10,12 +10,12 @@ class TestInputMethod : public DesktopTest
 private slots:
     void cleanup();
 
-    void pinyinBecomesTheNameOfThePc();
+    void pinyinIsStoredAsTheName();
     void nameIsCutAtFiveCharacters();
 
 private:
     void BeginWithPinyin();
-    QByteArray AskInputMethod(const QStringList& words) const;
+    QByteArray RunIbus(const QStringList& words) const;
     void OpenEmptyName() const;
     void TypeHello() const
     {
@@ -35,7 +35,7 @@ void TestInputMethod::cleanup()
     world.reset();
 }
 
-QByteArray TestInputMethod::AskInputMethod(const QStringList& words) const
+QByteArray TestInputMethod::RunIbus(const QStringList& words) const
 {
     QProcess command;
     command.setProcessEnvironment(world->Environment());
@@ -56,15 +56,16 @@ void TestInputMethod::BeginWithPinyin()
     }
     inputMethod.setProcessEnvironment(world->Environment());
     inputMethod.setProcessChannelMode(QProcess::ForwardedChannels);
-    // Keep its settings in memory: the engine does not start without a settings service.
+    // The engine needs a settings service, so the daemon starts one that stores settings in memory.
     inputMethod.start(QStringLiteral("ibus-daemon"),
                       {QStringLiteral("--panel"), QStringLiteral("disable"), QStringLiteral("--config"),
                        QStringLiteral("/usr/libexec/ibus-memconf")});
     QVERIFY(inputMethod.waitForStarted());
-    // The exit code also reports the keyboard layout, which cannot be set here; so query the engine.
+    // Queries the engine, because the exit code also depends on the keyboard layout, which cannot be set
+    // here.
     QVERIFY(DesktopWorld::WaitFor([this] {
-        AskInputMethod({QStringLiteral("engine"), QStringLiteral("libpinyin")});
-        return AskInputMethod({QStringLiteral("engine")}) == "libpinyin";
+        RunIbus({QStringLiteral("engine"), QStringLiteral("libpinyin")});
+        return RunIbus({QStringLiteral("engine")}) == "libpinyin";
     }));
     QVERIFY2(world->StartAssistant(), qPrintable(world->Describe()));
 }
@@ -77,7 +78,7 @@ void TestInputMethod::OpenEmptyName() const
     }
 }
 
-void TestInputMethod::pinyinBecomesTheNameOfThePc()
+void TestInputMethod::pinyinIsStoredAsTheName()
 {
     BeginWithPinyin();
     OpenEmptyName();
@@ -90,7 +91,7 @@ void TestInputMethod::nameIsCutAtFiveCharacters()
 {
     BeginWithPinyin();
     OpenEmptyName();
-    // Each character has three bytes: the sixth one exceeds the limit of 15.
+    // Each character has three bytes, so the sixth character exceeds the limit of 15 bytes.
     for (int i = 0; i < 3; ++i) {
         TypeHello();
     }

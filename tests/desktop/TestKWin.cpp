@@ -2,7 +2,7 @@
 
 #include "DesktopTest.h"
 
-/// The appearance with or without shadow, decided by the answer of a real KWin.
+/// Verifies that the program asks a real KWin whether to show shadows.
 class TestKWin : public DesktopTest
 {
     Q_OBJECT
@@ -79,7 +79,7 @@ void TestKWin::compositingDecidesTheAppearance()
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
-    // The pixel in the card's corner: rounded with a shadow, square without.
+    // A pixel in the card's corner, which is rounded with shadow and square without.
     const bool square = world->Desktop().PixelAt(world->OnCard(QPoint(895, 503))) == qRgb(0xFF, 0xFF, 0xFF);
     QCOMPARE(square, !shadow);
     QVERIFY(world->ChooseFromMenu(2));

@@ -27,22 +27,21 @@ void TestMonitors::windowIsCentredOnBothMonitors()
 void TestMonitors::cardStopsAtThePrimaryMonitorsEdges()
 {
     const XDesktop& desktop = world->Desktop();
-    const QPoint from = world->OnCard(TITLE_STRIP);
-    const auto stands = [&](const QRect& rect) {
+    const QPoint from = world->OnCard(TITLE_BAR);
+    const auto windowIsAt = [&](const QRect& rect) {
         const auto windows = desktop.WindowsOf(world->AssistantPid());
         return windows.size() == 1 && windows.first().rect == rect;
     };
     desktop.MoveTo(from);
     desktop.Press();
-    // A window that is partly on the other monitor counts as off the desktop and is not clamped. A window
-    // inside is.
+    // Only a window that is completely on the primary monitor is clamped.
     desktop.MoveTo(from + QPoint(640, 0));
-    VERIFY_SOON(stands(QRect(1452, 128, 936, 544)));
+    VERIFY_SOON(windowIsAt(QRect(1452, 128, 936, 544)));
     desktop.MoveTo(from + QPoint(1400, 0));
-    VERIFY_SOON(stands(QRect(2560 - 916, 128, 916, 544)));
-    // Its shadow crosses the left edge, so the window is off the desktop again.
+    VERIFY_SOON(windowIsAt(QRect(2560 - 916, 128, 916, 544)));
+    // The shadow crosses the left edge of the primary monitor, so the window is not clamped.
     desktop.MoveTo(from + QPoint(300, 0));
-    VERIFY_SOON(stands(QRect(1260, 128, 936, 544)));
+    VERIFY_SOON(windowIsAt(QRect(1260, 128, 936, 544)));
     desktop.Release();
 }
 

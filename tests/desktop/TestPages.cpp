@@ -13,18 +13,18 @@ private slots:
 
     void nameIsTypedAndStored_data();
     void nameIsTypedAndStored();
-    void clickBesideTheNameEndsTheEdit();
+    void clickOutsideOfTheNameEndsTheEdit();
     void emptiedNameIsRestored();
     void menuIsDismissed_data();
     void menuIsDismissed();
     void menuButtonIsNotHoveredAfterTheMenuHides();
-    void hoverOnAnIconColoursTheText();
-    void helpPagesAreReachedAndLeft();
+    void hoveredIconColoursTheText();
+    void helpPagesAreShownAndClosed();
     void clearingWithoutAPhoneDoesNothing();
     void chosenFolderIsStored();
     void unusableFolderIsRejected_data();
     void unusableFolderIsRejected();
-    void cancelledFolderChangesNothing();
+    void cancelledFolderDialogChangesNothing();
     void clearingErasesTheThreeFiles();
     void cancelledClearingKeepsTheFiles_data();
     void cancelledClearingKeepsTheFiles();
@@ -62,8 +62,8 @@ private:
     }
     bool ShowsHelpMenu() const
     {
-        return !world->PageHasColour(DOCUMENT, DOCUMENT_GROUND) &&
-               world->PageHasColour(HELP_ICON, ICON_GROUND);
+        return !world->PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND) &&
+               world->PageHasColour(HELP_ICON, ICON_BACKGROUND);
     }
     QString Others() const { return world->Home() + QStringLiteral("/Velodesk/Tandra/others/"); }
     QStringList TrustFiles() const { return QDir(Others()).entryList(QDir::Files, QDir::Name); }
@@ -92,8 +92,8 @@ void TestPages::nameIsTypedAndStored_data()
                            << "My-PC_1";
     QTest::newRow("too long") << "abcdefghijklmnopqrst"
                               << "abcdefghijklmno";
-    QTest::newRow("marks are refused") << "a b.c/d!e"
-                                       << "abcde";
+    QTest::newRow("invalid characters") << "a b.c/d!e"
+                                        << "abcde";
 }
 
 void TestPages::nameIsTypedAndStored()
@@ -106,15 +106,15 @@ void TestPages::nameIsTypedAndStored()
     VERIFY_SOON(Stored(QStringLiteral("devicename=") + stored));
     QVERIFY(
         world->HasLog(QStringLiteral("PC device name changed! oldName: Tandra; newName: %1").arg(stored)));
-    // Other settings stay unchanged.
+    // The other settings are unchanged.
     QVERIFY(Stored(QStringLiteral("statement=true")));
 }
 
-void TestPages::clickBesideTheNameEndsTheEdit()
+void TestPages::clickOutsideOfTheNameEndsTheEdit()
 {
     Begin();
     Rename(QStringLiteral("beside"));
-    world->ClickPage(EMPTY_PLACE);
+    world->ClickPage(EMPTY_AREA);
     VERIFY_SOON(Stored(QStringLiteral("devicename=beside")));
     QCOMPARE(world->CountLog(QStringLiteral("PC device name changed!")), 1);
 }
@@ -125,7 +125,7 @@ void TestPages::emptiedNameIsRestored()
     const QPoint pencil = world->PencilPos();
     Rename(QString());
     world->Desktop().Key(QStringLiteral("Return"));
-    // The pencil has its old position only if the old name is shown.
+    // The pencil has its old position only if the field shows the old name.
     VERIFY_SOON(world->PencilPos() == pencil);
     Rename(QStringLiteral("x"));
     world->Desktop().Key(QStringLiteral("Return"));
@@ -150,7 +150,7 @@ void TestPages::menuIsDismissed()
     if (byKey) {
         world->Desktop().Key(QStringLiteral("Escape"));
     } else {
-        world->ClickPage(EMPTY_PLACE);
+        world->ClickPage(EMPTY_AREA);
     }
     VERIFY_SOON(world->MenuWindow().id == 0);
     VERIFY_SOON(world->ShowsIdle());
@@ -164,36 +164,36 @@ void TestPages::menuButtonIsNotHoveredAfterTheMenuHides()
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
     QVERIFY(world->ChooseFromMenu(SETTINGS));
     VERIFY_SOON(world->Desktop().PixelAt(corner) == WHITE);
-    // Entering the button again has its effect.
-    world->Desktop().MoveTo(world->OnPage(EMPTY_PLACE));
+    // The button is hovered again when the pointer enters it again.
+    world->Desktop().MoveTo(world->OnPage(EMPTY_AREA));
     world->Desktop().MoveTo(world->OnCard(MENU_BUTTON));
     VERIFY_SOON(world->Desktop().PixelAt(corner) != WHITE);
 }
 
-void TestPages::hoverOnAnIconColoursTheText()
+void TestPages::hoveredIconColoursTheText()
 {
     Begin();
     QVERIFY(world->ChooseFromMenu(HELP));
-    VERIFY_SOON(world->PageHasColour(HELP_ICON, ICON_GROUND));
-    QVERIFY(!world->PageHasColour(HELP_WORDS, BLUE));
+    VERIFY_SOON(world->PageHasColour(HELP_ICON, ICON_BACKGROUND));
+    QVERIFY(!world->PageHasColour(HELP_TEXT, BLUE));
     world->Desktop().MoveTo(world->OnPage(HELP_ICON.center()));
-    VERIFY_SOON(world->PageHasColour(HELP_WORDS, BLUE));
-    QVERIFY(!world->PageHasColour(PROBLEMS_WORDS, BLUE));
+    VERIFY_SOON(world->PageHasColour(HELP_TEXT, BLUE));
+    QVERIFY(!world->PageHasColour(PROBLEMS_TEXT, BLUE));
     world->Desktop().MoveTo(world->OnPage(PROBLEMS_ICON.center()));
-    VERIFY_SOON(world->PageHasColour(PROBLEMS_WORDS, BLUE) && !world->PageHasColour(HELP_WORDS, BLUE));
-    world->Desktop().MoveTo(world->OnPage(HELP_WORDS.center()));
-    VERIFY_SOON(world->PageHasColour(HELP_WORDS, BLUE) && !world->PageHasColour(PROBLEMS_WORDS, BLUE));
+    VERIFY_SOON(world->PageHasColour(PROBLEMS_TEXT, BLUE) && !world->PageHasColour(HELP_TEXT, BLUE));
+    world->Desktop().MoveTo(world->OnPage(HELP_TEXT.center()));
+    VERIFY_SOON(world->PageHasColour(HELP_TEXT, BLUE) && !world->PageHasColour(PROBLEMS_TEXT, BLUE));
 }
 
-void TestPages::helpPagesAreReachedAndLeft()
+void TestPages::helpPagesAreShownAndClosed()
 {
     Begin();
     QVERIFY(world->ChooseFromMenu(HELP));
     for (const QPoint entry :
-         {HELP_ICON.center(), HELP_WORDS.center(), PROBLEMS_ICON.center(), PROBLEMS_WORDS.center()}) {
+         {HELP_ICON.center(), HELP_TEXT.center(), PROBLEMS_ICON.center(), PROBLEMS_TEXT.center()}) {
         VERIFY_SOON(ShowsHelpMenu());
         world->ClickPage(entry);
-        VERIFY_SOON(world->PageHasColour(DOCUMENT, DOCUMENT_GROUND));
+        VERIFY_SOON(world->PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND));
         world->ClickPage(BACK_BUTTON);
     }
     VERIFY_SOON(ShowsHelpMenu());
@@ -205,12 +205,12 @@ void TestPages::clearingWithoutAPhoneDoesNothing()
 {
     Begin();
     OpenSettings();
-    // Without a trusted phone the button is grey and does nothing.
+    // Without a trusted phone, the button is disabled.
     world->ClickPage(CLEAR_BUTTON);
     world->ClickPage(BACK_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
     QVERIFY(!world->HasLog(QStringLiteral("ClearTrustDevices.")));
-    // A click on the row of the list leads to the page as well.
+    // A click on the row of the list shows the page too.
     QVERIFY(world->ChooseFromMenu(SETTINGS));
     VERIFY_SOON(!world->ShowsIdle());
     world->ClickCard(APP_ROW);
@@ -233,9 +233,9 @@ void TestPages::chosenFolderIsStored()
 void TestPages::unusableFolderIsRejected_data()
 {
     QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("complaint");
-    QTest::newRow("no rights") << "locked"
-                               << "ChangePath: directory %1 has fault right mode";
+    QTest::addColumn<QString>("errorLine");
+    QTest::newRow("no permission") << "locked"
+                                   << "ChangePath: directory %1 has fault right mode";
     QTest::newRow("link") << "link"
                           << "ChangePath: directory %1 link";
     QTest::newRow("below a link") << "link/inner"
@@ -245,7 +245,7 @@ void TestPages::unusableFolderIsRejected_data()
 void TestPages::unusableFolderIsRejected()
 {
     QFETCH(QString, kind);
-    QFETCH(QString, complaint);
+    QFETCH(QString, errorLine);
     Begin();
     const QString folder = world->Home() + QLatin1Char('/') + kind;
     QVERIFY(QDir().mkpath(world->Home() + QStringLiteral("/real/inner")));
@@ -259,11 +259,11 @@ void TestPages::unusableFolderIsRejected()
     ChooseFolder(folder);
     VERIFY_SOON(world->SmallWindow().id != 0);
     QVERIFY(world->HasLog(
-        complaint.contains(QLatin1String("%2"))
-            ? QString(complaint).replace(QLatin1String("%2"), world->Home() + QStringLiteral("/link"))
-            : complaint.arg(folder)));
+        errorLine.contains(QLatin1String("%2"))
+            ? QString(errorLine).replace(QLatin1String("%2"), world->Home() + QStringLiteral("/link"))
+            : errorLine.arg(folder)));
     QCOMPARE(world->SettingsText(), before);
-    // The dialog appears again; a valid folder ends the loop.
+    // The dialog appears again until the user chooses a valid folder.
     world->ClickSmallCard(ONLY_BUTTON);
     ChooseFolder(world->Home() + QStringLiteral("/real"));
     VERIFY_SOON(Stored(QStringLiteral("fileStorePath=%1/real").arg(world->Home())));
@@ -271,7 +271,7 @@ void TestPages::unusableFolderIsRejected()
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-void TestPages::cancelledFolderChangesNothing()
+void TestPages::cancelledFolderDialogChangesNothing()
 {
     Begin();
     OpenSettings();
@@ -292,7 +292,7 @@ void TestPages::clearingErasesTheThreeFiles()
     QCOMPARE(TrustFiles(), QStringList{QStringLiteral("another")});
     QVERIFY(!world->HasLog(QStringLiteral("SafeCoverRemove")));
     QCOMPARE(world->CountLog(QStringLiteral("RemoveFile filePath:")), 1);
-    // The button is grey now.
+    // The button is disabled now.
     world->ClickPage(CLEAR_BUTTON);
     world->ClickPage(BACK_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
@@ -325,7 +325,7 @@ void TestPages::aboutPageShowsTheAgreement()
     QVERIFY(world->ChooseFromMenu(ABOUT));
     VERIFY_SOON(world->PageHasColour(ABOUT_LINK, BLUE));
     world->ClickPage(ABOUT_LINK.center());
-    VERIFY_SOON(world->PageHasColour(DOCUMENT, DOCUMENT_GROUND));
+    VERIFY_SOON(world->PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND));
     world->ClickPage(BACK_BUTTON);
     VERIFY_SOON(world->PageHasColour(ABOUT_LINK, BLUE));
     world->ClickPage(BACK_BUTTON);

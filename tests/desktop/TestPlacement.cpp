@@ -14,20 +14,20 @@ private slots:
 
     void cardStopsAtTheScreensEdge_data();
     void cardStopsAtTheScreensEdge();
-    void windowsStartWithTheirShadowUnderAnyPanel_data();
-    void windowsStartWithTheirShadowUnderAnyPanel();
-    void cardStopsBelowAPanelAndItsShadowDoesNot();
+    void windowsStartWithShadowUnderAnyPanel_data();
+    void windowsStartWithShadowUnderAnyPanel();
+    void shadowCanOverlapAPanelButTheCardCannot();
     void dragFollowsThePointer();
-    void dragBeginsInTheTitleStripOnly();
+    void dragBeginsOnlyInTheTitleBar();
     void clickOnTheShadowReachesTheWindowBehind();
-    void compositorDecidesTheAppearanceOnThatSystem_data();
-    void compositorDecidesTheAppearanceOnThatSystem();
-    void withoutShadowAWindowLeavesTheScreen();
-    void withoutShadowTheTourIsTheSame();
+    void compositorDecidesTheAppearanceOnUos_data();
+    void compositorDecidesTheAppearanceOnUos();
+    void windowWithoutShadowCanLeaveTheScreen();
+    void tourSucceedsWithoutShadow();
     void dialogsCanBeDragged();
 
 private:
-    static DesktopWorld::Options ThatSystem()
+    static DesktopWorld::Options UosSystem()
     {
         DesktopWorld::Options options;
         options.lsbRelease = QStringLiteral("DISTRIB_ID=uos\n");
@@ -52,7 +52,7 @@ void TestPlacement::cardStopsAtTheScreensEdge_data()
     // The card is 896 by 504. The margin of a side shrinks to 0 as the card approaches that edge.
     QTest::newRow("top left") << QPoint(-700, -500) << QRect(0, 0, 896 + 20, 504 + 20);
     QTest::newRow("top right") << QPoint(700, -500) << QRect(1280 - 916, 0, 916, 524);
-    // Window managers with a task bar leave less room.
+    // The test reduces these rectangles if the window manager has a task bar.
     QTest::newRow("bottom left") << QPoint(-700, 500) << QRect(0, 800 - 524, 916, 524);
     QTest::newRow("bottom right") << QPoint(700, 500) << QRect(1280 - 916, 800 - 524, 916, 524);
     QTest::newRow("left, seven pixels away") << QPoint(-185, 0) << QRect(0, 128, 7 + 896 + 20, 544);
@@ -63,9 +63,9 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     QFETCH(QPoint, by);
     QFETCH(QRect, window);
     Begin();
-    const QPoint from = world->OnCard(TITLE_STRIP);
+    const QPoint from = world->OnCard(TITLE_BAR);
     QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
-    // Some window managers have a bar at the bottom; KWin reports no work area without panels.
+    // Some window managers have a task bar at the bottom. KWin reports no work area without panels.
     const QRect free = world->Desktop().WorkArea();
     if (window.bottom() == 800 - 1 && !free.isEmpty()) {
         window.moveBottom(free.bottom());
@@ -83,7 +83,7 @@ void TestPlacement::cardStopsAtTheScreensEdge()
     desktop.Release();
 }
 
-void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel_data()
+void TestPlacement::windowsStartWithShadowUnderAnyPanel_data()
 {
     QTest::addColumn<int>("edge");
     QTest::addColumn<bool>("agreed");
@@ -96,7 +96,7 @@ void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel_data()
     }
 }
 
-void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel()
+void TestPlacement::windowsStartWithShadowUnderAnyPanel()
 {
     QFETCH(int, edge);
     QFETCH(bool, agreed);
@@ -107,7 +107,7 @@ void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel()
     // StartAssistant() waits for pixels of a card of full size, 20 pixels from the window's corner.
     QVERIFY2(world->StartAssistant(), qPrintable(world->Describe()));
     QCOMPARE(world->BigWindow().rect, QRect(172, 128, 936, 544));
-    // The pixels beside the card show shadow; the first column of the card has the card's colour.
+    // The pixels beside the card show shadow. The first column of the card has the card's colour.
     const QRect card(world->OnCard(QPoint(0, 0)), QSize(896, 504));
     const QRgb left = agreed ? qRgb(231, 239, 252) : qRgb(0xF9, 0xF9, 0xF9);
     VERIFY_SOON(world->Desktop().PixelAt(card.topLeft() + QPoint(0, 250)) == left);
@@ -121,14 +121,14 @@ void TestPlacement::windowsStartWithTheirShadowUnderAnyPanel()
     }
 }
 
-void TestPlacement::cardStopsBelowAPanelAndItsShadowDoesNot()
+void TestPlacement::shadowCanOverlapAPanelButTheCardCannot()
 {
     constexpr int PANEL_HEIGHT = 30;
     Begin({}, false);
     QVERIFY(world->AddPanel(Qt::TopEdge, PANEL_HEIGHT));
     QVERIFY(world->StartAssistant());
-    const QPoint from = world->OnCard(TITLE_STRIP);
-    // Move in one step: a window that is already under the panel is not clamped.
+    const QPoint from = world->OnCard(TITLE_BAR);
+    // Moves in one step, because a window that is already under the panel is not clamped.
     world->Desktop().MoveTo(from);
     world->Desktop().Press();
     world->Desktop().MoveTo(from - QPoint(0, 133));
@@ -145,22 +145,22 @@ void TestPlacement::dragFollowsThePointer()
 {
     Begin();
     const QRect before = world->BigWindow().rect;
-    const QPoint from = world->OnCard(TITLE_STRIP);
+    const QPoint from = world->OnCard(TITLE_BAR);
     world->Desktop().Drag(from, from + QPoint(60, -40));
     VERIFY_SOON(world->BigWindow().rect == before.translated(60, -40));
     // After the release the window does not follow the pointer.
     world->Desktop().MoveTo(from);
-    world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(-60, 40));
+    world->Desktop().Drag(world->OnCard(TITLE_BAR), world->OnCard(TITLE_BAR) + QPoint(-60, 40));
     VERIFY_SOON(world->BigWindow().rect == before);
 }
 
-void TestPlacement::dragBeginsInTheTitleStripOnly()
+void TestPlacement::dragBeginsOnlyInTheTitleBar()
 {
     Begin();
     const QRect before = world->BigWindow().rect;
     world->Desktop().Drag(world->OnCard(QPoint(300, 44)), world->OnCard(QPoint(400, 100)));
-    world->Desktop().Drag(world->OnCard(TITLE_STRIP), world->OnCard(TITLE_STRIP) + QPoint(1, 0));
-    // This drag comes after the one without effect, so its result verifies both.
+    world->Desktop().Drag(world->OnCard(TITLE_BAR), world->OnCard(TITLE_BAR) + QPoint(1, 0));
+    // The second drag verifies that the first had no effect.
     VERIFY_SOON(world->BigWindow().rect == before.translated(1, 0));
 }
 
@@ -172,44 +172,44 @@ void TestPlacement::clickOnTheShadowReachesTheWindowBehind()
     const QPoint onShadow = world->BigWindow().rect.topLeft() + QPoint(300, 8);
     desktop.MoveTo(onCard);
     VERIFY_SOON(desktop.WindowUnderPointer() != 0);
-    // The first move over the shadow cuts the hole in the mask under the pointer.
+    // The first move over the shadow removes the pixel under the pointer from the mask.
     desktop.MoveTo(onShadow);
     VERIFY_SOON(desktop.WindowUnderPointer() == 0);
     desktop.MoveTo(onCard);
     VERIFY_SOON(desktop.WindowUnderPointer() != 0);
 }
 
-void TestPlacement::compositorDecidesTheAppearanceOnThatSystem_data()
+void TestPlacement::compositorDecidesTheAppearanceOnUos_data()
 {
-    const QString that = QStringLiteral("DISTRIB_ID=uos\n");
+    const QString uosRelease = QStringLiteral("DISTRIB_ID=uos\n");
     QTest::addColumn<QString>("system");
-    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("reply");
     QTest::addColumn<bool>("shadow");
-    QTest::newRow("on") << that << "true" << true;
-    QTest::newRow("off") << that << "false" << false;
-    QTest::newRow("nobody answers") << that << QString() << true;
+    QTest::newRow("on") << uosRelease << "true" << true;
+    QTest::newRow("off") << uosRelease << "false" << false;
+    QTest::newRow("no reply") << uosRelease << QString() << true;
     QTest::newRow("off, in capitals, line 10")
-        << QString(9, QLatin1Char('\n')) + that.toUpper() << "false" << false;
-    // The program does not read that line and does not query the compositor.
-    QTest::newRow("off, in line 11") << QString(10, QLatin1Char('\n')) + that << "false" << true;
+        << QString(9, QLatin1Char('\n')) + uosRelease.toUpper() << "false" << false;
+    // The program does not read line 11 and does not query the compositor.
+    QTest::newRow("off, in line 11") << QString(10, QLatin1Char('\n')) + uosRelease << "false" << true;
     QTest::newRow("off, on another system") << "DISTRIB_ID=other\n"
                                             << "false" << true;
 }
 
-void TestPlacement::compositorDecidesTheAppearanceOnThatSystem()
+void TestPlacement::compositorDecidesTheAppearanceOnUos()
 {
     QFETCH(QString, system);
-    QFETCH(QString, answer);
+    QFETCH(QString, reply);
     QFETCH(bool, shadow);
     DesktopWorld::Options options;
-    // KWin would answer itself.
+    // KWin would reply in place of FakeCompositor.
     options.windowManager = QStringLiteral("openbox");
     options.lsbRelease = system;
     Begin(options, false);
-    if (!answer.isEmpty()) {
+    if (!reply.isEmpty()) {
         compositor = std::make_unique<FakeCompositor>(
             world->Environment().value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")),
-            answer == QLatin1String("true"));
+            reply == QLatin1String("true"));
     }
     QVERIFY(world->StartAssistant());
     QVERIFY(world->HasLog(shadow ? QStringLiteral("VELODESK: Use Shadow")
@@ -217,14 +217,14 @@ void TestPlacement::compositorDecidesTheAppearanceOnThatSystem()
     QCOMPARE(world->BigWindow().rect.size(), shadow ? QSize(936, 544) : QSize(898, 506));
 }
 
-void TestPlacement::withoutShadowAWindowLeavesTheScreen()
+void TestPlacement::windowWithoutShadowCanLeaveTheScreen()
 {
-    BeginWithoutShadow(ThatSystem());
+    BeginWithoutShadow(UosSystem());
     const QRect before = world->BigWindow().rect;
-    const QPoint from = world->OnCard(TITLE_STRIP);
+    const QPoint from = world->OnCard(TITLE_BAR);
     world->Desktop().Drag(from, from + QPoint(-500, 0));
-    // The press position is relative to the card and the move is applied to the window: it is off by the
-    // frame of one pixel.
+    // The press position is relative to the card, but the move is applied to the window. The difference is
+    // the frame of one pixel.
     QRect after = before.translated(-500 + 1, 1);
     QVERIFY(after.left() < 0);
     if (world->ManagerKeepsOnScreen()) {
@@ -233,19 +233,19 @@ void TestPlacement::withoutShadowAWindowLeavesTheScreen()
     VERIFY_SOON(world->BigWindow().rect == after);
 }
 
-void TestPlacement::withoutShadowTheTourIsTheSame()
+void TestPlacement::tourSucceedsWithoutShadow()
 {
-    DesktopWorld::Options options = ThatSystem();
+    DesktopWorld::Options options = UosSystem();
     options.agreed = false;
     BeginWithoutShadow(options);
-    // The frame around the card.
+    // The window shows the frame around the card.
     const QPoint corner = world->BigWindow().rect.topLeft();
     VERIFY_SOON(world->Desktop().PixelAt(corner + QPoint(0, 200)) == qRgb(0xE2, 0xE2, 0xE2));
     world->ClickCard(AGREE_TICK);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     world->ClickCard(BEGIN_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
-    // Square corners.
+    // The corners of the card are square.
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(QPoint(895, 503))) == qRgb(0xFF, 0xFF, 0xFF));
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsCasting());
@@ -265,7 +265,7 @@ void TestPlacement::dialogsCanBeDragged()
     const QRect before = world->SmallWindow().rect;
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 31)), world->OnSmallCard(QPoint(80, 61)));
     VERIFY_SOON(world->SmallWindow().rect == before.translated(30, 30));
-    // A press below the drag area moves nothing; the next drag verifies it.
+    // A press below the drag area does not move the window. The next drag verifies this.
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 40)), world->OnSmallCard(QPoint(80, 61)));
     world->Desktop().Drag(world->OnSmallCard(QPoint(50, 10)), world->OnSmallCard(QPoint(20, -20)));
     VERIFY_SOON(world->SmallWindow().rect == before);

@@ -1,6 +1,6 @@
 #include "DesktopTest.h"
 
-/// A user's scale factor: the windows are larger, with everything in its place.
+/// Verifies sizes, positions and behaviour of the windows with a scale factor of the user.
 class TestScale : public DesktopTest
 {
     Q_OBJECT
@@ -8,11 +8,11 @@ class TestScale : public DesktopTest
 private slots:
     void cleanup() { world.reset(); }
 
-    void windowsAreTheSameAndLarger_data();
-    void windowsAreTheSameAndLarger();
-    void cardStopsAtTheScreensEdge_data() { windowsAreTheSameAndLarger_data(); }
+    void windowsAreScaled_data();
+    void windowsAreScaled();
+    void cardStopsAtTheScreensEdge_data() { windowsAreScaled_data(); }
     void cardStopsAtTheScreensEdge();
-    void clickOnTheShadowReachesTheWindowBehind_data() { windowsAreTheSameAndLarger_data(); }
+    void clickOnTheShadowReachesTheWindowBehind_data() { windowsAreScaled_data(); }
     void clickOnTheShadowReachesTheWindowBehind();
 
 private:
@@ -32,7 +32,7 @@ private:
     }
 };
 
-void TestScale::windowsAreTheSameAndLarger_data()
+void TestScale::windowsAreScaled_data()
 {
     QTest::addColumn<qreal>("scale");
     QTest::newRow("1.25") << 1.25;
@@ -40,7 +40,7 @@ void TestScale::windowsAreTheSameAndLarger_data()
     QTest::newRow("2") << 2.0;
 }
 
-void TestScale::windowsAreTheSameAndLarger()
+void TestScale::windowsAreScaled()
 {
     QFETCH(qreal, scale);
     BeginScaled();
@@ -49,7 +49,7 @@ void TestScale::windowsAreTheSameAndLarger()
     VERIFY_SOON(world->ShowsCasting());
     world->ClickPage(CAST_BUTTON);
     VERIFY_SOON(world->ShowsIdle());
-    // The right edge of the pop-up's card is the button's; its top is one pixel below the button.
+    // The menu's card has the right edge of the button and begins directly below it.
     world->ClickCard(MENU_BUTTON);
     VERIFY_SOON(world->MenuWindow().id != 0);
     QCOMPARE(world->MenuWindow().rect, Scaled(QRect(172 + 20 + 784 - 96 - 20, 128 + 20 + 44 - 20, 136, 148)));
@@ -69,7 +69,7 @@ void TestScale::cardStopsAtTheScreensEdge()
     QFETCH(qreal, scale);
     BeginScaled();
     const XDesktop& desktop = world->Desktop();
-    const QPoint from = world->OnCard(TITLE_STRIP);
+    const QPoint from = world->OnCard(TITLE_BAR);
     desktop.MoveTo(from);
     desktop.Press();
     for (int step = 1; step <= 10; ++step) {

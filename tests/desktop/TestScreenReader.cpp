@@ -6,7 +6,8 @@
 
 #include "DesktopTest.h"
 
-/// The program from a screen reader's side: only the accessibility bus, no pointer and no keyboard.
+/// Uses the program as a screen reader does: only through the accessibility bus, without pointer and
+/// keyboard.
 class TestScreenReader : public DesktopTest
 {
     Q_OBJECT
@@ -14,11 +15,11 @@ class TestScreenReader : public DesktopTest
 private slots:
     void cleanup();
 
-    void programIsUsableByTheActionPressAlone();
+    void programIsUsableWithTheActionPressOnly();
 
 public slots:
-    /// Records a signal of the program to screen readers.
-    void HearStateChange(const QDBusMessage& signal);
+    /// Records a state change that the program has sent to screen readers.
+    void ReceiveStateChange(const QDBusMessage& signal);
 
 private:
     /// An object of the accessibility tree: the service that owns it, and its path.
@@ -27,7 +28,7 @@ private:
         QString service;
         QString path;
     };
-    /// AT-SPI's numbers of roles and states; their names are translated.
+    /// The numbers of roles and states in AT-SPI. Their names are translated, so the tests do not use them.
     enum Role
     {
         CHECK_BOX = 7,
@@ -54,17 +55,17 @@ private:
     uint RoleOf(const Node& node) const;
     bool Is(const Node& node, State state) const;
     QList<Node> Children(const Node& node) const;
-    /// Returns the first shown descendant with that role and name; with an empty path if there is none.
+    /// Returns the first shown descendant with that role and name. The path is empty if there is none.
     Node Search(const Node& top, Role role, const QString& name) const;
     Node Find(Role role, const char* name) const;
     bool Shows(Role role, const char* name) const;
     bool Press(Role role, const char* name) const;
     QString Tree(const Node& top, int depth = 0) const;
-    void ReachAccessibilityBus();
+    void ConnectToAccessibilityBus();
     void ListenToStateChanges();
 
     /// The state changes so far, such as "checked 1".
-    QStringList heard;
+    QStringList stateChanges;
     QDBusConnection bus = QDBusConnection(QStringLiteral("accessibility"));
 };
 
@@ -77,7 +78,7 @@ const QString ROOT = QStringLiteral("/org/a11y/atspi/accessible/root");
 } // namespace
 
 /// Fails the test if the condition does not become true, and prints the accessibility tree.
-#define VERIFY_HEARD(condition)                                                                              \
+#define VERIFY_ACCESSIBLE(condition)                                                                         \
     VERIFY_SOON_WITH(condition, #condition, world->Describe() + Tree({REGISTRY, ROOT}))
 
 void TestScreenReader::cleanup()
@@ -86,7 +87,7 @@ void TestScreenReader::cleanup()
     world.reset();
 }
 
-void TestScreenReader::ReachAccessibilityBus()
+void TestScreenReader::ConnectToAccessibilityBus()
 {
     const QString session = QStringLiteral("session");
     const QDBusMessage address =
@@ -104,18 +105,18 @@ void TestScreenReader::ReachAccessibilityBus()
 
 void TestScreenReader::ListenToStateChanges()
 {
-    // Programs only send events for which a client has registered.
+    // Programs send only events for which a client has registered.
     const QString event = QStringLiteral("Object:StateChanged");
     QCOMPARE(Call({REGISTRY, REGISTRY_PATH}, REGISTRY, QStringLiteral("RegisterEvent"), {event}).type(),
              QDBusMessage::ReplyMessage);
     QVERIFY(bus.connect(QString(), QString(), QStringLiteral("org.a11y.atspi.Event.Object"),
-                        QStringLiteral("StateChanged"), this, SLOT(HearStateChange(QDBusMessage))));
+                        QStringLiteral("StateChanged"), this, SLOT(ReceiveStateChange(QDBusMessage))));
 }
 
-void TestScreenReader::HearStateChange(const QDBusMessage& signal)
+void TestScreenReader::ReceiveStateChange(const QDBusMessage& signal)
 {
-    heard.append(signal.arguments().value(0).toString() + QLatin1Char(' ') +
-                 signal.arguments().value(1).toString());
+    stateChanges.append(signal.arguments().value(0).toString() + QLatin1Char(' ') +
+                        signal.arguments().value(1).toString());
 }
 
 QDBusMessage TestScreenReader::Call(const Node& node, const QString& interface, const QString& method,
@@ -217,40 +218,40 @@ QString TestScreenReader::Tree(const Node& top, int depth) const
     return lines;
 }
 
-void TestScreenReader::programIsUsableByTheActionPressAlone()
+void TestScreenReader::programIsUsableWithTheActionPressOnly()
 {
     DesktopWorld::Options options;
     options.screenReader = true;
     options.agreed = false;
     Begin(options);
-    ReachAccessibilityBus();
+    ConnectToAccessibilityBus();
 
-    VERIFY_HEARD(Shows(CHECK_BOX, "同意条款"));
+    VERIFY_ACCESSIBLE(Shows(CHECK_BOX, "同意条款"));
     ListenToStateChanges();
     QVERIFY(!Is(Find(CHECK_BOX, "同意条款"), CHECKED));
     QVERIFY(!Is(Find(PUSH_BUTTON, "开始"), SENSITIVE));
     QVERIFY(Press(CHECK_BOX, "同意条款"));
-    VERIFY_HEARD(Is(Find(CHECK_BOX, "同意条款"), CHECKED) && Is(Find(PUSH_BUTTON, "开始"), SENSITIVE));
-    VERIFY_HEARD(heard.contains(QStringLiteral("checked 1")));
+    VERIFY_ACCESSIBLE(Is(Find(CHECK_BOX, "同意条款"), CHECKED) && Is(Find(PUSH_BUTTON, "开始"), SENSITIVE));
+    VERIFY_ACCESSIBLE(stateChanges.contains(QStringLiteral("checked 1")));
     QVERIFY(Press(PUSH_BUTTON, "开始"));
 
-    VERIFY_HEARD(Is(Find(LIST_ITEM, "多屏协同"), SELECTED));
+    VERIFY_ACCESSIBLE(Is(Find(LIST_ITEM, "多屏协同"), SELECTED));
     QVERIFY(Press(PUSH_BUTTON, "菜单"));
-    VERIFY_HEARD(Shows(MENU_ITEM, "设置"));
+    VERIFY_ACCESSIBLE(Shows(MENU_ITEM, "设置"));
     QVERIFY(Press(MENU_ITEM, "设置"));
-    VERIFY_HEARD(Shows(PANEL, "设置") && !Shows(POPUP_MENU, "菜单"));
+    VERIFY_ACCESSIBLE(Shows(PANEL, "设置") && !Shows(POPUP_MENU, "菜单"));
     QVERIFY(!Is(Find(LIST_ITEM, "多屏协同"), SELECTED));
-    // Qt's own dialog is Chinese in every locale. Debian 11 has no Chinese translation of it.
+    // The program translates Qt's dialog in every locale, but Debian 11 has no Chinese translation.
     const bool isTranslated = QFile::exists(QLibraryInfo::location(QLibraryInfo::TranslationsPath) +
                                             QStringLiteral("/qtbase_zh_CN.qm"));
     QVERIFY(Press(PUSH_BUTTON, "修改"));
-    VERIFY_HEARD(Press(PUSH_BUTTON, isTranslated ? "取消" : "Cancel"));
-    VERIFY_HEARD(world->FolderDialog().id == 0);
+    VERIFY_ACCESSIBLE(Press(PUSH_BUTTON, isTranslated ? "取消" : "Cancel"));
+    VERIFY_ACCESSIBLE(world->FolderDialog().id == 0);
     QVERIFY(Press(LIST_ITEM, "多屏协同"));
-    VERIFY_HEARD(Shows(PUSH_BUTTON, "开始投屏"));
+    VERIFY_ACCESSIBLE(Shows(PUSH_BUTTON, "开始投屏"));
 
     QVERIFY(Press(PUSH_BUTTON, "关闭"));
-    VERIFY_HEARD(Shows(DIALOG, "维乐助手") && Shows(LABEL, "确认要退出维乐助手？"));
+    VERIFY_ACCESSIBLE(Shows(DIALOG, "维乐助手") && Shows(LABEL, "确认要退出维乐助手？"));
     QVERIFY(Press(PUSH_BUTTON, "退出"));
     QVERIFY(world->WaitForDaemonEnd());
     QCOMPARE(world->AssistantStatus(), 0);

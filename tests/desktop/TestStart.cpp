@@ -19,13 +19,13 @@ private slots:
     void windowsHaveTheProgramsIcon_data();
     void windowsHaveTheProgramsIcon();
     void acceptingIsStoredAndShowsTheMainWindow();
-    void tickTwiceLeavesTheButtonGrey();
+    void secondTickDisablesTheButton();
     void closeButtonOfTheAgreementEndsTheDaemonToo();
-    void closeCommandOfTheAgreementLeavesTheDaemonAlone();
+    void closeCommandOfTheAgreementDoesNotEndTheDaemon();
     void minimisedAgreementKeepsItsTick();
     void secondStartRaisesTheWindow_data();
     void secondStartRaisesTheWindow();
-    void staleSocketIsTakenOver();
+    void staleSocketIsReplaced();
     void programStartsWithUnwritableSettings();
     void noOpenGlIsLoaded_data();
     void noOpenGlIsLoaded();
@@ -66,7 +66,7 @@ void TestStart::wrongCommandLineEndsTheStart()
     QFETCH(QStringList, arguments);
     QFETCH(QString, message);
     Begin({}, false);
-    // This failure comes before the display is needed.
+    // The program fails before it needs the display.
     QCOMPARE(world->RunProgram(arguments, {QStringLiteral("DISPLAY")}), 1);
     QVERIFY(world->Log().last().endsWith(QStringLiteral("VELODESK: ") + message));
     QVERIFY(world->Log().last().startsWith(QLatin1String("[ERROR] [VeloMain.cpp:")));
@@ -114,11 +114,11 @@ void TestStart::acceptingIsStoredAndShowsTheMainWindow()
     DesktopWorld::Options options;
     options.agreed = false;
     Begin(options);
-    // The supervision is not created before the agreement is accepted.
+    // The program creates the status channel only after the user has accepted the agreement.
     const QString channel = world->Home() + QStringLiteral("/Velodesk/TandraIpc");
     QVERIFY(!QFileInfo::exists(channel));
     QCOMPARE(world->SettingsText(), QString());
-    world->ClickCard(AGREE_WORDS);
+    world->ClickCard(AGREE_TEXT);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     world->ClickCard(BEGIN_BUTTON);
     VERIFY_SOON(world->HasLog(QStringLiteral("Mainwindow start.")) && world->ShowsIdle());
@@ -135,7 +135,7 @@ void TestStart::acceptingIsStoredAndShowsTheMainWindow()
     VERIFY_SOON(world->CountLog(QStringLiteral("Mainwindow start.")) == 2 && world->ShowsIdle());
 }
 
-void TestStart::tickTwiceLeavesTheButtonGrey()
+void TestStart::secondTickDisablesTheButton()
 {
     DesktopWorld::Options options;
     options.agreed = false;
@@ -143,10 +143,10 @@ void TestStart::tickTwiceLeavesTheButtonGrey()
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
     world->ClickCard(AGREE_TICK);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
-    world->ClickCard(AGREE_WORDS);
+    world->ClickCard(AGREE_TEXT);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == GREY_BUTTON);
     world->ClickCard(BEGIN_BUTTON);
-    // The tick is handled after the click, so it verifies that the click had no effect.
+    // The second click has an effect, which verifies that the first click was handled and had none.
     world->ClickCard(AGREE_TICK);
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     QVERIFY(!world->HasLog(QStringLiteral("Mainwindow start.")));
@@ -166,7 +166,7 @@ void TestStart::closeButtonOfTheAgreementEndsTheDaemonToo()
     QCOMPARE(world->SettingsText(), QString());
 }
 
-void TestStart::closeCommandOfTheAgreementLeavesTheDaemonAlone()
+void TestStart::closeCommandOfTheAgreementDoesNotEndTheDaemon()
 {
     DesktopWorld::Options options;
     options.agreed = false;
@@ -188,7 +188,7 @@ void TestStart::minimisedAgreementKeepsItsTick()
     VERIFY_SOON(world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
     const unsigned long id = world->BigWindow().id;
     world->ClickCard(MINIMISE_BUTTON);
-    VERIFY_SOON(!world->Desktop().IsOnShow(id));
+    VERIFY_SOON(!world->Desktop().IsShown(id));
     QCOMPARE(world->StartSecond(), 0);
     VERIFY_SOON(world->BigWindow().id == id && world->Desktop().PixelAt(world->OnCard(BEGIN_EDGE)) == BLUE);
 }
@@ -208,14 +208,14 @@ void TestStart::secondStartRaisesTheWindow()
     Begin(options);
     const unsigned long id = world->BigWindow().id;
     world->Desktop().Minimise(id);
-    VERIFY_SOON(!world->Desktop().IsOnShow(id));
+    VERIFY_SOON(!world->Desktop().IsShown(id));
     QCOMPARE(world->StartSecond(), 0);
-    VERIFY_SOON(world->Desktop().IsOnShow(id) && world->Desktop().ActiveWindow() == id);
+    VERIFY_SOON(world->Desktop().IsShown(id) && world->Desktop().ActiveWindow() == id);
     QCOMPARE(world->CountLog(QStringLiteral("Application already running.")), 2);
     QCOMPARE(world->CountLog(QStringLiteral("Active application.")), 1);
 }
 
-void TestStart::staleSocketIsTakenOver()
+void TestStart::staleSocketIsReplaced()
 {
     Begin();
     QCOMPARE(kill(static_cast<pid_t>(world->AssistantPid()), SIGKILL), 0);
@@ -265,7 +265,7 @@ void TestStart::noOpenGlIsLoaded()
     }
     const QByteArray maps = ProcFile(world->AssistantPid(), "maps");
     QVERIFY(maps.contains("libqxcb"));
-    // Qt itself loads the dispatch library; no driver may be loaded.
+    // Qt itself loads the dispatch library, but no driver may be loaded.
     QVERIFY(!maps.contains("libGLX_"));
     QVERIFY(!maps.contains("glx-integration"));
     const QByteArray environment = EngineEnvironment();

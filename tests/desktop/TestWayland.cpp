@@ -1,6 +1,7 @@
 #include "DesktopTest.h"
 
-/// A Wayland session with an X server and with Qt's Wayland plug-in: the program uses X.
+/// Verifies that the program uses the X server in a Wayland session, although Qt's Wayland plug-in is
+/// installed.
 class TestWayland : public DesktopTest
 {
     Q_OBJECT
@@ -10,7 +11,7 @@ private slots:
 
     void windowIsOnTheXServer_data();
     void windowIsOnTheXServer();
-    void secondStartReachesTheFirst();
+    void secondStartActivatesTheFirst();
 
 private:
     void BeginSession(bool agreed = true)
@@ -48,7 +49,7 @@ void TestWayland::windowIsOnTheXServer()
     program->waitForFinished();
 }
 
-void TestWayland::secondStartReachesTheFirst()
+void TestWayland::secondStartActivatesTheFirst()
 {
     BeginSession();
     const auto program = Launch();

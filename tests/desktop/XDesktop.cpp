@@ -15,14 +15,14 @@ struct XDesktop::Connection
 {
     Display* display = nullptr;
     ::Window root = 0;
-    /// The window for ManagesWindows(); 0 while there is none.
+    /// The window of ManagesWindows(), or 0.
     ::Window probe = 0;
     QElapsedTimer probeAge;
-    /// The small window of Beat() and its colour; 0 while there is none.
+    /// The window of Beat(), or 0, and its colour.
     ::Window speck = 0;
     QRgb beat = 0;
 
-    /// More than the length of any property here.
+    /// The maximum length of a property.
     static constexpr long MAX_LONGS = 1 << 20;
 
     /// Returns a property of format 32 as Xlib provides it.
@@ -58,7 +58,7 @@ struct XDesktop::Connection
 
     QImage Copy(::Window drawable, const QRect& area) const
     {
-        // Includes the child windows, which a plain XGetImage() need not contain.
+        // Includes the child windows. XGetImage() may omit them.
         const auto width = static_cast<unsigned int>(area.width());
         const auto height = static_cast<unsigned int>(area.height());
         XWindowAttributes attributes{};
@@ -117,7 +117,8 @@ struct XDesktop::Connection
         return QRect(left, top, attributes.width, attributes.height);
     }
 
-    /// Appends all windows below `window` that belong to the process (or all for 0), the topmost last.
+    /// Appends all windows below `window` that belong to the process, or all for 0. The topmost window is
+    /// last.
     void Collect(::Window window, unsigned long pid, QList<XDesktop::Window>& found) const
     {
         const QList<unsigned long> pids = Longs(window, "_NET_WM_PID");
@@ -157,19 +158,19 @@ struct XDesktop::Connection
 };
 
 namespace {
-/// Windows may be destroyed at any time; a destroyed window is treated as not found.
+/// Ignores X errors, because a program can destroy its windows at any time.
 int IgnoreError(Display*, XErrorEvent*)
 {
     return 0;
 }
 
-/// Long enough for a toolkit to handle each step of a gesture separately.
+/// The pause between the steps of a gesture, so that a toolkit handles each step separately.
 constexpr unsigned long STEP_MS = 12;
 constexpr int DRAG_STEPS = 12;
-/// A window manager that does not manage a window within this time has missed it; try another window.
-constexpr int OVERLOOKED_MS = 200;
-/// A place without panels and without windows of the program.
-constexpr QRect SPECK(50, 50, 2, 2);
+/// If a window manager does not manage a window within this time, it has ignored the window.
+constexpr int IGNORED_AFTER_MS = 200;
+/// The window of Beat(): an area without panels and without windows of the program.
+constexpr QRect BEAT_RECT(50, 50, 2, 2);
 } // namespace
 
 XDesktop::XDesktop(const QString& display) : x(std::make_unique<Connection>())
@@ -213,8 +214,8 @@ void XDesktop::SetResources(const QString& resources) const
 void XDesktop::AddPanel(Qt::Edge edge, int thickness) const
 {
     QRect rect(QPoint(0, 0), Size());
-    // The reserved width at the left, right, top and bottom, then start and end along each edge.
-    std::vector<unsigned long> room(12, 0);
+    // The reserved widths at the left, right, top and bottom edge, then the start and end on each edge.
+    std::vector<unsigned long> reserved(12, 0);
     const bool upright = edge == Qt::LeftEdge || edge == Qt::RightEdge;
     size_t side = 0;
     switch (edge) {
@@ -235,15 +236,15 @@ void XDesktop::AddPanel(Qt::Edge edge, int thickness) const
         side = 3;
         break;
     }
-    room[side] = static_cast<unsigned long>(thickness);
-    room[4 + 2 * side + 1] = static_cast<unsigned long>(upright ? rect.bottom() : rect.right());
+    reserved[side] = static_cast<unsigned long>(thickness);
+    reserved[4 + 2 * side + 1] = static_cast<unsigned long>(upright ? rect.bottom() : rect.right());
     const ::Window panel =
         XCreateSimpleWindow(x->display, x->root, rect.x(), rect.y(), static_cast<unsigned int>(rect.width()),
                             static_cast<unsigned int>(rect.height()), 0, 0, 0);
     x->SetProperty(panel, "_NET_WM_WINDOW_TYPE", XA_ATOM,
                    {XInternAtom(x->display, "_NET_WM_WINDOW_TYPE_DOCK", False)});
-    x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, room);
-    // Otherwise a window manager may place the panel itself.
+    x->SetProperty(panel, "_NET_WM_STRUT_PARTIAL", XA_CARDINAL, reserved);
+    // Without this hint, a window manager may place the panel itself.
     XSizeHints hints{};
     hints.flags = USPosition | USSize;
     XSetWMNormalHints(x->display, panel, &hints);
@@ -264,7 +265,7 @@ QRect XDesktop::WorkArea() const
 bool XDesktop::ManagesWindows() const
 {
     const bool managed = x->probe != 0 && !x->Longs(x->probe, "WM_STATE").isEmpty();
-    const bool overlooked = x->probe != 0 && x->probeAge.hasExpired(OVERLOOKED_MS);
+    const bool overlooked = x->probe != 0 && x->probeAge.hasExpired(IGNORED_AFTER_MS);
     if (managed || overlooked) {
         XDestroyWindow(x->display, x->probe);
         x->probe = 0;
@@ -301,7 +302,7 @@ void XDesktop::Minimise(unsigned long id) const
     x->SendToRoot(id, "WM_CHANGE_STATE", IconicState);
 }
 
-bool XDesktop::IsOnShow(unsigned long id) const
+bool XDesktop::IsShown(unsigned long id) const
 {
     // A compositing window manager may keep a minimised window mapped.
     const QList<unsigned long> state = x->Longs(id, "WM_STATE");
@@ -329,13 +330,13 @@ unsigned long XDesktop::WindowUnderPointer() const
     int rootY = 0;
     int x1 = 0;
     int y1 = 0;
-    unsigned int held = 0;
-    // A window manager has its own windows around and below the others.
+    unsigned int buttons = 0;
+    // Skips the window manager's windows around and below the program's windows.
     while (child != 0) {
         if (!x->Longs(child, "WM_STATE").isEmpty()) {
             return child;
         }
-        if (XQueryPointer(x->display, child, &root, &child, &rootX, &rootY, &x1, &y1, &held) == 0) {
+        if (XQueryPointer(x->display, child, &root, &child, &rootX, &rootY, &x1, &y1, &buttons) == 0) {
             return 0;
         }
     }
@@ -417,10 +418,10 @@ void XDesktop::Beat() const
     if (x->speck == 0) {
         XSetWindowAttributes attributes{};
         attributes.override_redirect = True;
-        x->speck =
-            XCreateWindow(x->display, x->root, SPECK.x(), SPECK.y(), static_cast<unsigned int>(SPECK.width()),
-                          static_cast<unsigned int>(SPECK.height()), 0, CopyFromParent, InputOutput,
-                          CopyFromParent, CWOverrideRedirect, &attributes);
+        x->speck = XCreateWindow(x->display, x->root, BEAT_RECT.x(), BEAT_RECT.y(),
+                                 static_cast<unsigned int>(BEAT_RECT.width()),
+                                 static_cast<unsigned int>(BEAT_RECT.height()), 0, CopyFromParent,
+                                 InputOutput, CopyFromParent, CWOverrideRedirect, &attributes);
     }
     x->beat = qRgb(0xC0, 0x20, (qBlue(x->beat) + 1) % 256);
     XSetWindowBackground(x->display, x->speck, x->beat & 0xFFFFFFU);
@@ -431,7 +432,7 @@ void XDesktop::Beat() const
 
 bool XDesktop::ShowsBeat() const
 {
-    return PixelAt(SPECK.topLeft()) == x->beat;
+    return PixelAt(BEAT_RECT.topLeft()) == x->beat;
 }
 
 QImage XDesktop::Screen() const

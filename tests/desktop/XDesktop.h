@@ -19,42 +19,42 @@ public:
         QString title;
     };
 
-    /// `display`: as in DISPLAY, for instance ":99". Ends the program if it cannot be opened.
+    /// `display`: as in the variable DISPLAY. Ends the program if the display cannot be opened.
     explicit XDesktop(const QString& display);
     ~XDesktop();
     XDesktop(const XDesktop&) = delete;
     XDesktop& operator=(const XDesktop&) = delete;
 
     QSize Size() const;
-    /// Whether the screen has a window manager (EWMH) or a compositor.
+    /// Return whether the screen has a window manager (EWMH) or a compositor.
     bool HasWindowManager() const;
     bool HasCompositor() const;
 
-    /// Whether the window manager manages a window of our own (ICCCM). Call it until it returns true: a
-    /// window manager that is still starting may ignore existing windows.
+    /// Returns whether the window manager manages a window of our own (ICCCM). Call it until it returns true,
+    /// because a window manager that is still starting may ignore existing windows.
     bool ManagesWindows() const;
 
     /// Sets X resources of the server, such as "Xft.dpi: 144".
     void SetResources(const QString& resources) const;
-    /// Adds a panel of that thickness at an edge (EWMH); it exists as long as this object.
+    /// Adds a panel of that thickness at an edge (EWMH). The panel exists as long as this object.
     void AddPanel(Qt::Edge edge, int thickness) const;
-    /// Returns the screen area without panels (EWMH); a null rectangle while the window manager reports none.
+    /// Returns the screen area without panels (EWMH), or a null rectangle if the window manager reports none.
     QRect WorkArea() const;
-    /// Returns the shown windows of a process, or of all processes for 0; the topmost is last.
+    /// Returns the shown windows of a process, or of all processes for 0. The topmost window is last.
     QList<Window> WindowsOf(qint64 pid) const;
-    /// Returns the property _NET_ACTIVE_WINDOW; 0 if there is none.
+    /// Returns the property _NET_ACTIVE_WINDOW, or 0 if there is none.
     unsigned long ActiveWindow() const;
     /// Asks the window manager to close a window, as a pager does (EWMH).
     void CloseWindow(unsigned long id) const;
     /// Asks the window manager to minimise a window (ICCCM).
     void Minimise(unsigned long id) const;
-    /// Whether the window is mapped and not minimised.
-    bool IsOnShow(unsigned long id) const;
+    /// Returns whether the window is mapped and not minimised.
+    bool IsShown(unsigned long id) const;
 
-    /// Returns the first icon of a window, as task bars show it (EWMH); null if it has none.
+    /// Returns the first icon of a window, as task bars show it (EWMH), or a null image.
     QImage IconOf(unsigned long id) const;
 
-    /// Returns the id of the program's window under the pointer; 0 over the desktop.
+    /// Returns the id of the program's window under the pointer, or 0 if there is none.
     unsigned long WindowUnderPointer() const;
 
     void MoveTo(const QPoint& pos) const;
@@ -65,20 +65,20 @@ public:
     void Drag(const QPoint& from, const QPoint& to) const;
     /// Presses a key by its keysym's name, such as "Return" or "BackSpace".
     void Key(const QString& keysym) const;
-    /// Types printable characters of ASCII.
+    /// Types printable ASCII characters.
     void Type(const QString& text) const;
 
-    /// Beat() changes the colour of a small window near the screen's upper left corner; ShowsBeat() returns
-    /// whether the screen shows the last change. A compositor may show changes late, or only with the next
-    /// change.
+    /// Beat() changes the colour of a small window near the upper left corner of the screen. ShowsBeat()
+    /// returns whether the screen shows this change. Some compositors show a change late, or only with the
+    /// next change.
     void Beat() const;
     bool ShowsBeat() const;
 
     /// Returns the current content of the screen.
     QImage Screen() const;
-    /// Returns a part of the screen; what is outside the screen is undefined.
+    /// Returns the image of an area. Pixels outside the screen are undefined.
     QImage Area(const QRect& area) const;
-    /// Returns a part of the window's own content, without the compositor's effects. The area must be inside
+    /// Returns the image of an area without the compositor's effects. The area must be inside
     /// the window.
     QImage AreaOf(const Window& window, const QRect& area) const;
     QRgb PixelAt(const QPoint& pos) const;

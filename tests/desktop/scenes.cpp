@@ -1,10 +1,10 @@
-// Shows all windows of the program on a desktop of a given kind and saves an image of each scene: names of
-// one letter to fifteen, long paths, the documents scrolled to their last lines, dialogs. The images of two
-// desktops are identical byte by byte; scripts/desktops compares them.
+// Shows all windows of the program on a desktop with given settings and saves an image of each scene: names
+// of one to fifteen letters, long paths, the documents down to their last lines, dialogs. The images of any
+// two desktops must be identical. scripts/desktops compares them.
 //
 //   scenes --screenshots DIR [--dpi N] [--xft-dpi N] [--panel top|left|bottom|right] [--fonts FOLDER]
 //
-// LC_ALL sets the locale, VELODESK_WINDOW_MANAGER the window manager. FOLDER contains files of a user's
+// LC_ALL sets the locale, VELODESK_WINDOW_MANAGER the window manager. FOLDER contains files as in a user's
 // .config: kdeglobals, fontconfig/fonts.conf.
 
 #include <QCommandLineParser>
@@ -20,8 +20,8 @@
 using namespace Places;
 
 namespace {
-constexpr int LOOK_AGAIN_MS = 80;
-constexpr int LOOKS_AT_REST = 3;
+constexpr int POLL_INTERVAL_MS = 80;
+constexpr int EQUAL_IMAGES = 3;
 constexpr int LAST_PAGE_MS = 2000;
 constexpr int WHEEL_DOWN = 5;
 constexpr int NOTCHES = 4;
@@ -30,7 +30,7 @@ constexpr int CORNER = 20;
 constexpr QSize CARD(896, 504);
 constexpr QSize SMALL_CARD(300, 168);
 constexpr QPoint SMALL_BLANK(20, 100);
-constexpr QRgb SMALL_GROUND = qRgb(0xF7, 0xF7, 0xF7);
+constexpr QRgb SMALL_BACKGROUND = qRgb(0xF7, 0xF7, 0xF7);
 constexpr QPoint DOCUMENT_MIDDLE(300, 250);
 constexpr QPoint AGREEMENT_MIDDLE(448, 230);
 constexpr QPoint CARD_BLANK(40, 480);
@@ -59,15 +59,16 @@ public:
     bool Take();
 
 private:
-    void Keep(const QString& name);
-    bool KeepSmall(const QString& name);
+    void SaveCard(const QString& name);
+    bool SaveSmallCard(const QString& name);
     void Save(const QString& name, QRect area);
-    /// Appearance() returns an image of an area on the screen; AtRest() waits until it no longer changes.
+    /// Appearance() returns the image of an area of the screen. StableImage() waits until the image does not
+    /// change.
     QImage Appearance(const QRect& area) const;
-    QImage AtRest(const QRect& area) const;
-    /// Saves each page until scrolling shows nothing new.
+    QImage StableImage(const QRect& area) const;
+    /// Saves an image of each page of a document, until scrolling changes nothing.
     void Scroll(const QString& name, const QPoint& where);
-    bool Until(const std::function<bool()>& reached, const char* what) const;
+    bool WaitUntil(const std::function<bool()>& reached, const char* what) const;
     QRect CardRect() const { return {world.OnCard(QPoint(0, 0)), CARD}; }
 
     bool TakeAgreement();
@@ -82,13 +83,13 @@ private:
 
     QDir directory;
     DesktopWorld world;
-    /// Mutter sometimes delays parts of a painted window until something else changes. With mutter the images
-    /// come from the windows, not from the screen.
-    const bool asksWindows = qgetenv("VELODESK_WINDOW_MANAGER").startsWith("mutter");
+    /// Whether to read the images from the windows instead of the screen: mutter sometimes delays a frame
+    /// until another window repaints.
+    const bool readsWindows = qgetenv("VELODESK_WINDOW_MANAGER").startsWith("mutter");
     int number = 0;
 };
 
-bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
+bool Scenes::WaitUntil(const std::function<bool()>& reached, const char* what) const
 {
     const auto drawnAndReached = [&] {
         world.Desktop().Beat();
@@ -97,14 +98,14 @@ bool Scenes::Until(const std::function<bool()>& reached, const char* what) const
     if (DesktopWorld::WaitFor(drawnAndReached)) {
         return true;
     }
-    std::fprintf(stderr, "%s never came\n%s\n", what, qUtf8Printable(world.Describe()));
+    std::fprintf(stderr, "timeout while waiting for %s\n%s\n", what, qUtf8Printable(world.Describe()));
     world.SaveScreen(directory.filePath(QStringLiteral("failed.png")));
     return false;
 }
 
 QImage Scenes::Appearance(const QRect& area) const
 {
-    if (asksWindows) {
+    if (readsWindows) {
         for (const XDesktop::Window& window : {world.SmallWindow(), world.BigWindow()}) {
             if (window.id != 0 && window.rect.contains(area)) {
                 return world.Desktop().AreaOf(window, area);
@@ -114,52 +115,53 @@ QImage Scenes::Appearance(const QRect& area) const
     return world.Desktop().Area(area);
 }
 
-QImage Scenes::AtRest(const QRect& area) const
+QImage Scenes::StableImage(const QRect& area) const
 {
     QImage last = Appearance(area);
     int equal = 0;
     DesktopWorld::WaitFor([&] {
-        DesktopWorld::WaitFor([] { return false; }, LOOK_AGAIN_MS);
-        // The image of a busy program or compositor does not change either.
+        DesktopWorld::WaitFor([] { return false; }, POLL_INTERVAL_MS);
+        // An unchanged image is not sufficient, because the program or the compositor may be busy.
         const bool slept = world.AssistantSleeps();
         world.Desktop().Beat();
         DesktopWorld::WaitFor([this] { return world.Desktop().ShowsBeat(); });
         const QImage next = Appearance(area);
         equal = slept && next == last ? equal + 1 : 0;
         last = next;
-        return equal == LOOKS_AT_REST;
+        return equal == EQUAL_IMAGES;
     });
     return last;
 }
 
 void Scenes::Save(const QString& name, QRect area)
 {
-    QImage picture = AtRest(area).convertToFormat(QImage::Format_RGB32);
-    // The pixels outside the rounded corners belong to the desktop.
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const bool atSide = x < CORNER || x >= picture.width() - CORNER;
-            if (atSide && (y < CORNER || y >= picture.height() - CORNER)) {
-                picture.setPixel(x, y, 0);
+    QImage image = StableImage(area).convertToFormat(QImage::Format_RGB32);
+    // Clears the corners, because the pixels outside the rounded corners belong to the desktop.
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const bool atSide = x < CORNER || x >= image.width() - CORNER;
+            if (atSide && (y < CORNER || y >= image.height() - CORNER)) {
+                image.setPixel(x, y, 0);
             }
         }
     }
     ++number;
-    picture.save(
+    image.save(
         directory.filePath(QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name)));
 }
 
-void Scenes::Keep(const QString& name)
+void Scenes::SaveCard(const QString& name)
 {
     world.Desktop().MoveTo(world.OnCard(CARD_BLANK));
     Save(name, CardRect());
 }
 
-bool Scenes::KeepSmall(const QString& name)
+bool Scenes::SaveSmallCard(const QString& name)
 {
     // The window exists before it is painted, and a compositor fades it in.
-    if (!Until([this] { return world.Desktop().PixelAt(world.OnSmallCard(SMALL_BLANK)) == SMALL_GROUND; },
-               "the small card")) {
+    if (!WaitUntil(
+            [this] { return world.Desktop().PixelAt(world.OnSmallCard(SMALL_BLANK)) == SMALL_BACKGROUND; },
+            "the small card")) {
         return false;
     }
     world.Desktop().MoveTo(world.OnSmallCard(SMALL_BLANK));
@@ -170,14 +172,14 @@ bool Scenes::KeepSmall(const QString& name)
 void Scenes::Scroll(const QString& name, const QPoint& where)
 {
     for (int page = 1;; ++page) {
-        Keep(QStringLiteral("%1-%2").arg(name).arg(page));
-        // Scroll step by step: a busy program merges several steps, and the image would be taken too early.
+        SaveCard(QStringLiteral("%1-%2").arg(name).arg(page));
+        // Waits after each step, because a busy program merges several steps.
         for (int notch = 0; notch < NOTCHES; ++notch) {
             const QImage before = Appearance(CardRect());
             world.Desktop().Click(where, WHEEL_DOWN);
             if (!DesktopWorld::WaitFor([&] { return Appearance(CardRect()) != before; }, LAST_PAGE_MS)) {
                 if (notch > 0) {
-                    Keep(name + QStringLiteral("-end"));
+                    SaveCard(name + QStringLiteral("-end"));
                 }
                 return;
             }
@@ -220,12 +222,13 @@ bool Scenes::TakeAgreement()
 {
     Scroll(QStringLiteral("agreement"), world.OnCard(AGREEMENT_MIDDLE));
     world.ClickCard(AGREE_TICK);
-    if (!Until([this] { return world.Desktop().PixelAt(world.OnCard(BEGIN_EDGE)) == BLUE; }, "the tick")) {
+    if (!WaitUntil([this] { return world.Desktop().PixelAt(world.OnCard(BEGIN_EDGE)) == BLUE; },
+                   "the tick")) {
         return false;
     }
-    Keep(QStringLiteral("agreement-ticked"));
+    SaveCard(QStringLiteral("agreement-ticked"));
     world.ClickCard(BEGIN_BUTTON);
-    return Until(
+    return WaitUntil(
         [this] {
             return world.HasLog(QStringLiteral("Mainwindow start.")) && world.BigWindow().id != 0 &&
                    world.ShowsIdle();
@@ -235,14 +238,14 @@ bool Scenes::TakeAgreement()
 
 bool Scenes::TakeCast()
 {
-    Keep(QStringLiteral("main"));
+    SaveCard(QStringLiteral("main"));
     world.ClickPage(CAST_BUTTON);
-    if (!Until([this] { return world.ShowsCasting(); }, "casting")) {
+    if (!WaitUntil([this] { return world.ShowsCasting(); }, "casting")) {
         return false;
     }
-    Keep(QStringLiteral("casting"));
+    SaveCard(QStringLiteral("casting"));
     world.ClickPage(CAST_BUTTON);
-    return Until([this] { return world.ShowsIdle(); }, "the end of the cast");
+    return WaitUntil([this] { return world.ShowsIdle(); }, "the end of the cast");
 }
 
 bool Scenes::TakeTypedNames()
@@ -257,11 +260,12 @@ bool Scenes::TakeTypedNames()
         }
         world.Desktop().Type(name);
         world.Desktop().Key(QStringLiteral("Return"));
-        if (!Until([&] { return world.SettingsText().contains(QStringLiteral("devicename=") + name + '\n'); },
-                   "the name")) {
+        if (!WaitUntil(
+                [&] { return world.SettingsText().contains(QStringLiteral("devicename=") + name + '\n'); },
+                "the name")) {
             return false;
         }
-        Keep(QStringLiteral("name-") + name);
+        SaveCard(QStringLiteral("name-") + name);
         before = name;
     }
     return true;
@@ -270,15 +274,17 @@ bool Scenes::TakeTypedNames()
 bool Scenes::TakeHelp()
 {
     bool ok = world.ChooseFromMenu(0);
-    ok = ok && Until([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); }, "the help");
-    Keep(QStringLiteral("help"));
+    ok = ok && WaitUntil([this] { return world.PageHasColour(HELP_ICON, ICON_BACKGROUND); }, "the help");
+    SaveCard(QStringLiteral("help"));
     world.ClickPage(HELP_ICON.center());
-    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the guide");
+    ok = ok && WaitUntil([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); }, "the guide");
     Scroll(QStringLiteral("guide"), world.OnPage(DOCUMENT_MIDDLE));
     world.ClickPage(BACK_BUTTON);
-    ok = ok && Until([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); }, "the help again");
+    ok =
+        ok && WaitUntil([this] { return world.PageHasColour(HELP_ICON, ICON_BACKGROUND); }, "the help again");
     world.ClickPage(PROBLEMS_ICON.center());
-    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the problems");
+    ok = ok &&
+         WaitUntil([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); }, "the problems");
     Scroll(QStringLiteral("problems"), world.OnPage(DOCUMENT_MIDDLE));
     return ok;
 }
@@ -309,25 +315,26 @@ bool Scenes::TakeSettings()
         StoreSetting("fileStorePath", path.toLocal8Bit());
         const int shown = world.CountLog(QStringLiteral("Velodesk show set page."));
         ok = ok && world.ChooseFromMenu(1) &&
-             Until([&] { return world.CountLog(QStringLiteral("Velodesk show set page.")) > shown; },
-                   "the settings");
-        Keep(QStringLiteral("settings-%1").arg(++scene));
+             WaitUntil([&] { return world.CountLog(QStringLiteral("Velodesk show set page.")) > shown; },
+                       "the settings");
+        SaveCard(QStringLiteral("settings-%1").arg(++scene));
     }
     world.ClickPage(CLEAR_BUTTON);
-    ok = ok && Until([this] { return world.SmallWindow().id != 0; }, "the question");
-    ok = ok && KeepSmall(QStringLiteral("clear-question"));
+    ok = ok && WaitUntil([this] { return world.SmallWindow().id != 0; }, "the question");
+    ok = ok && SaveSmallCard(QStringLiteral("clear-question"));
     world.ClickSmallCard(RIGHT_BUTTON);
-    return ok && Until([this] { return world.SettingsText().contains(QStringLiteral("trustNum=0\n")); },
-                       "the answer");
+    return ok && WaitUntil([this] { return world.SettingsText().contains(QStringLiteral("trustNum=0\n")); },
+                           "the answer");
 }
 
 bool Scenes::TakeAbout()
 {
     bool ok = world.ChooseFromMenu(2);
-    ok = ok && Until([this] { return world.PageHasColour(ABOUT_LINK, BLUE); }, "the about page");
-    Keep(QStringLiteral("about"));
+    ok = ok && WaitUntil([this] { return world.PageHasColour(ABOUT_LINK, BLUE); }, "the about page");
+    SaveCard(QStringLiteral("about"));
     world.ClickPage(ABOUT_LINK.center());
-    ok = ok && Until([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); }, "the agreement");
+    ok = ok &&
+         WaitUntil([this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); }, "the agreement");
     Scroll(QStringLiteral("about-agreement"), world.OnPage(DOCUMENT_MIDDLE));
     return ok;
 }
@@ -335,8 +342,8 @@ bool Scenes::TakeAbout()
 bool Scenes::Quit()
 {
     world.ClickCard(CLOSE_BUTTON);
-    if (!Until([this] { return world.SmallWindow().id != 0; }, "the exit question") ||
-        !KeepSmall(QStringLiteral("quit-question"))) {
+    if (!WaitUntil([this] { return world.SmallWindow().id != 0; }, "the exit question") ||
+        !SaveSmallCard(QStringLiteral("quit-question"))) {
         return false;
     }
     world.ClickSmallCard(RIGHT_BUTTON);
@@ -346,12 +353,12 @@ bool Scenes::Quit()
 bool Scenes::TakeStoredName(const QString& name)
 {
     StoreSetting("devicename", name.toUtf8());
-    if (!world.StartAssistant() || !Until([this] { return world.ShowsIdle(); }, "the main window")) {
+    if (!world.StartAssistant() || !WaitUntil([this] { return world.ShowsIdle(); }, "the main window")) {
         return false;
     }
-    Keep(QStringLiteral("name-") + name);
+    SaveCard(QStringLiteral("name-") + name);
     if (!world.SettingsText().contains(QStringLiteral("devicename=") + name + QLatin1Char('\n'))) {
-        std::fprintf(stderr, "the name %s is not stored as it was\n", qUtf8Printable(name));
+        std::fprintf(stderr, "the program has changed the stored name %s\n", qUtf8Printable(name));
         return false;
     }
     kill(static_cast<pid_t>(world.AssistantPid()), SIGKILL);

@@ -3,7 +3,7 @@
 //
 //   stdin: "end"         asks all clients to save, with interaction allowed, and then to exit
 //          "end quietly" the same without interaction
-//   stdout: the network id; then "registered", "saved" and "gone", one line for each client
+//   stdout: the network id; then "registered", "saved" and "closed", one line for each client
 
 #include <X11/ICE/ICElib.h>
 #include <X11/ICE/ICEutil.h>
@@ -29,7 +29,7 @@ std::vector<Client> clients;
 std::vector<IceConn> connections;
 bool ending = false;
 
-void Say(const char* what)
+void Print(const char* what)
 {
     std::printf("%s\n", what);
     std::fflush(stdout);
@@ -61,16 +61,16 @@ Status Register(SmsConn connection, SmPointer, char* previousId)
 {
     if (previousId != nullptr) {
         std::free(previousId);
-        // An id of an earlier session is unknown here: the client registers again.
+        // The id belongs to an earlier session. The client registers again after this failure.
         return 0;
     }
     char* id = SmsGenerateClientID(connection);
     SmsRegisterClientReply(connection, id);
     std::free(id);
-    // The protocol asks a new client to save its first state immediately.
+    // The protocol requires that a new client saves its state immediately.
     SmsSaveYourself(connection, SmSaveLocal, False, SmInteractStyleNone, False);
     clients.push_back({connection, true});
-    Say("registered");
+    Print("registered");
     return 1;
 }
 
@@ -94,7 +94,7 @@ void SaveYourselfDone(SmsConn connection, SmPointer, Bool)
         client->saving = false;
     }
     if (ending) {
-        Say("saved");
+        Print("saved");
         DieWhenAllHaveSaved();
     } else {
         SmsSaveComplete(connection);
@@ -114,7 +114,7 @@ void Close(SmsConn connection, SmPointer, int count, char** reasons)
     }
     IceSetShutdownNegotiation(ice, False);
     IceCloseConnection(ice);
-    Say("gone");
+    Print("closed");
 }
 
 void SetProperties(SmsConn, SmPointer, int count, SmProp** properties)
@@ -181,7 +181,7 @@ void Watch(IceConn connection, IcePointer, Bool opening, IcePointer*)
     }
 }
 
-/// Accepts every local client: the session belongs to one test.
+/// Accepts every local client, because only one test uses the session.
 Bool AllowHost(char*)
 {
     return True;
@@ -248,7 +248,7 @@ int main()
         IceSetHostBasedAuthProc(listener, AllowHost);
     }
     char* ids = IceComposeNetworkIdList(count, listening);
-    Say(ids);
+    Print(ids);
     std::free(ids);
     Serve(listeners);
     IceFreeListenObjs(count, listening);

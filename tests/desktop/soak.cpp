@@ -3,9 +3,9 @@
 //
 //   soak MINUTES [SEED]
 //
-// Prints one line per minute: memory, open descriptors, and actions and casts so far; at the end actions per
-// second. Exit status: 0 if the model agreed, the program ended with 0, and memory and descriptors grew no
-// more than after one visit to every page.
+// Prints one line per minute with memory, open descriptors, and the number of actions and casts, and at the
+// end the actions per second. Exit status: 0 if the program always matched the model and exited with 0, and
+// if memory and descriptors grew by less than the limits below.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,7 +25,7 @@ using namespace Places;
 namespace {
 constexpr int NAME_LENGTH = 15;
 constexpr int MS_PER_MINUTE = 60 * 1000;
-/// The memory that the first visit to every page may permanently cost.
+/// The permitted growth of memory after every page was visited once.
 constexpr int MEMORY_GROWTH_KIB = 24 * 1024;
 constexpr int DESCRIPTOR_GROWTH = 8;
 constexpr int PRINTED_BYTES = 4 * 1024 * 1024;
@@ -40,7 +40,7 @@ public:
 private:
     using Action = bool (Soak::*)();
 
-    /// The visible state: casting or idle, the name, and the last status that the status channel received.
+    /// The expected state: casting or idle, the last reported status, and the name.
     struct Model
     {
         bool casting = false;
@@ -64,7 +64,7 @@ private:
     bool FillDisk();
     bool Quit();
 
-    bool Agrees() const;
+    bool MatchesModel() const;
     bool Soon(const std::function<bool()>& condition) const { return DesktopWorld::WaitFor(condition); }
     int Pick(int below) { return static_cast<int>(random.bounded(static_cast<quint32>(below))); }
     bool WaitForEngineEnd() const
@@ -107,7 +107,7 @@ bool Soak::StartCast()
         return true;
     }
     ++casts;
-    // "run" alone is no change after a crash, because a crash reports no "stop".
+    // After a crash, "run" alone is no change, because the last status is still "run".
     static const std::array<const char*, 3> REPORTS{"report init\nwait 30\nreport run\n",
                                                     "send {\"status\":\nreport init\nwait 30\nreport run\n",
                                                     "report run\n"};
@@ -160,8 +160,8 @@ bool Soak::EngineHasEnded(int stoppedBefore)
 {
     model.casting = false;
     const bool ended = WaitForEngineEnd();
-    // A crash reports nothing, and the last report of an engine that ends can arrive in one read with a
-    // repeat.
+    // A crash reports nothing. The last report of an engine can be lost if it arrives in one read with a
+    // repeated report.
     if (world.CountLog(QStringLiteral("event stopped")) > stoppedBefore) {
         model.reported = QStringLiteral("stop");
     }
@@ -226,13 +226,13 @@ bool Soak::CancelQuit()
 
 bool Soak::DragWindow()
 {
-    // Keep the shadow's width from the edges: windows are identified by their size.
+    // Keeps the window away from the edges, because its size would change and identifies the window.
     const QRect window = world.BigWindow().rect;
     const QSize room = world.Desktop().Size() - window.size();
     const QPoint target(Pick(room.width()), Pick(room.height()));
-    const QPoint from = world.OnCard(TITLE_STRIP);
+    const QPoint from = world.OnCard(TITLE_BAR);
     world.Desktop().Drag(from, from + target - window.topLeft());
-    // A click before the window has arrived would miss it.
+    // The next click would miss a window that still moves.
     return Soon([this, target] { return world.BigWindow().rect.topLeft() == target; });
 }
 
@@ -240,8 +240,8 @@ bool Soak::MinimiseAndRaise()
 {
     const unsigned long id = world.BigWindow().id;
     world.ClickCard(MINIMISE_BUTTON);
-    return Soon([this, id] { return !world.Desktop().IsOnShow(id); }) && world.StartSecond() == 0 &&
-           Soon([this, id] { return world.Desktop().IsOnShow(id); });
+    return Soon([this, id] { return !world.Desktop().IsShown(id); }) && world.StartSecond() == 0 &&
+           Soon([this, id] { return world.Desktop().IsShown(id); });
 }
 
 bool Soak::Terminate()
@@ -263,7 +263,7 @@ bool Soak::FillDisk()
     }
     const bool visited = VisitAbout();
     filler.remove();
-    // With free space the log continues.
+    // The log continues after space is free again.
     const QString line = QStringLiteral("Velodesk show about page.");
     const int before = world.CountLog(line);
     return visited && VisitAbout() && Soon([this, &line, before] { return world.CountLog(line) > before; });
@@ -279,7 +279,7 @@ bool Soak::Quit()
     return world.WaitForDaemonEnd() && world.AssistantStatus() == 0 && world.DaemonStatus() == 0;
 }
 
-bool Soak::Agrees() const
+bool Soak::MatchesModel() const
 {
     return Soon([this] {
         return (model.casting ? world.ShowsCasting() : world.ShowsIdle()) &&
@@ -320,14 +320,15 @@ int Soak::Run(int minutes)
         {"fill the disk", &Soak::FillDisk},
     }};
     const QString missing = world.Start();
-    if (!missing.isEmpty() || !world.StartAssistant() || !Agrees()) {
-        std::fprintf(stderr, "not started: %s\n", qUtf8Printable(missing));
+    if (!missing.isEmpty() || !world.StartAssistant() || !MatchesModel()) {
+        std::fprintf(stderr, "the program does not start: %s\n", qUtf8Printable(missing));
         return 1;
     }
-    // Visit every page once, so that its one-time cost is not measured.
+    // Performs each action once before the measurement, because the first use allocates memory permanently.
     for (const auto& action : ACTIONS) {
-        if (!(this->*action.second)() || !Agrees()) {
-            std::fprintf(stderr, "the program and the model differ: first %s\n", action.first);
+        if (!(this->*action.second)() || !MatchesModel()) {
+            std::fprintf(stderr, "the program and the model differ after the first action: %s\n",
+                         action.first);
             return 1;
         }
     }
@@ -344,7 +345,7 @@ int Soak::Run(int minutes)
             PrintStatus(printed, Memory(), Descriptors(), actions);
         }
         const auto& action = ACTIONS.at(static_cast<size_t>(Pick(static_cast<int>(ACTIONS.size()))));
-        if (!(this->*action.second)() || !Agrees()) {
+        if (!(this->*action.second)() || !MatchesModel()) {
             std::fprintf(stderr, "the program and the model differ: action %d, %s; expected: %s, %s\n",
                          actions, action.first, model.casting ? "casting" : "idle",
                          qUtf8Printable(model.name));
@@ -366,7 +367,7 @@ int Soak::Run(int minutes)
                 casts);
     PrintStatus(printed, memoryAfter, descriptorsAfter, actions);
     const bool ended = Quit();
-    std::printf("end: %s\n", ended ? "in order" : "NOT IN ORDER");
+    std::printf("end: %s\n", ended ? "exit code 0" : "FAILED");
     return ended && memoryAfter - memory < MEMORY_GROWTH_KIB &&
                    descriptorsAfter - descriptors < DESCRIPTOR_GROWTH
                ? 0
@@ -377,10 +378,10 @@ int Soak::Run(int minutes)
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
-    // A small file system that can be filled, for everything that the test environment writes.
+    // Mounts a small file system for all files of the test environment, so that FillDisk() can fill it.
     if (mount("tmpfs", QFile::encodeName(QDir::tempPath()).constData(), "tmpfs", MS_NOSUID | MS_NODEV,
               "size=64m") != 0) {
-        std::perror("soak: there is no small disk to fill; run it as root");
+        std::perror("soak: a small file system cannot be mounted (run as root)");
         return 1;
     }
     const QStringList arguments = QCoreApplication::arguments();

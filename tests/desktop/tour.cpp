@@ -1,13 +1,14 @@
-// Starts the assistant as its daemon does and performs a tour, unless a person does: agreement, main window,
-// starting and stopping a cast, device name, help, settings, about, quit. Saves a screenshot of each stage.
+// Starts the assistant as its daemon does and performs a tour: agreement, main window, start and end of a
+// cast, device name, help, settings, about, quit. Saves a screenshot of each stage. With --display, a person
+// uses the program instead.
 //
 //   tour --screenshots DIR                 automatically, on a virtual display
 //   tour --screenshots DIR --root ROOT     the same, with the program installed in another root file system
 //   tour --screenshots DIR --root ROOT --engine PROGRAM
 //                                          only the installation checklist and a cast by that engine
-//   tour --display DISPLAY DIR             on a display, for a person
+//   tour --display DISPLAY DIR             starts the assistant on a display, for a person
 //
-// DIR/messages.log gets the output of all other processes; it is printed if a stage fails.
+// DIR/messages.log receives the output of all other processes. The tour prints it if a stage fails.
 //
 // Exit status: 0 if the assistant ended with 0, the engine was stopped and the daemon received the exit
 // request.
@@ -33,10 +34,10 @@ void Interrupt(int)
 
 constexpr int POLL_MS = 100;
 constexpr int INITIAL_NAME_LENGTH = 6;
-/// A visible cast: the engine shows its phone.
+/// The script of an engine that shows the image of a phone.
 constexpr char VISIBLE_ENGINE[] = "report init\nwait 500\nreport run\nshow\n";
 
-/// Returns the path of the file for the output of the other processes, and empties it for each tour.
+/// Removes the old file with the output of other processes, and returns its path.
 QString MessagesFile(const QString& screenshots)
 {
     const QDir directory(screenshots);
@@ -82,7 +83,7 @@ private:
     bool Quit();
 
     QDir directory;
-    /// Whether the engine is not the stand-in. Then the tour is only a cast.
+    /// Whether the engine is not the stand-in. The tour then consists of the checklist and one cast.
     bool isForeign;
     DesktopWorld world;
     int number = 0;
@@ -92,7 +93,7 @@ bool Tour::Stage(const QString& name, const std::function<bool()>& reached)
 {
     ++number;
     const bool ok = DesktopWorld::WaitFor(reached);
-    // Gives the compositor time to draw the result.
+    // Waits until the compositor has drawn the result.
     DesktopWorld::WaitFor([] { return false; }, 150);
     const QString path =
         directory.filePath(QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name));
@@ -102,7 +103,7 @@ bool Tour::Stage(const QString& name, const std::function<bool()>& reached)
     return ok;
 }
 
-/// Prints how the run ended; returns true if it ended in order.
+/// Prints the results of the run. Returns whether all processes ended as expected.
 bool Ended(const DesktopWorld& world)
 {
     const auto engine = world.EngineEvents();
@@ -110,8 +111,8 @@ bool Ended(const DesktopWorld& world)
     const qint64 requested = DesktopWorld::TimeOf(world.DaemonEvents(), QStringLiteral("exit requested"));
     const bool engineOk = engine.isEmpty() || stopped > 0;
     std::printf("assistant: exit code %d; engine: %s; daemon: %s\n", world.AssistantStatus(),
-                engine.isEmpty() ? "tells no events" : (engineOk ? "stopped" : "NOT STOPPED"),
-                requested > 0 ? "exit requested" : "NOT TOLD");
+                engine.isEmpty() ? "writes no events" : (engineOk ? "stopped" : "NOT STOPPED"),
+                requested > 0 ? "exit requested" : "NOT REQUESTED");
     return world.AssistantStatus() == 0 && engineOk && requested > 0;
 }
 
@@ -146,7 +147,7 @@ bool Tour::Cast()
     });
 }
 
-/// The checklist of a complete installation finds nothing missing.
+/// Verifies that the installation checklist finds no fault.
 bool Tour::CheckInstallation()
 {
     QString output;
@@ -191,15 +192,16 @@ bool Tour::VisitHelp()
     }
     world.Desktop().Key(QStringLiteral("Escape"));
     bool ok = DesktopWorld::WaitFor([this] { return world.MenuWindow().id == 0; }) && world.ChooseFromMenu(0);
-    ok = ok && Stage(QStringLiteral("help"), [this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); });
+    ok = ok &&
+         Stage(QStringLiteral("help"), [this] { return world.PageHasColour(HELP_ICON, ICON_BACKGROUND); });
     world.ClickPage(HELP_ICON.center());
     ok = ok && Stage(QStringLiteral("help-guide"),
-                     [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
+                     [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); });
     world.ClickPage(BACK_BUTTON);
-    ok = ok && DesktopWorld::WaitFor([this] { return world.PageHasColour(HELP_ICON, ICON_GROUND); });
+    ok = ok && DesktopWorld::WaitFor([this] { return world.PageHasColour(HELP_ICON, ICON_BACKGROUND); });
     world.ClickPage(PROBLEMS_ICON.center());
     return ok && Stage(QStringLiteral("help-problems"),
-                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
+                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); });
 }
 
 bool Tour::VisitSettings()
@@ -222,7 +224,7 @@ bool Tour::VisitAbout()
     ok = ok && Stage(QStringLiteral("about"), [this] { return world.PageHasColour(ABOUT_LINK, BLUE); });
     world.ClickPage(ABOUT_LINK.center());
     return ok && Stage(QStringLiteral("about-agreement"),
-                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_GROUND); });
+                       [this] { return world.PageHasColour(DOCUMENT, DOCUMENT_BACKGROUND); });
 }
 
 bool Tour::Quit()
@@ -274,7 +276,7 @@ int RunForPerson(const QString& display, const QString& messages)
         std::fprintf(stderr, "%s\n", qUtf8Printable(world.Describe()));
         return 1;
     }
-    // Ctrl-C also ends the run; it leaves nothing behind.
+    // Ctrl-C ends the run too, and the destructor of the world ends all processes.
     std::signal(SIGINT, Interrupt);
     std::signal(SIGTERM, Interrupt);
     while (interrupted == 0 && !world.WaitForDaemonEnd(POLL_MS)) {

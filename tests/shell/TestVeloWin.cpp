@@ -410,7 +410,7 @@ void TestVeloWin::menuEntriesShowTheirPages()
     Click("menu");
     QTest::mouseClick(Find(Menu(), entry.constData()), Qt::LeftButton);
     QVERIFY(!Menu().isVisible());
-    QCOMPARE(Stack().currentIndex(), about ? AboutPage() : 0);
+    QCOMPARE(Stack().currentIndex(), entry == "about" ? AboutPage() : 0);
     QCOMPARE(Views().currentIndex(), view);
     QCOMPARE(List().currentRow(), row);
     QVERIFY(line.isEmpty() || log->Contains(QStringLiteral("INFO"), QStringLiteral("VELODESK"), line));
