@@ -1,5 +1,5 @@
-"""The mutants of scripts/mutate: file, the test classes that detect the mutant, the original text, and its replacement.
-Each original text occurs exactly once in its file."""
+"""The mutants of scripts/mutate. Each entry contains the file, a regular expression of the test classes that detect the
+mutant, the original text and its replacement. Each original text occurs exactly once in its file."""
 
 MUTANTS = [
     # platform
@@ -90,7 +90,7 @@ MUTANTS = [
     ("src/shell/AboutWin.cpp", "TestAboutWin", "    serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());\n", ""),
     ("src/shell/VeloWin.cpp", "TestScarceMemory", 'LOG_ERROR("Item is nullptr.");', 'LOG_ERROR("Item is nullptr.");\n        container.release();'),
     ("src/statuschannel/ConnClient.cpp", "TestConnClient", "        if (!localSocket.waitForConnected(CONNECT_TIMEOUT_MS)) {", "        if (!localSocket.waitForConnected(1)) {"),
-    # callers and texts out of the ordinary
+    # unusual calls and texts
     ("src/supervision/AppManager.cpp", "TestAppManager", "ONCE = Qt::UniqueConnection", "ONCE = Qt::AutoConnection"),
     ("src/supervision/AppManager.cpp", "TestAppManager", "StartApp(AppType type)\n{\n    if (appMap[type] == nullptr)", "StartApp(AppType type)\n{\n    if (false)"),
     ("src/supervision/BaseApp.h", "TestBaseApp|TestAppManager", "                removed.push_back(*at);\n", ""),
@@ -99,7 +99,7 @@ MUTANTS = [
     ("src/statuschannel/ConnServer.cpp", "TestConnServer", "    connect(socket, &QLocalSocket::disconnected, this, &ConnServer::RemoveConn);\n", ""),
     ("src/platform/UtilsText.cpp", "TestUtils", "text.erase(at, piece.size());", "text.erase(at, 1);"),
     ("src/config/IniParser.cpp", "TestIniParser", "std::max(start, comment) - start", "comment - start"),
-    # faults of disk, bus, descriptors and signals
+    # disk and bus failures, inherited descriptors, signals
     ("src/platform/Logger.cpp", "TestLogger", "lineIsCut = text[static_cast<std::size_t>(written) - 1] != '\\n';", ""),
     ("src/platform/Logger.cpp", "TestLogger", "O_WRONLY | O_CREAT | O_CLOEXEC | truncateOrAppend", "O_WRONLY | O_CREAT | truncateOrAppend"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "if (deadline.IsOver())", "if (false)"),

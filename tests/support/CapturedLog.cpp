@@ -69,7 +69,7 @@ int CapturedLog::Count(const QString& message) const
 
 void CapturedLog::Clear()
 {
-    // Init() logs the path; this line is not of interest here.
+    // Removes the line in which Init() logs the path.
     QFile::remove(Path());
     auto* logger = Singleton<Brevora::Logger>::GetInstance();
     logger->Init(Path().toLocal8Bit().toStdString());

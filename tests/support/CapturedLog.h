@@ -7,8 +7,8 @@
 
 #include "support/Lists.h"
 
-/// Redirects the program's log to a temporary file as long as the object exists. Only one may exist at a
-/// time.
+/// Redirects the program's log to a temporary file as long as the object exists. Only one object may exist at
+/// a time.
 class CapturedLog
 {
 public:
@@ -31,7 +31,7 @@ public:
     /// Returns the messages of the lines that contain `part`, for instance a source file ("AppManager.cpp"),
     /// a level ("[ERROR]") or the socket of an application.
     QStringList Messages(const QString& part = QString()) const;
-    /// Whether the log has such a line. `level` is a word: "INFO", "WARNING", "ERROR".
+    /// Returns whether the log has such a line. `level`: "INFO", "WARNING" or "ERROR".
     bool Contains(const QString& level, const QString& module, const QString& message) const;
     int Count(const QString& message) const;
     /// Empties the log.

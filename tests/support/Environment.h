@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QtGlobal>
 
-/// Sets an environment variable as long as the object exists; a null value removes it.
+/// Sets an environment variable as long as the object exists. A null value removes the variable.
 class Variable
 {
 public:

@@ -3,7 +3,7 @@
 #include <QStringList>
 
 /// Records every line that our code passes to the log while the object exists, including lines that the log
-/// drops. Only one may exist at a time; link with velodesk_everyline.
+/// drops. Only one object may exist at a time. The test must link velodesk_everyline.
 class EveryLine
 {
 public:

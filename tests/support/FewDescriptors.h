@@ -34,7 +34,7 @@ public:
     }
     void End() const { setrlimit(RLIMIT_NOFILE, &before); }
 
-    /// Connects to the local socket at `path`; returns false on failure.
+    /// Connects to the local socket at `path`. Returns false on failure.
     bool Connect(const std::string& path) const
     {
         sockaddr_un address{};

@@ -6,7 +6,7 @@
 #include <string>
 #include <sys/stat.h>
 
-/// Helpers for files. They take paths as QString; Local() converts a path for the code under test.
+/// Helpers for files. They take paths as QString. Local() converts a path for the tested code.
 inline std::string Local(const QString& path)
 {
     return path.toLocal8Bit().toStdString();
@@ -29,7 +29,7 @@ inline void WriteAll(const QString& path, const QByteArray& content)
     }
 }
 
-/// Returns the permission bits; 0 if the file does not exist.
+/// Returns the permission bits, or 0 if the file does not exist.
 inline mode_t ModeOf(const QString& path)
 {
     struct stat status

@@ -10,7 +10,7 @@ constexpr int BLOCK = 8;
 constexpr int STEP = BLOCK / 2;
 /// Half of the difference between a divider and its background.
 constexpr int LINE_TONES = 7;
-/// Longer than any stroke of the largest letters.
+/// The length of a visible line. It is longer than each stroke of the largest letters.
 constexpr int LINE_LENGTH = 48;
 
 std::array<int, 4> Average(const QImage& image, const QRect& block)
@@ -41,7 +41,7 @@ bool LooksLike(const std::array<int, 4>& mine, const std::array<int, 4>& yours, 
     return true;
 }
 
-/// Whether the other image has an equal block within the allowed displacement.
+/// Returns whether the other image has an equal block within the allowed displacement.
 bool IsNear(const QImage& one, const QRect& block, const QImage& other, const Allowance& allowance)
 {
     const auto mine = Average(one, block);
@@ -57,8 +57,8 @@ bool IsNear(const QImage& one, const QRect& block, const QImage& other, const Al
     }
     return false;
 }
-/// Whether all pixels from `start` in the direction of `step` differ visibly: one of the images lacks a line.
-/// Texts of two rasterisers never give such a run, because the space between letters is equal.
+/// Returns whether all pixels from `start` in the direction of `step` differ visibly, as if one of the images
+/// lacks a line. Texts of two rasterisers never give such a run, because the space between letters is equal.
 QRect FindLine(const QImage& one, const QImage& other, QPoint start, const QPoint& step)
 {
     QRect run;
@@ -100,7 +100,7 @@ QRect FindDifference(const QImage& one, const QImage& other, const Allowance& al
     for (int y = 0; y < left.height(); y += STEP) {
         for (int x = 0; x < left.width(); x += STEP) {
             const QRect block = QRect(x, y, BLOCK, BLOCK).intersected(left.rect());
-            // In both directions: what one image lacks is present only in the other.
+            // Compares in both directions, because either image can lack a part.
             if (!IsNear(left, block, right, allowance) || !IsNear(right, block, left, allowance)) {
                 difference = difference.united(block);
             }

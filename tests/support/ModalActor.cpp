@@ -4,10 +4,10 @@
 #include <QTimer>
 
 namespace {
-constexpr int LOOK_AGAIN_MS = 5;
+constexpr int RETRY_MS = 5;
 } // namespace
 
-ModalActor::ModalActor(std::function<void(QWidget*)> wanted) : act(std::move(wanted))
+ModalActor::ModalActor(std::function<void(QWidget*)> action) : act(std::move(action))
 {
     auto* timer = new QTimer(&context);
     QObject::connect(timer, &QTimer::timeout, &context, [this, timer] {
@@ -20,7 +20,7 @@ ModalActor::ModalActor(std::function<void(QWidget*)> wanted) : act(std::move(wan
         acted = true;
         act(dialog);
     });
-    timer->start(LOOK_AGAIN_MS);
+    timer->start(RETRY_MS);
 }
 
 bool ModalActor::HasActed() const

@@ -4,14 +4,14 @@
 #include <QWidget>
 #include <functional>
 
-/// Acts inside the nested event loop of a modal dialog: calls `wanted` with the dialog as soon as one is
-/// shown. Several actors handle consecutive dialogs in their order.
+/// Calls `action` with the next modal dialog as soon as it is shown, inside the dialog's event loop. Several
+/// actors handle consecutive dialogs in the order of their construction.
 class ModalActor
 {
 public:
-    explicit ModalActor(std::function<void(QWidget*)> wanted);
+    explicit ModalActor(std::function<void(QWidget*)> action);
 
-    /// Whether a dialog was shown and `wanted` was called.
+    /// Returns whether a dialog was shown and `action` was called.
     bool HasActed() const;
 
 private:

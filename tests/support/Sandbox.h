@@ -11,11 +11,11 @@
 #include "support/UnprivilegedUser.h"
 
 /// Mounts an empty file system of that size on /opt, and drops the capabilities that this needs.
-inline void MakeRoom(const char* bytes)
+inline void MountOpt(const char* bytes)
 {
     const std::string size = std::string("mode=0755,size=") + bytes;
     if (mount("tmpfs", "/opt", "tmpfs", MS_NOSUID | MS_NODEV, size.c_str()) != 0) {
-        qFatal("there is no room of its own below /opt");
+        qFatal("a file system cannot be mounted on /opt");
     }
     for (int right = 0; right <= CAP_LAST_CAP; ++right) {
         prctl(PR_CAPBSET_DROP, right, 0, 0, 0);
@@ -31,8 +31,8 @@ inline void EnterSandbox(int argc, char** argv, const char* bytes = "16777216")
     constexpr char MARK[] = "VELODESK_TEST_IN_SANDBOX";
     if (const char* mark = std::getenv(MARK)) {
         if (std::string(mark) == "empty") {
-            MakeRoom(bytes);
-            // Copies of the program that the test starts are already in the sandbox.
+            MountOpt(bytes);
+            // Programs that the test starts inherit the variable and are already in the sandbox.
             setenv(MARK, "ready", 1);
         }
         return;
@@ -59,7 +59,7 @@ inline void EnterSandbox(int argc, char** argv, const char* bytes = "16777216")
     qFatal("bwrap cannot be started");
 }
 
-/// QTEST_MAIN in the sandbox.
+/// Defines main() like QTEST_MAIN, but runs the test in the sandbox.
 #define SANDBOXED_QTEST_MAIN(TestObject)                                                                     \
     int main(int argc, char** argv)                                                                          \
     {                                                                                                        \

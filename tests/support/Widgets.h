@@ -28,7 +28,7 @@ inline void AddBothAppearances()
     QTest::newRow("plain") << false;
 }
 
-/// Returns the child widget with that object name; aborts the test program if there is none.
+/// Returns the child widget with that object name. Aborts the test program if there is none.
 template <typename Widget = QWidget>
 Widget* Find(const QWidget& window, const char* name)
 {
@@ -43,14 +43,14 @@ Widget* Find(const QWidget& window, const char* name)
 inline void SendMouse(QWidget& widget, QEvent::Type type, const QPoint& pos,
                       Qt::MouseButton button = Qt::LeftButton)
 {
-    const Qt::MouseButtons held =
+    const Qt::MouseButtons buttons =
         type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::MouseButtons(button);
     QMouseEvent event(type, pos, widget.mapToGlobal(pos), type == QEvent::MouseMove ? Qt::NoButton : button,
-                      held, Qt::NoModifier);
+                      buttons, Qt::NoModifier);
     QCoreApplication::sendEvent(&widget, &event);
 }
 
-/// Whether a press at that position of its card, followed by a move, drags the window.
+/// Returns whether a press at the position `offset` of the card, followed by a move, drags the window.
 inline bool Drags(QWidget& window, const QPoint& offset)
 {
     const QPoint press = Find(window, "widget_bg")->pos() + offset;
@@ -62,7 +62,7 @@ inline bool Drags(QWidget& window, const QPoint& offset)
 }
 
 /// Returns the style sheet of a button in the upper right corner of a card, with its normal, hovered and
-/// pressed image. With shadow the corner is rounded as the card's.
+/// pressed image. With shadow, the corner is rounded like the card's.
 inline QString CornerButtonStyle(bool shadow, const char* normal, const char* hover, const char* pressed)
 {
     return QStringLiteral("QPushButton{\nborder-radius:0px;\n%1border-image:url(:/velo/%2);\n}\n"

@@ -1,4 +1,4 @@
-// Only the headers matter: they are precompiled for all tests.
+// This file exists only to precompile the headers of all tests.
 int main()
 {
     return 0;
