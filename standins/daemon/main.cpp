@@ -4,9 +4,9 @@
 //   standin-daemon [--events FILE] [--misbehave HOW] [-- ASSISTANT [ARGUMENT...]]
 //
 // ASSISTANT is started with argv[0] "Velodesk" and, if there is no ARGUMENT, with this process's id. Without
-// ASSISTANT only the bus is served. Each line of FILE is an event: nanoseconds of the monotonic clock, and
-// what happened. HOW: silent (never answers), wrong-type (answers a number), other-process (a child process
-// answers). Exit status: 0 after an exit request, 1 without one, 2 if the bus cannot be served.
+// ASSISTANT, only the bus is served. Each line of FILE is an event: nanoseconds of the monotonic clock and a
+// description. HOW: silent (never replies), wrong-type (replies with a number), other-process (a child
+// process replies). Exit status: 0 after an exit request, 1 without one, 2 if the bus cannot be served.
 
 #include <cerrno>
 #include <csignal>
@@ -27,10 +27,10 @@ namespace {
 constexpr char BUS_NAME[] = "com.zelmora.velodesk";
 constexpr char OBJECT_PATH[] = "/com/zelmora/velodesk";
 constexpr char EXIT_COMMAND[] = "velodeskd --exit";
-/// The caller asks the bus for our process id after our answer, and rejects the answer if we have ended by
-/// then.
+/// How long the daemon runs after its reply: the caller then asks the bus for our process id, and rejects the
+/// reply if we have ended.
 constexpr uint64_t LINGER_US = 300000;
-/// How long the assistant may take to end after the exit request.
+/// The time limit for the end of the assistant after the exit request.
 constexpr uint64_t ASSISTANT_END_US = 20000000;
 
 enum ExitStatus
@@ -117,7 +117,7 @@ int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
         return read;
     }
     if (std::strcmp(command, EXIT_COMMAND) != 0) {
-        Note(daemon, "refused");
+        Note(daemon, "rejected");
         return sd_bus_reply_method_errorf(message, SD_BUS_ERROR_ACCESS_DENIED, "only %s is answered",
                                           EXIT_COMMAND);
     }
@@ -136,7 +136,7 @@ int OnCommand(sd_bus_message* message, void* userdata, sd_bus_error*)
     return replied;
 }
 
-// With older releases of systemd these initialisers leave fields uninitialised.
+// With older versions of systemd, these macros leave fields uninitialised.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 const sd_bus_vtable VTABLE[] = {
@@ -171,8 +171,7 @@ bool Serve(Daemon& daemon)
     return result >= 0;
 }
 
-/// Starts `command` with the argv[0] that the assistant requires. Returns its process id; 0 if it cannot be
-/// started.
+/// Starts `command` with the argv[0] that the assistant requires. Returns its process id, or 0 on failure.
 pid_t StartAssistant(const std::vector<std::string>& command, pid_t daemonPid)
 {
     std::vector<std::string> arguments{"Velodesk"};
@@ -187,7 +186,7 @@ pid_t StartAssistant(const std::vector<std::string>& command, pid_t daemonPid)
     }
     argv.push_back(nullptr);
 
-    // We block signals for the event loop; the assistant must not inherit the blocked set.
+    // The assistant must not inherit the signals that are blocked for our event loop.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none;
@@ -225,8 +224,8 @@ bool TakeOption(Daemon& daemon, const std::string& name, const std::string& valu
     return true;
 }
 
-/// Forks: a child process serves the bus while the assistant gets the parent's id. Returns in the child; the
-/// parent only waits for the child's end.
+/// Forks. Returns in the child process, which serves the bus. The parent, whose process id the assistant
+/// gets, only waits for the end of the child.
 void LeaveServingToChild()
 {
     const pid_t server = fork();

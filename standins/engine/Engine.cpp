@@ -15,7 +15,7 @@ namespace {
 constexpr char DEFAULT_SCRIPT[] = "report init\nwait 500\nreport run\n";
 constexpr int CONNECT_TIMEOUT_MS = 3000;
 constexpr unsigned int LINGER_S = 60;
-/// By then the last report has been sent; ConnClient does not flush.
+/// How long to run after the last report. ConnClient does not flush, so the event loop sends the report.
 constexpr int LAST_REPORT_MS = 50;
 
 QString MonotonicNanoseconds()
@@ -32,7 +32,7 @@ Engine::Engine(const QString& homeDir, const QString& daemonPid) : home(homeDir)
     const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(DEFAULT_SCRIPT);
     script = QString::fromUtf8(text).split(QLatin1Char('\n'), QString::SkipEmptyParts);
     Note(QStringLiteral("started %1 for %2").arg(QCoreApplication::applicationPid()).arg(daemonPid));
-    connect(&watcher, &QFileSystemWatcher::directoryChanged, this, &Engine::LookForAwaited);
+    connect(&watcher, &QFileSystemWatcher::directoryChanged, this, &Engine::CheckForAwaitedFile);
 }
 
 void Engine::Start()
@@ -76,7 +76,7 @@ void Engine::NextStep()
     }
 }
 
-void Engine::LookForAwaited()
+void Engine::CheckForAwaitedFile()
 {
     if (!awaited.isEmpty() && QFile::exists(awaited)) {
         awaited.clear();
@@ -94,7 +94,7 @@ bool Engine::Do(const QString& verb, const QString& rest)
     if (verb == QLatin1String("await")) {
         awaited = home + QLatin1Char('/') + rest;
         watcher.addPath(home);
-        QTimer::singleShot(0, this, &Engine::LookForAwaited);
+        QTimer::singleShot(0, this, &Engine::CheckForAwaitedFile);
         return false;
     }
     if (verb == QLatin1String("report")) {
@@ -124,7 +124,7 @@ bool Engine::Do(const QString& verb, const QString& rest)
         }
         client->DisConnect();
     } else if (verb == QLatin1String("await-end-of-input")) {
-        // Nobody writes to it, so it becomes readable only at its end.
+        // No process writes to standard input, so it becomes readable only at its end.
         auto* input = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, this);
         connect(input, &QSocketNotifier::activated, this, [this, input] {
             input->setEnabled(false);
@@ -203,7 +203,7 @@ void Engine::Linger() const
         Note(QStringLiteral("left behind %1").arg(child));
         return;
     }
-    // No Qt code may run here: the child shares the parent's connections.
+    // The child must not run Qt code, because it shares the connections of its parent.
     std::signal(SIGTERM, SIG_IGN);
     sleep(LINGER_S);
     _exit(0);

@@ -9,7 +9,7 @@
 
 #include "statuschannel/ConnClient.h"
 
-/// Stand-in for the cast engine. Reports "init", and "run" a moment later. On a termination request it
+/// Stand-in for the cast engine. Reports "init", and "run" after half a second. On a termination request, it
 /// reports "stop" and ends.
 ///
 /// The script "standin-engine.script" in the user's home replaces this behaviour. It has one step per line:
@@ -25,7 +25,7 @@
 ///   linger                 leaves a child process that ignores the termination request for a minute
 ///   await-end-of-input     waits for the end of standard input, then ends as after a termination request
 ///   drop                   closes the ConnClient's connection; its next repeat opens a new one
-///   show                   shows a drawn phone in a separate window until the engine ends; when the window
+///   show                   shows the image of a phone in a window until the engine ends; when the window
 ///                          is closed, the engine ends as after a termination request
 ///   ignore-terminate       ignores termination requests from then on
 ///   exit CODE | crash      ends this process
@@ -36,7 +36,7 @@ class Engine : public QObject
     Q_OBJECT
 
 public:
-    /// `homeDir`: the user's home; `daemonPid`: the only argument, which is written as an event.
+    /// `homeDir`: the user's home. `daemonPid`: the only argument, which is written as an event.
     Engine(const QString& homeDir, const QString& daemonPid);
 
     /// Runs the script. Call it once, before the event loop.
@@ -51,7 +51,7 @@ public slots:
 
 private slots:
     void NextStep();
-    void LookForAwaited();
+    void CheckForAwaitedFile();
 
 private:
     /// Executes one step. Returns false if the script continues later.

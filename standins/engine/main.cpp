@@ -7,7 +7,7 @@
 #include "Engine.h"
 
 namespace {
-/// A descriptor that becomes readable at each termination request.
+/// Returns a descriptor that becomes readable at each termination request.
 int TerminationRequests()
 {
     sigset_t requests;

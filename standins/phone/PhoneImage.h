@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-/// Draws a phone of the widget's height.
+/// A widget that shows the image of a phone.
 class PhoneImage : public QWidget
 {
 public:

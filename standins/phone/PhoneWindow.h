@@ -7,7 +7,7 @@ namespace Ui {
 class PhoneWindow;
 }
 
-/// The window that shows a drawn phone while the stand-in engine casts.
+/// The window that shows the image of a phone while the stand-in engine casts.
 class PhoneWindow : public QWidget
 {
     Q_OBJECT

@@ -1,5 +1,5 @@
-// The window of the stand-in engine: a drawn phone. Ends with status 0 when the window is closed, and ends
-// when the engine ends.
+// Shows the window of the stand-in engine: the image of a phone. Exits with 0 when the window is closed, and
+// is killed when the engine ends.
 
 #include <QApplication>
 #include <csignal>
