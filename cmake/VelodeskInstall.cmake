@@ -1,11 +1,11 @@
-# cmake --install installs the program. The other components must be named: --component icons, --component dev.
+# cmake --install installs only the program. The options --component icons and --component dev install the others.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 # The daemon starts the program from this path, independently of the prefix.
 install(TARGETS Velodesk DESTINATION /opt/apps/com.zelmora.velodesk/files/bin COMPONENT program)
 
-# The SVG master of the logo contains a placeholder.
+# Replaces the placeholder in the SVG master of the logo.
 set(art ${PROJECT_SOURCE_DIR}/src/resources/art)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${art}/logo.svg ${art}/parts/mark.svg)
 file(READ ${art}/logo.svg icon)

@@ -1,9 +1,9 @@
-# The compile options of every target of this project; nothing is set globally.
+# The compile options of all targets of this project. No option is set globally.
 add_library(velodesk_options INTERFACE)
 target_compile_definitions(velodesk_options INTERFACE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
-    # Qt 5.15.2 is the oldest supported version, where a function that a later one deprecates may be the only one.
+    # Qt 5.15.2 is the oldest supported version. Some deprecated functions have no replacement in it.
     QT_NO_DEPRECATED_WARNINGS)
-# format-y2k: the log's lines begin with a two-digit year.
+# format-y2k: log lines begin with a two-digit year.
 target_compile_options(velodesk_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wno-format-y2k
     -fvisibility=hidden -fvisibility-inlines-hidden)
@@ -13,7 +13,7 @@ if(CMAKE_COMPILE_WARNING_AS_ERROR AND CMAKE_VERSION VERSION_LESS 3.24)
 endif()
 
 # Configures a target of this project: our warnings, no compiler extensions.
-#   velodesk_configure(TARGET [MOC_AND_UIC])   with MOC_AND_UIC for one with classes that have signals or forms
+#   velodesk_configure(TARGET [MOC_AND_UIC])   MOC_AND_UIC: the target has classes with signals or forms
 function(velodesk_configure target)
     cmake_parse_arguments(ARG "MOC_AND_UIC" "" "" ${ARGN})
     set_target_properties(${target} PROPERTIES
@@ -23,7 +23,7 @@ function(velodesk_configure target)
         AUTOMOC ${ARG_MOC_AND_UIC}
         AUTOUIC ${ARG_MOC_AND_UIC}
         POSITION_INDEPENDENT_CODE ON)
-    # PRIVATE to our own sources: neither linking nor installing a library passes the options on.
+    # The options apply only to our sources. Targets that link or install a library do not inherit them.
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velodesk_options>)
     set(scope PRIVATE)
     get_target_property(type ${target} TYPE)

@@ -5,11 +5,11 @@ set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
 
 set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
-# Not the emulator directly: a program that terminates its children there could terminate all processes.
+# The sandbox starts the emulator: without it, a program that terminates its children could terminate all processes.
 get_filename_component(sandbox ${CMAKE_CURRENT_LIST_DIR}/../packaging/arm64/sandbox ABSOLUTE)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${sandbox})
 
-# Tools such as moc and uic are the native ones.
+# Uses native tools such as moc and uic.
 set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu /)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

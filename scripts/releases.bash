@@ -1,12 +1,12 @@
-# Sourced after setup.bash by scripts that work in root file systems of Debian's releases, which are created once in
+# Sourced after setup.bash by scripts that use root file systems of other Debian releases. These are created once in
 # build/releases.
 
 RELEASES=(bullseye bookworm trixie forky)
 
 is_release() { case " ${RELEASES[*]} " in *" $1 "*) ;; *) return 1 ;; esac; }
 
-# Sets $release and $architecture to the arguments or their defaults, $results to the folder of their packages and
-# $root to the root file system in which they are built. There are none for forky until it is released.
+# Sets $release and $architecture to the arguments or their defaults, $results to the folder of the packages and $root
+# to the root file system in which they are built. There are no packages for forky until it is released.
 package_root() {
     release=${1-$(. /etc/os-release && echo "$VERSION_CODENAME")} architecture=${2-amd64}
     results=$PWD/build/packages/$release-$architecture
@@ -15,9 +15,9 @@ package_root() {
     [ "$architecture" = amd64 ] || [ "$architecture" = arm64 ] || misused
 }
 
-# The mirror of this machine's packages; it also has the other releases.
+# Prints the mirror from which this machine gets its packages. It contains the other releases too.
 debian_archive() {
-    # shellcheck disable=SC2016 # The names in it are apt's.
+    # shellcheck disable=SC2016 # apt-get expands the names.
     apt-get indextargets --format '$(ORIGIN) $(REPO_URI)' 'Created-By: Packages' | sed -n 's/^Debian //p' | head -n 1
 }
 
@@ -27,23 +27,23 @@ make_root() {
     shift 2
     as_root rm -rf --one-file-system "$root"
     mkdir -p "${root%/*}"
-    # The signatures of old releases have expired. A root file system that is lost with the power is created again.
+    # Accepts the expired signatures of old releases. Does not flush files to disk, because they can be created again.
     as_root mmdebstrap --variant=apt --aptopt='Acquire::Check-Valid-Until "false"' --dpkgopt=force-unsafe-io \
         --keyring=/usr/share/keyrings/debian-archive-keyring.gpg "$@" \
         "$release" "$root" "deb $(debian_archive) $release main"
 }
 
-# Sets $root to the root file system in which a release is built; creates it if it does not exist.
+# Sets $root to the root file system of a release, and creates it if it does not exist.
 release_root() {
     root=$PWD/build/releases/$1
     install_packages mmdebstrap gpgv debian-archive-keyring bubblewrap git
     mkdir -p "${root%/*}"
-    # A second process waits until the first has created it.
+    # If another process is creating it, wait until it is complete.
     local lock
     exec {lock}>"$root.lock"
     flock "$lock"
     if [ ! -e "$root/complete" ]; then
-        say "making a root of $1"
+        say "creating a root file system of $1"
         make_root "$1" "$root" --include=git,ca-certificates >"$root.log" 2>&1 || {
             cat "$root.log"
             return 1
@@ -70,11 +70,11 @@ in_root() {
     as_root bwrap "${options[@]}" "$@"
 }
 
-# Copies the last commit into a folder of a root file system and replaces older sources there; its build is kept.
+# Copies the last commit into a folder of a root file system. Removes older sources from it, but keeps their build.
 copy_commit() {
     as_root mkdir -p "$1$2"
     as_root find "$1$2" -mindepth 1 -maxdepth 1 ! -name build ! -name .cache -exec rm -rf --one-file-system {} +
-    # The files have the time of their commit, which says nothing about builds of other commits.
+    # Sets the current time, because the time of the commit may be older than a build of another commit.
     as_root git -c safe.directory="$PWD" -C "$PWD" archive --format=tar HEAD |
         as_root tar --extract --touch --no-same-owner --directory "$1$2"
 }

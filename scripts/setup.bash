@@ -1,10 +1,10 @@
 # Sourced by run, test and the scripts of scripts, bench and packaging: installs packages, and builds and tests with
 # progress messages.
 
-# The compiler, ccache, and Build-Depends of debian/control without debhelper, which is only for packages.
+# The compiler, ccache, and Build-Depends of debian/control without debhelper, which only packages need.
 mapfile -t PACKAGES_BUILD < <(printf '%s\n' g++ ccache &&
     sed -n '/^Build-Depends:/,/^[^ ]/s/^ \([a-z0-9.+-]*\).*/\1/p' debian/control | grep -v '^debhelper')
-# Needed to run the assistant: the stand-ins' sandbox and buses, and the fonts and commands that it uses.
+# The packages to run the assistant: the sandbox and the buses of the stand-ins, and its fonts and commands.
 PACKAGES_TOUR=(libxtst-dev bubblewrap dbus fonts-noto-cjk qttranslations5-l10n xdg-user-dirs)
 PACKAGES_DISPLAY=(xvfb openbox xcompmgr)
 PACKAGES_TEST=("${PACKAGES_TOUR[@]}" "${PACKAGES_DISPLAY[@]}" libsm-dev libice-dev strace fonts-noto-core librsvg2-bin
@@ -16,18 +16,18 @@ PACKAGES_DESKTOPS=(kwin-x11 xfwm4 mutter marco mate-settings-daemon-common icewm
 PACKAGES_FUZZ=(clang libclang-rt-14-dev)
 PACKAGES_BENCH=(libbenchmark-dev)
 PACKAGES_EMULATION=(qemu-user-static mount)
-# The cross compiler, and the libraries of the other architecture.
+# The cross compiler and the libraries for arm64.
 PACKAGES_ARM64=(crossbuild-essential-arm64 qtbase5-dev:arm64 libssl-dev:arm64 libsystemd-dev:arm64 libx11-dev:arm64
     libxtst-dev:arm64 libsm-dev:arm64 libice-dev:arm64)
 PACKAGES_ANALYSIS=(clang-format clang-tidy clazy shellcheck)
 
-# The compiler cache and temporary files are in the working copy, like everything else that is written.
+# All files that the scripts write are in the working copy, including the compiler cache and temporary files.
 export CCACHE_DIR=${CCACHE_DIR-$PWD/.cache/ccache}
 export TMPDIR=$PWD/build/tmp
 mkdir -p "$TMPDIR"
 
-# Prints the comment at the head of the script that has sourced this file and then changed to the top of the working
-# copy.
+# Prints the comment at the head of the script that has sourced this file. The script has changed the directory once, to
+# the top of the working copy.
 head_comment() { (cd "${OLDPWD-.}" && sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"); }
 
 # Prints the help and ends the script if that was requested.
@@ -58,7 +58,7 @@ install_packages() {
     for package in "$@"; do
         architecture=$native
         [ "${package%:*}" = "$package" ] || architecture=${package#*:}
-        # dpkg-query prints one line per installed architecture; another one's library does not count.
+        # dpkg-query prints one line per installed architecture. Only the line of the requested architecture counts.
         if ! dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "$package" 2>/dev/null |
             grep -qxE "($architecture|all) installed"; then
             missing+=("$package")
@@ -80,20 +80,20 @@ enable_architecture() {
     fi
 }
 
-# Lets ccache accept precompiled headers, which depend only on their text.
+# Makes ccache accept precompiled headers.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
-# Whether the configured build in that folder has a setting, written as CMake does: NAME:TYPE=VALUE.
+# Returns whether a configured build has a setting in CMake's notation, NAME:TYPE=VALUE.
 configured() { grep -qsx "$2" "build/$1/CMakeCache.txt"; }
 
-# Configures build/CONFIGURATION by its preset; prints CMake's output if that fails. Further arguments go to CMake.
+# Configures build/CONFIGURATION with its preset, and prints CMake's output on failure. Further arguments go to CMake.
 configure() {
     local configuration=$1
     shift
     say "configuring $configuration"
     mkdir -p "build/$configuration"
     local arguments=(--preset "$configuration")
-    # Presets need CMake 3.21, and Debian 11 has 3.18: then use the settings of the preset "base".
+    # Presets need CMake 3.21. With CMake 3.18 of Debian 11, uses the settings of the preset "base" instead.
     if ! cmake --list-presets >/dev/null 2>&1; then
         arguments=(-S . -B "build/$configuration" -G Ninja
             "-DCMAKE_PROJECT_velodesk_INCLUDE_BEFORE=$PWD/cmake/configurations/$configuration.cmake")
@@ -104,7 +104,7 @@ configure() {
     fi
 }
 
-# Configures if needed, and builds what has changed. Further arguments go to the build tool.
+# Configures a build if needed, and builds the changes. Further arguments go to the build tool.
 build() {
     local configuration=$1
     shift
@@ -112,21 +112,21 @@ build() {
         configure "$configuration" || return
     elif configured "$configuration" BUILD_TESTING:BOOL=OFF &&
         ! grep -q BUILD_TESTING "cmake/configurations/$configuration.cmake"; then
-        # ./run has configured it without the tests.
+        # ./run has configured this build without the tests.
         configure "$configuration" -DBUILD_TESTING=ON -DVELODESK_BUILD_TOUR=ON || return
     fi
     say "building $configuration"
     cmake --build "build/$configuration" "$@"
 }
 
-# Builds only what ./run needs.
+# Builds the targets that ./run needs.
 build_tour() {
     if [ ! -f build/release/build.ninja ]; then
         configure release -DBUILD_TESTING=OFF -DVELODESK_BUILD_TOUR=ON || return
     elif configured release VELODESK_BUILD_TOUR:BOOL=OFF; then
         configure release -DVELODESK_BUILD_TOUR=ON || return
     fi
-    say "building the assistant, its stand-ins and what walks through it"
+    say "building the assistant, the stand-ins and the tour"
     cmake --build build/release --target Velodesk standin-daemon standin-engine tour
 }
 

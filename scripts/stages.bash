@@ -1,4 +1,4 @@
-# Sourced after setup.bash: runs stages one after the other, and records a log, the time and a summary line for each.
+# Sourced after setup.bash: runs stages in sequence, and records a log, the time and a summary line for each.
 
 stages_failed=0
 stages_summary=()
