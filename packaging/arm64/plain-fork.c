@@ -1,5 +1,6 @@
-/* Preloaded into arm64 programs under emulation. The emulator refuses to clone with a process descriptor and gives
-   Qt the child id -1 instead of a failure. Told that such descriptors cannot be waited for, Qt forks as it used to. */
+/* Preloaded into arm64 programs under emulation. The emulator cannot clone with a process descriptor and returns the
+   child id -1 to Qt instead of a failure. This library reports that waiting for such descriptors is not supported, so
+   that Qt uses fork(). */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
