@@ -252,24 +252,24 @@ void TestCastControl::signalsChangeThePageState_data()
         QTest::newRow(name) << Event{signal, type, detail} << state << level << line;
     };
     row("started", Event::STARTED, engine, 0, UNCHANGED, INFO, started);
-    row("other started", Event::STARTED, other, 0, UNCHANGED);
+    row("other application: started", Event::STARTED, other, 0, UNCHANGED);
     row("reports init", Event::REPORT, engine, AppManager::APP_EVENT_INITED, UNCHANGED);
     row("reports run", Event::REPORT, engine, AppManager::APP_EVENT_RUNNING, CASTING);
     row("reports stop", Event::REPORT, engine, AppManager::APP_EVENT_STOPPED, IDLE);
-    row("other reports init", Event::REPORT, other, AppManager::APP_EVENT_INITED, UNCHANGED);
-    row("other reports run", Event::REPORT, other, AppManager::APP_EVENT_RUNNING, UNCHANGED);
-    row("other reports stop", Event::REPORT, other, AppManager::APP_EVENT_STOPPED, UNCHANGED);
+    row("other application: reports init", Event::REPORT, other, AppManager::APP_EVENT_INITED, UNCHANGED);
+    row("other application: reports run", Event::REPORT, other, AppManager::APP_EVENT_RUNNING, UNCHANGED);
+    row("other application: reports stop", Event::REPORT, other, AppManager::APP_EVENT_STOPPED, UNCHANGED);
     row("finished", Event::FINISHED, engine, 0, IDLE, INFO, finished.arg(0));
     row("finished with a code", Event::FINISHED, engine, -3, IDLE, INFO, finished.arg(-3));
-    row("other finished", Event::FINISHED, other, 7, UNCHANGED, INFO, finished.arg(7));
+    row("other application: finished", Event::FINISHED, other, 7, UNCHANGED, INFO, finished.arg(7));
     row("failed to start", Event::ERROR_OCCURRED, engine, QProcess::FailedToStart, IDLE, ERROR, failed);
-    row("other failed to start", Event::ERROR_OCCURRED, other, QProcess::FailedToStart, UNCHANGED, ERROR,
-        failed);
+    row("other application: failed to start", Event::ERROR_OCCURRED, other, QProcess::FailedToStart,
+        UNCHANGED, ERROR, failed);
     for (const auto error : {QProcess::Crashed, QProcess::Timedout, QProcess::ReadError, QProcess::WriteError,
                              QProcess::UnknownError}) {
         row(qPrintable(QStringLiteral("error %1").arg(error)), Event::ERROR_OCCURRED, engine, error, IDLE);
-        row(qPrintable(QStringLiteral("other error %1").arg(error)), Event::ERROR_OCCURRED, other, error,
-            UNCHANGED);
+        row(qPrintable(QStringLiteral("other application: error %1").arg(error)), Event::ERROR_OCCURRED,
+            other, error, UNCHANGED);
     }
 }
 
