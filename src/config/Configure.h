@@ -18,16 +18,16 @@ public:
     /// Creates the file if it does not exist, and sets its mode to 0600.
     void Init();
 
-    /// The PC's device name (UTF-8); empty if none is stored.
+    /// The PC's device name in UTF-8. The getter returns an empty text if no name is stored.
     void SetPCDeviceName(const std::string& name);
     std::string GetPCDeviceName() const;
-    /// Whether the user has accepted the agreement.
+    /// The acceptance of the agreement. The setter stores true.
     void SetStatementReadFlag();
     bool IsStatementRead() const;
-    /// The number of trusted phones.
+    /// The number of trusted phones. ClearTrustDevices() stores 0.
     void ClearTrustDevices();
     uint32_t GetTrustDeviceNum() const;
-    /// The folder for received files (local 8-bit); empty if none is stored.
+    /// The folder for received files in local 8-bit. The getter returns an empty text if no folder is stored.
     std::string GetSavePath() const;
     void SetSavePath(std::string path);
 

@@ -36,7 +36,8 @@ std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, s
 }
 
 namespace {
-/// Fills both tables before main() even if nothing reads them: the per-user directories are part of a start.
+/// Fills both tables before main(), even if nothing reads them, because a start creates the per-user
+/// directories.
 [[maybe_unused]] const bool TABLES_ARE_FILLED =
     GetConstant(Velodesk::APP_STOP_TIMEOUT_MS) != 0 && !GetConstant(Velodesk::DATA_DIR).empty();
 } // namespace

@@ -63,9 +63,9 @@ const QString TRANSPARENT_BTN_STYLE = QStringLiteral("background-color:transpare
 
 constexpr double LETTER_SPACING = 0.7;
 constexpr double NO_SPACING = 0.0;
-/// Letter spacing of the page's font, in which the width of the name field is calculated. It is the field's
-/// own font with a larger spacing: the field needs room at its ends, and the widest name, fifteen "m", must
-/// end before the pencil.
+/// The letter spacing of the page's font, which determines the width of the name field. It is larger than the
+/// spacing of the field's own font, because the field needs space at its ends. The widest name, fifteen "m",
+/// must end before the pencil.
 constexpr double NAME_ROOM_SPACING = 1.5;
 constexpr int HEADING_PIXEL_SIZE = 32;
 constexpr int SUBHEADING_PIXEL_SIZE = 16;
@@ -90,7 +90,7 @@ constexpr char TRUST_FILE_1[] = "cd59de12d29aa1b8c695576f73fed493";
 constexpr char TRUST_FILE_2[] = "b527a39b0674942c13c451bc81ea6792";
 constexpr char TRUST_FILE_3[] = "2e5e9c1f131587ab665a2f38ec73e412";
 
-/// Runs the box with that text and the one button "确定".
+/// Runs the box with that text and only the button "确定".
 void ShowMessage(VeloMessageBox& box, const QString& text)
 {
     box.SetMessageText(text);
@@ -110,7 +110,7 @@ MultiScreen::MultiScreen(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui_MultiScreen>()), helpView(nullptr)
 {
     ui->setupUi(this);
-    // A report changes these three; they are painted without the layers of the card below them.
+    // A report changes these three widgets. They are painted without the layers of the card below them.
     for (QWidget* changed : {static_cast<QWidget*>(ui->StatusFrame), static_cast<QWidget*>(ui->PreScreenBtn),
                              static_cast<QWidget*>(ui->ScreenLabel)}) {
         new WhiteBackground(changed, this);
@@ -137,8 +137,8 @@ MultiScreen::~MultiScreen()
 
 void MultiScreen::SetPreScreenStatus(bool casting)
 {
-    // Paint each widget by itself: because of the shadow, Qt would paint everything between widgets that
-    // change together.
+    // Paints each widget separately: because of the effect, Qt would paint the whole area between widgets
+    // that change together.
     ui->PreScreenBtn->setText(casting ? STOP_TEXT : START_TEXT);
     ui->PreScreenBtn->setStyleSheet(casting ? STOP_BTN_STYLE : START_BTN_STYLE);
     ui->PreScreenBtn->repaint();
@@ -439,8 +439,8 @@ void MultiScreen::InitScreenPage()
 
 void MultiScreen::InitFonts()
 {
-    // Only for the width of the name field: the page's style sheet keeps this font from the widgets on the
-    // page.
+    // This font only determines the width of the name field: the page's style sheet prevents the widgets from
+    // inheriting it.
     setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
     for (QLabel* heading :
          {ui->ScreenTitle, ui->TitleLabel, ui->NewHandLabel, ui->CommonProblemLabel, ui->setTitle}) {

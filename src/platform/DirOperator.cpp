@@ -54,7 +54,7 @@ bool DirOperator::IsPathLink(const std::string& path) const
 
 int DirOperator::CreateDir(const std::string& path, mode_t mode) const
 {
-    // In this order: another process may create the directory at the same time.
+    // Checks for an existing directory afterwards, because another process may create it at the same time.
     if (mkdir(path.c_str(), mode) == 0 || IsDirExist(path)) {
         return ErrorCode::CommonStatus::ACTION_SUCCESS;
     }
@@ -183,7 +183,7 @@ int DirOperator::CreateOthersDir() const
 
 std::string DirOperator::UserPath(const std::string& field) const
 {
-    // Without a home directory the path is the field alone, in the root of the file system.
+    // Without a home directory, the directory is in the root of the file system.
     return GetUserDir() + field;
 }
 

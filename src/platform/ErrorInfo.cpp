@@ -6,7 +6,7 @@ namespace Brevora {
 namespace ErrorCode {
 namespace {
 
-/// The misspellings and the blank at one end stand in the logs that people search: they stay.
+/// The misspellings and the blank at one end are intended, because people search logs for these texts.
 // clazy:excludeall=non-pod-global-static
 const std::map<int, std::string> MESSAGES{
     {CommonStatus::ACTION_SUCCESS, "Action success"},
@@ -36,7 +36,8 @@ const std::map<int, std::string> MESSAGES{
     {FileOperStatus::FILE_NOT_EXIST, "File not exist"},
     {FileOperStatus::WRITE_FILE_FAILED, "Write file failed"},
     {FileOperStatus::SAVE_FILE_FAILED, "Save file failed"},
-    // Insertion keeps the first message of a number, so these three read as the file failures above.
+    // Insertion keeps the first message of a number, so these three have no effect: their numbers have the
+    // messages of the file failures above.
     {DirOperStatus::CREATE_DIR_FAILED, "Create dir failed"},
     {DirOperStatus::DIR_NOT_EXIST, "Dir not exist"},
     {DirOperStatus::REMOVE_DIR_FAILED, "Remove dir failed"},

@@ -35,8 +35,8 @@ public:
     int ReadFile(const std::string& path, unsigned int lineCount, unsigned int offset,
                  std::vector<std::string>& lines, const std::string& mode);
 
-    /// Returns the size in bytes, cut to 32 bits; 0xFFFFFFFF if the file cannot be opened, so that a limit
-    /// rejects it.
+    /// Returns the size in bytes, truncated to 32 bits; 0xFFFFFFFF if the file cannot be opened, so that a
+    /// limit rejects it.
     unsigned int FileSize(const std::string& path) const;
 };
 

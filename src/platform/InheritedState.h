@@ -2,15 +2,16 @@
 
 namespace Brevora {
 
-/// What a process inherits from the program that started it: descriptors, signal mask and signal handlers.
+/// Controls what a process inherits from its parent: descriptors, signal mask and ignored signals.
 /// Main thread only; neither operation reports a failure.
 namespace InheritedState {
-/// Makes the inherited state what a program started from a shell has: descriptors 0, 1 and 2 are open (on the
-/// null device if they were closed), no signal is blocked or ignored, and children inherit no other
-/// descriptor. Call before the first file is opened: it would get the number of a missing descriptor.
+/// Resets the inherited state to that of a program started by a shell. Opens descriptors 0, 1 and 2 on the
+/// null device if they are closed, unblocks all signals, restores the default effect of ignored signals, and
+/// marks all other descriptors close-on-exec. Call it before a file is opened, because that file would get
+/// the number of a missing standard descriptor.
 void Reset();
 
-/// Marks all descriptors but 0, 1 and 2 close-on-exec, also those that libraries opened without the mark.
+/// Marks all descriptors except 0, 1 and 2 close-on-exec, including those of libraries.
 void KeepDescriptorsFromChildren();
 } // namespace InheritedState
 

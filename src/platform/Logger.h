@@ -13,8 +13,8 @@ namespace Brevora {
 ///
 /// main() calls Init() once, before there are other threads; lines logged earlier are lost. WriteLog() may
 /// then be called on any thread, but not from within itself. A failure of the log is never reported and never
-/// stops the program: a line that cannot be written is lost, the next one is tried anew. Our own sources use
-/// the macros of platform/Log.h, which engines do not get.
+/// stops the program: a line that cannot be written is lost, and the next line is written again. Our own
+/// sources use the macros of platform/Log.h, which is not part of the client library.
 class Logger
 {
 public:
@@ -63,9 +63,9 @@ private:
 
     const int maxSize;
     std::string filePath;
-    /// The live log, not inherited by children; -1 while none is open.
+    /// The descriptor of the log, which children do not inherit; -1 if no log is open.
     int descriptor = -1;
-    /// Whether a failed write left the last line without its end.
+    /// Whether the last line is incomplete because its write failed.
     bool lineIsCut = false;
     std::mutex lock;
 };
@@ -73,7 +73,7 @@ private:
 } // namespace Brevora
 
 extern "C" {
-/// The same log for callers with C strings. The line number is 0. A null pointer writes nothing.
+/// Functions for callers with C strings. They write lines with line number 0, and nothing for a null pointer.
 __attribute__((visibility("default"), format(printf, 3, 4))) void
 CLogDebug(const char* module, const char* file, const char* format, ...);
 __attribute__((visibility("default"), format(printf, 3, 4))) void

@@ -84,7 +84,7 @@ bool ReadFully(int device, char* buf, int len)
             filled += static_cast<int>(count);
             failedTries = 0;
         } else if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
-            // The kernel has no random bytes yet: retry until it has.
+            // The kernel has no random bytes yet.
             continue;
         } else if (++failedTries == MAX_FAILED_TRIES) {
             return false;

@@ -12,7 +12,7 @@ class RandomCode
 public:
     RandomCode() = delete;
 
-    /// Reads `len` bytes from the kernel and retries without a time-out while it has none. Returns 0,
+    /// Reads `len` bytes from the kernel and retries without a time limit while it has none. Returns 0,
     /// POINTER_IS_NULL or GET_RANDOM_SEEDS_FAILED.
     static int GetDevRandBytes(char* buf, int len);
     /// Returns 32 random bits; 0 if OpenSSL fails.

@@ -6,8 +6,8 @@
 /// One object of T for the whole process. The first GetInstance() creates it. It is destroyed at process
 /// exit; all singletons are destroyed in the reverse order of their creation.
 ///
-/// There is no lock: two threads must not call the first GetInstance() of a T at the same time. main() makes
-/// these calls before there are other threads.
+/// There is no lock: two threads must not make the first call for a T at the same time. main() makes these
+/// calls before other threads exist.
 template <typename T>
 class Singleton
 {

@@ -37,8 +37,8 @@ private:
     const Clock::time_point end = Clock::now() + TIMEOUT;
 };
 
-/// Waits until `bus` is authenticated and has its name: sd_bus_call() would do so for 90 s whatever its
-/// time-out. 0, or negative.
+/// Waits until `bus` is authenticated and has its name, because sd_bus_call() would wait for that for 90 s
+/// regardless of its time-out. Returns 0, or a negative number.
 int AwaitReady(sd_bus* bus, const Deadline& deadline)
 {
     while (sd_bus_is_ready(bus) <= 0) {
@@ -110,7 +110,7 @@ struct BusCall
         sd_bus_error_free(&error);
         sd_bus_message_unref(message);
         sd_bus_message_unref(reply);
-        // A bus that does not answer may not take what is queued either, and flushing has no time limit.
+        // Flushing has no time limit, and a bus that does not answer may not read either.
         if (isAnswering) {
             sd_bus_flush_close_unref(bus);
         } else {

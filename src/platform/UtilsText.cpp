@@ -69,8 +69,8 @@ std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::siz
     return output.substr(first, output.find_last_not_of(' ') - first + 1);
 }
 
-/// True if the whole text matches. A text longer than any match is not tried, because std::regex recurses for
-/// each byte.
+/// Returns true if the whole text matches. Rejects longer texts first, because std::regex recurses for each
+/// byte.
 bool Matches(const std::string& text, std::size_t maxLength, const char* pattern)
 {
     return text.size() <= maxLength && std::regex_match(text, std::regex(pattern));
@@ -102,7 +102,7 @@ std::string Utils::ExecutePopenAndReturn(const std::string& command)
 std::string Utils::DeleteSubStr(std::string text, std::string piece)
 {
     std::size_t at = 0;
-    // The loop does not end for an empty piece, which is always found.
+    // The loop never ends for an empty piece, because find() always finds it.
     while ((at = text.find(piece)) != std::string::npos) {
         text.erase(at, piece.size());
     }

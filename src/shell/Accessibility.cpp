@@ -14,7 +14,7 @@ struct Kind
     QAccessible::Role role;
 };
 
-/// Widgets that only have another role.
+/// Widgets for which only the role differs from Qt's.
 constexpr Kind PLAIN[] = {
     {"VeloWin", QAccessible::Window},
     {"ProtocolWin", QAccessible::Window},
@@ -26,13 +26,13 @@ constexpr Kind PLAIN[] = {
     {"page5", QAccessible::Pane},
     {"aboutPage", QAccessible::Pane},
     {"serProPage", QAccessible::Pane},
-    // Buttons that only cover the corners of the card, and a field that only shows a text.
+    // These buttons only cover the corners of the card, and the field only shows a text.
     {"justCover", QAccessible::Whitespace},
     {"justCover2", QAccessible::Whitespace},
     {"NameEditLabel", QAccessible::StaticText},
 };
 
-/// Widgets that are a Control.
+/// Widgets that get a Control.
 constexpr Kind CONTROLS[] = {
     {"appRow", QAccessible::ListItem},
     {"menu", QAccessible::ButtonMenu},
@@ -40,13 +40,14 @@ constexpr Kind CONTROLS[] = {
     {"help", QAccessible::MenuItem},
     {"set", QAccessible::MenuItem},
     {"about", QAccessible::MenuItem},
-    // Of the exit question. Both are checkable: Qt takes them for check boxes, toggled without a click.
+    // The buttons of the exit question are checkable. Qt reports them as check boxes that toggle without a
+    // click.
     {"exitBtn", QAccessible::Button},
     {"cancelBtn", QAccessible::Button},
     {"AgreeBtn", QAccessible::CheckBox},
 };
 
-/// A top-level widget of that object name, null if there is none.
+/// Returns the top-level widget of that object name, or null.
 QWidget* TopLevel(const char* objectName)
 {
     const QWidgetList widgets = QApplication::topLevelWidgets();
@@ -58,8 +59,8 @@ QWidget* TopLevel(const char* objectName)
     return nullptr;
 }
 
-/// A widget that has another place in the tree, state or action than Qt gives it. Its one action, Press, does
-/// what a click does.
+/// A widget whose parent, state or action differs from Qt's. Its only action, Press, has the effect of a
+/// click.
 class Control : public QAccessibleWidget
 {
 public:
@@ -75,7 +76,7 @@ public:
     void doAction(const QString& action) override;
 
 private:
-    /// What the control lies below where that is not the widget's parent, else null.
+    /// The accessible parent if it is not the widget's parent; otherwise null.
     QWidget* Owner() const;
     QWidgetList Children() const;
     QListWidget* ListOfRow() const;
@@ -102,7 +103,7 @@ QString Control::text(QAccessible::Text kind) const
 {
     const QString text = QAccessibleWidget::text(kind);
     const auto* button = qobject_cast<const QAbstractButton*>(widget());
-    // Blanks indent the entries of the menu.
+    // The entries of the menu are indented by blanks.
     return kind == QAccessible::Name && text.isEmpty() && button != nullptr ? button->text().trimmed() : text;
 }
 
@@ -110,7 +111,7 @@ QAccessible::State Control::state() const
 {
     QAccessible::State state = QAccessibleWidget::state();
     if (role() == QAccessible::CheckBox) {
-        // The tick has no state of its own.
+        // The tick itself has no state.
         const auto* begin = widget()->window()->findChild<QWidget*>(QStringLiteral("BeginBtn"));
         state.checkable = true;
         state.checked = begin != nullptr && begin->isEnabled();
@@ -136,7 +137,7 @@ void Control::doAction(const QString& action)
         return;
     }
     if (auto* button = qobject_cast<QAbstractButton*>(widget())) {
-        // The click comes a moment later: a question that it opens does not keep the caller waiting.
+        // The event loop performs the click, so that the caller does not wait for the end of a dialog.
         button->animateClick();
     } else if (QListWidget* list = ListOfRow()) {
         list->setCurrentItem(ItemOfRow());
@@ -170,7 +171,7 @@ QWidgetList Control::Children() const
             children.append(entry);
         }
     }
-    // A row that is being built has no widget yet, and a menu button may outlive its menu.
+    // A row under construction has no widget yet, and the menu button may outlive the menu.
     children.removeAll(nullptr);
     return children;
 }
@@ -197,7 +198,7 @@ QAccessibleInterface* Interface(const QString&, QObject* object)
     if (widget == nullptr) {
         return nullptr;
     }
-    // Asked for while it is being built, when it has no name yet.
+    // Qt also calls this during the construction of a widget, when it has no name yet.
     if (qobject_cast<QListWidget*>(widget) != nullptr) {
         return new Control(widget, QAccessible::List);
     }

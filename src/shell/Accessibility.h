@@ -1,11 +1,11 @@
 #pragma once
 
-/// Accessible roles, states and actions where Qt's own are wrong: windows, checkable buttons that act like
-/// plain ones, the list row made of widgets, and the menu, which Qt omits because it is a pop-up.
+/// Corrects the accessible roles, states and actions that Qt reports for windows, for checkable buttons that
+/// act like ordinary ones, for the list row, and for the menu, which Qt omits because it is a pop-up.
 ///
-/// Names that are not a text of the widget are in the Designer forms (accessibleName).
+/// The Designer forms contain the names of widgets without text (accessibleName).
 namespace Accessibility {
-/// Installs the factory. Call it once on the main thread, before the first window is constructed. It costs
-/// nothing until assistive technology is active.
+/// Installs the factory. Call it once on the main thread, before the first window is constructed. It has
+/// no effect until assistive technology is active.
 void Install();
 } // namespace Accessibility

@@ -36,13 +36,14 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    /// Renews the mask when the pointer enters the card, where the widgets on it get the mouse moves.
+    /// Updates the mask when the pointer enters the card, because the widgets on the card get the mouse
+    /// moves.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     QBoxLayout* cardLayout = nullptr;
     QWidget* card = nullptr;
     QPoint dragLimit;
-    /// The press position from the card's top-left corner.
+    /// The press position relative to the card's top-left corner.
     QPoint dragOffset;
     bool dragging = false;
 };
@@ -50,7 +51,7 @@ protected:
 extern template class CardWindow<QWidget>;
 extern template class CardWindow<QDialog>;
 
-/// The available area of the primary screen, in global pixels.
+/// Returns the available area of the primary screen in global pixels.
 QRect AvailableArea();
 
 /// Returns the top-left corner that centres a rectangle of `size` (right minus left, bottom minus top) in

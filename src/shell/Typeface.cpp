@@ -9,12 +9,13 @@
 
 namespace {
 const QString FAMILY = QStringLiteral("Noto Sans CJK SC");
-/// No family has this name. Without a substitution the result depends on the locale.
+/// No family has this name, so without a substitute the selected font depends on the locale.
 const QString POSTSCRIPT_NAME = QStringLiteral("NotoSansCJKsc-Regular");
 /// 9 points at 96 dots per inch.
 constexpr int PIXEL_SIZE = 12;
 
-/// The same design under its other names, then fonts of Chinese desktops. After these, fontconfig decides.
+/// Other names of the same typeface, then fonts of Chinese desktops. If none is installed, fontconfig
+/// decides.
 QStringList NextBest()
 {
     return {QStringLiteral("Source Han Sans SC"),  QStringLiteral("Source Han Sans CN"),
@@ -23,9 +24,9 @@ QStringList NextBest()
             QStringLiteral("Droid Sans Fallback")};
 }
 
-/// The text shaper takes its language from the locale when it is first used. In Chinese, this typeface has
-/// other digits beside Latin letters. So use it for the first time in the "C" locale: the pixels are then the
-/// same in every locale.
+/// Uses the text shaper for the first time in the "C" locale, because it then stores the language of the
+/// locale. In Chinese, this typeface has other digits beside Latin letters. This way the pixels are the same
+/// in every locale.
 void ShapeInNoLanguage(const QFont& font)
 {
     const QByteArray locale = std::setlocale(LC_CTYPE, nullptr);

@@ -33,7 +33,7 @@ public:
     void SetMessageText(const QString& text) const;
     /// Shows the warning mark.
     void SetWarning();
-    /// Returns how many boxes exist, so that a caller need not open a second one.
+    /// Returns the number of existing boxes, so that a caller can avoid a second one.
     static int GetWindCount();
     /// Sets the font family of the box and a letter spacing in pixels on `widget`. Ignores a null pointer.
     void SetDefaultTextFont(QWidget* widget, int spacing) const;

@@ -26,8 +26,8 @@ constexpr QSize ROW_ICON_SIZE(20, 20);
 constexpr int ROW_TEXT_PIXEL_SIZE = 14;
 constexpr qreal ROW_LETTER_SPACING = 1.0;
 
-/// The margin for the shadow around the card of the menu, and by how much it enlarges the window, which is
-/// constructed with margins of 1 pixel.
+/// The margin for the shadow around the menu's card. The window is enlarged by it, because the form has
+/// margins of 1 pixel.
 constexpr int MENU_MARGIN = 20;
 constexpr int MENU_GROWTH = 2 * (MENU_MARGIN - 1);
 
@@ -136,7 +136,7 @@ void VeloWin::SetAppObj(QApplication& app)
 
 void VeloWin::AddAppListItem(QString icon, QString text)
 {
-    // Deleted with its children if a later allocation fails.
+    // Deletes the container with its children if a later allocation fails.
     std::unique_ptr<QWidget> container(new (std::nothrow) QWidget(ui->appList));
     if (container == nullptr) {
         LOG_ERROR("Item container is nullptr.");
@@ -307,7 +307,7 @@ void VeloWin::closeEvent(QCloseEvent* event)
     if (!sessionEnding) {
         event->ignore();
     }
-    // Also on a logout: the question is then visible while the window closes.
+    // This also happens on a logout: the question is then visible while the window closes.
     ShowExitWinCentred();
     LOG_INFO("Velodesk closeEvent show exit window.");
 }

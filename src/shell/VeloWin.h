@@ -22,8 +22,8 @@ class Ui_VeloWin;
 /// question.
 ///
 /// main() owns it, calls SetAppObj() and sets exitHook before the event loop runs. The window owns its pages
-/// and the current ExitWin. The user can leave it only through the exit question; the end of the desktop
-/// session closes it without. Interface thread only.
+/// and the current ExitWin. The user can close it only by the exit question; the end of the desktop
+/// session closes it without a question. Interface thread only.
 class VeloWin : public CardWindow<QWidget>
 {
     Q_OBJECT
