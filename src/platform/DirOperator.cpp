@@ -54,7 +54,7 @@ bool DirOperator::IsPathLink(const std::string& path) const
 
 int DirOperator::CreateDir(const std::string& path, mode_t mode) const
 {
-    // Checks for an existing directory afterwards, because another process may create it at the same time.
+    // Creates first and checks afterwards, because another process may create the directory in between.
     if (mkdir(path.c_str(), mode) == 0 || IsDirExist(path)) {
         return ErrorCode::CommonStatus::ACTION_SUCCESS;
     }
@@ -96,7 +96,7 @@ int DirOperator::RemoveDir(const std::string& path) const
 
 int DirOperator::RemoveDirAll(const std::string& path, dirent* entry) const
 {
-    // On the heap: the recursion depth is the depth of the directory tree.
+    // The buffer is on the heap, because this function recurses for each level of the directory tree.
     std::string joined(PATH_SIZE, '\0');
     const int length =
         snprintf_s(joined.data(), joined.size(), joined.size() - 1, "%s/%s", path.c_str(), entry->d_name);
@@ -183,7 +183,7 @@ int DirOperator::CreateOthersDir() const
 
 std::string DirOperator::UserPath(const std::string& field) const
 {
-    // Without a home directory, the directory is in the root of the file system.
+    // Without a home directory the result is `field`, a path below the root of the file system.
     return GetUserDir() + field;
 }
 

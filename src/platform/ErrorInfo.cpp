@@ -6,7 +6,8 @@ namespace Brevora {
 namespace ErrorCode {
 namespace {
 
-/// The misspellings and the blank at one end are intended, because people search logs for these texts.
+/// The messages are fixed, with their misspellings and a blank at the end, because users search logs for
+/// them.
 // clazy:excludeall=non-pod-global-static
 const std::map<int, std::string> MESSAGES{
     {CommonStatus::ACTION_SUCCESS, "Action success"},
@@ -36,8 +37,7 @@ const std::map<int, std::string> MESSAGES{
     {FileOperStatus::FILE_NOT_EXIST, "File not exist"},
     {FileOperStatus::WRITE_FILE_FAILED, "Write file failed"},
     {FileOperStatus::SAVE_FILE_FAILED, "Save file failed"},
-    // Insertion keeps the first message of a number, so these three have no effect: their numbers have the
-    // messages of the file failures above.
+    // These three entries have no effect: a map keeps the first entry of a key, here those of FileOperStatus.
     {DirOperStatus::CREATE_DIR_FAILED, "Create dir failed"},
     {DirOperStatus::DIR_NOT_EXIST, "Dir not exist"},
     {DirOperStatus::REMOVE_DIR_FAILED, "Remove dir failed"},

@@ -5,8 +5,8 @@
 namespace Brevora {
 namespace ErrorCode {
 
-/// What the shared code and the cast engine report, as plain integers: a family a subject, each with a band
-/// of values of its own. Two families share the values 100 to 102.
+/// Error codes of the shared code and of the cast engine. Each namespace contains the codes of one subject.
+/// FileOperStatus and DirOperStatus share the values 100 to 102.
 namespace CommonStatus {
 constexpr int ACTION_SUCCESS = 0;
 constexpr int ACTION_FAILED = 1;
@@ -170,13 +170,14 @@ constexpr int FILE_CMD_SOCKET_ERR = 913;
 constexpr int CLIENT_NEED_PERMISSION = 914;
 } // namespace FileShareErrorCode
 
-/// The words for the codes. Safe from any thread once main() runs.
+/// Returns the messages of error codes. Any thread may use it after main() has begun.
 class ErrorInfo
 {
 public:
     static ErrorInfo& Instance();
 
-    /// The message of a code of any family; "Unknown error" for any other number.
+    /// Returns the message of `code`; "Unknown error" for a number that is no error code. For the values 100
+    /// to 102 it returns the messages of FileOperStatus.
     std::string GetErrorCodeInfo(int code);
 };
 

@@ -140,7 +140,7 @@ int FileOperator::ReadFile(const std::string& path, unsigned int lineCount, unsi
     for (unsigned int i = 0; i < lineCount; ++i) {
         std::string line;
         std::getline(file, line);
-        // The number includes the line feed, if there was one.
+        // getline() has removed the line feed. Only at the end of the file, there was none.
         taken = static_cast<std::streamsize>(line.size()) + (file.good() ? 1 : 0);
         if (!line.empty()) {
             lines.push_back(line);

@@ -45,7 +45,7 @@ void Brevora::InheritedState::KeepDescriptorsFromChildren()
         return;
     }
     while (const dirent* entry = readdir(descriptors)) {
-        // The entries "." and ".." give 0.
+        // For the entries "." and "..", strtol() returns 0, which is skipped.
         const auto file = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
         if (file > STDERR_FILENO) {
             fcntl(file, F_SETFD, FD_CLOEXEC);

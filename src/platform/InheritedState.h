@@ -2,16 +2,16 @@
 
 namespace Brevora {
 
-/// Controls what a process inherits from its parent: descriptors, signal mask and ignored signals.
-/// Main thread only; neither operation reports a failure.
+/// Corrects what this process inherits from the program that started it: descriptors, the signal mask and
+/// ignored signals. Main thread only. Neither operation reports a failure.
 namespace InheritedState {
-/// Resets the inherited state to that of a program started by a shell. Opens descriptors 0, 1 and 2 on the
-/// null device if they are closed, unblocks all signals, restores the default effect of ignored signals, and
-/// marks all other descriptors close-on-exec. Call it before a file is opened, because that file would get
-/// the number of a missing standard descriptor.
+/// If descriptor 0, 1 or 2 is closed, opens it on the null device. Calls KeepDescriptorsFromChildren(),
+/// unblocks all signals, and restores the default action of ignored ones. Call it before the first file is
+/// opened; otherwise that file could become descriptor 0, 1 or 2.
 void Reset();
 
-/// Marks all descriptors except 0, 1 and 2 close-on-exec, including those of libraries.
+/// Sets the close-on-exec flag of all descriptors except 0, 1 and 2, including those that libraries opened
+/// without the flag.
 void KeepDescriptorsFromChildren();
 } // namespace InheritedState
 

@@ -21,8 +21,8 @@ constexpr const char* SourceFileName(const char* path)
 
 } // namespace Brevora
 
-/// LOG_INFO("count is %d", count) supplies source file, line and module. The source file defines a constant
-/// MODULE_TAG.
+/// LOG_INFO("count is %d", count) writes a line to the log, with source file, line number and module. The
+/// source file must define the module's name as the constant MODULE_TAG.
 #define VELODESK_LOG(level, ...)                                                                             \
     do {                                                                                                     \
         if (false) {                                                                                         \

@@ -17,9 +17,9 @@ constexpr mode_t FILE_MODE = 0600;
 constexpr std::size_t MESSAGE_SIZE = 4096;
 constexpr std::size_t TIMESTAMP_SIZE = 32;
 constexpr std::size_t COPY_BUFFER_SIZE = 16384;
-/// The mode of a new file before chmod().
+/// The mode of a new file until chmod() sets FILE_MODE.
 constexpr mode_t NEW_FILE_MODE = 0666;
-/// Space in a line for time, level, line number and punctuation.
+/// The maximum length of time, level, line number and punctuation in a line.
 constexpr std::size_t LINE_FRAME_SIZE = 64;
 
 constexpr int LEVEL_DEBUG = 1;
@@ -38,7 +38,7 @@ __attribute__((format(printf, 4, 0))) void LogPlain(int level, const char* modul
     if (vsnprintf_s(message.data(), message.size(), message.size() - 1, format, args) < 0) {
         return;
     }
-    // The text is an argument, not the format, so percent signs in it have no effect.
+    // The text is an argument, not the format, because it can contain percent signs.
     Singleton<Brevora::Logger>::GetInstance()->WriteLog(level, file, 0, module, "%s", message.data());
 }
 } // namespace
@@ -54,8 +54,8 @@ Logger::~Logger()
 
 void Logger::Init(const std::string& path)
 {
-    // No log is open during these checks. They log, and their lines could rotate a large log through the link
-    // that they remove.
+    // Closes the log and clears its path first, because the checks below write lines. If the log is a link
+    // and too large, such a line would rotate the target of the link.
     Close();
     filePath.clear();
     if (FileOperator::GetInstance().IsLinkExist(path)) {
@@ -151,7 +151,7 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
     }
     const std::string word = GetLevelString(level);
     const std::string time = GetTimestamp();
-    // Not initialised, because that would write 4 KiB for each line.
+    // Not initialised, because that would fill 4 KiB for each line.
     std::array<char, MESSAGE_SIZE> message;
     va_list args;
     va_start(args, format);
@@ -162,7 +162,6 @@ void Logger::WriteFormatted(int level, const std::string& file, int line, const 
 #pragma GCC diagnostic pop
     va_end(args);
     if (length < 0) {
-        // The line is dropped, not cut.
         return;
     }
     std::string text;

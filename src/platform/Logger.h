@@ -9,12 +9,12 @@
 
 namespace Brevora {
 
-/// The program's one log file, reached as Singleton<Brevora::Logger>::GetInstance().
+/// The log file of the program. Use it as Singleton<Brevora::Logger>, which owns it.
 ///
-/// main() calls Init() once, before there are other threads; lines logged earlier are lost. WriteLog() may
-/// then be called on any thread, but not from within itself. A failure of the log is never reported and never
-/// stops the program: a line that cannot be written is lost, and the next line is written again. Our own
-/// sources use the macros of platform/Log.h, which is not part of the client library.
+/// main() calls Init() once, before it starts threads. Lines that are logged earlier are lost. After Init(),
+/// any thread may call WriteLog(). No function reports a failure: a line that cannot be written is lost, and
+/// the next line is written independently of it. The program's own sources use the macros of platform/Log.h.
+/// The package velodesk-dev does not contain that header.
 class Logger
 {
 public:
@@ -23,14 +23,14 @@ public:
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
-    /// Opens the log at `path` (local 8-bit) for appending, with mode 0600. Removes a link to a file, or a
-    /// directory, at that path first.
+    /// Opens the log at `path` (local 8-bit) for appending, with mode 0600. If `path` is a directory or a
+    /// link to a file, removes it first.
     void Init(const std::string& path);
 
-    /// Writes one line and flushes it. `level`: 2 INFO, 3 WARNING, 4 ERROR, 5 CRITICAL; 1 (DEBUG) and below
-    /// are dropped. `file`: source file without directories; `module`: the source file's tag; `format`:
-    /// printf, with strings as plain character pointers. A message of more than 4095 bytes is dropped, not
-    /// cut.
+    /// Writes one line. `level` is 2 (INFO), 3 (WARNING), 4 (ERROR) or 5 (CRITICAL); lines of lower levels
+    /// are dropped. `file` is the name of the source file without directories, `module` the name of its
+    /// module. `format` and `args` are those of printf: texts are `const char*`. A message of more than 4095
+    /// bytes is dropped, not cut. Above 32 MiB, the log is emptied first, after a copy to "<path>.old".
     template <typename... Args>
     void WriteLog(int level, const std::string& file, int line, const std::string& module,
                   const std::string& format, Args... args)
@@ -39,16 +39,17 @@ public:
         WriteFormatted(level, file, line, module, format.c_str(), args...);
     }
 
-    /// Returns the name of a level: "DEBUG" to "CRITICAL" for 1 to 5, a blank for any other.
+    /// Returns the name of a level, from "DEBUG" (1) to "CRITICAL" (5); a blank for any other number.
     std::string GetLevelString(int level) const;
 
     /// Returns the local time as "yy-mm-dd hh:mm:ss.uuuuuu"; empty if it could not be formatted.
     std::string GetTimestamp() const;
 
-    /// Copies the bytes of `from` over `to`, which gets mode 0600. A read error ends the copy.
+    /// Replaces the content of the file `to` with that of `from` and sets the mode of `to` to 0600. An error
+    /// ends the copy: `to` then contains the part before the error.
     void CopyLog2Log(std::string from, std::string to) const;
 
-    /// Copies the log to "<path>.old" and empties the log. Does not lock: WriteLog() holds the lock.
+    /// Copies the log to "<path>.old" and empties the log. The caller must hold the lock, as WriteLog() does.
     void SaveAndOpenNewFile();
 
     /// Returns the size of the file at `path` in bytes, or -1 if it cannot be opened.
@@ -63,9 +64,10 @@ private:
 
     const int maxSize;
     std::string filePath;
-    /// The descriptor of the log, which children do not inherit; -1 if no log is open.
+    /// The open log, or -1. Children do not inherit it.
     int descriptor = -1;
-    /// Whether the last line is incomplete because its write failed.
+    /// True if the last write stored only the beginning of its line. The next line then begins with a line
+    /// feed.
     bool lineIsCut = false;
     std::mutex lock;
 };
@@ -73,7 +75,7 @@ private:
 } // namespace Brevora
 
 extern "C" {
-/// Functions for callers with C strings. They write lines with line number 0, and nothing for a null pointer.
+/// Write a line to the same log, for C code. The line number is 0. If a pointer is null, nothing is written.
 __attribute__((visibility("default"), format(printf, 3, 4))) void
 CLogDebug(const char* module, const char* file, const char* format, ...);
 __attribute__((visibility("default"), format(printf, 3, 4))) void

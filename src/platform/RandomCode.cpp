@@ -73,7 +73,8 @@ std::string NullPointerText()
     return ErrorInfo::Instance().GetErrorCodeInfo(CommonStatus::POINTER_IS_NULL);
 }
 
-/// Fills `buf` from `device`, which is in non-blocking mode.
+/// Reads `len` bytes from `device`, which is in non-blocking mode. Returns false after MAX_FAILED_TRIES
+/// failed reads in succession.
 bool ReadFully(int device, char* buf, int len)
 {
     int failedTries = 0;

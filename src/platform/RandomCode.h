@@ -4,30 +4,33 @@
 
 namespace Brevora {
 
-/// Random numbers seeded from the kernel, and secure erasure. Lengths are in bytes; the generators write
-/// exactly `len` bytes and no terminator. GetDevRandBytes() and the generators may run on any thread; the
-/// pool has no lock.
+/// Generates random numbers with a seed from the kernel, and erases memory and files.
+///
+/// Lengths are in bytes. Functions that write to `buf` write exactly `len` bytes without a terminator. Any
+/// thread may call the functions, except those that use the pool (CreateRandomPool(), GetRandomPool() and
+/// ClearSenData()): the pool has no lock.
 class RandomCode
 {
 public:
     RandomCode() = delete;
 
-    /// Reads `len` bytes from the kernel and retries without a time limit while it has none. Returns 0,
-    /// POINTER_IS_NULL or GET_RANDOM_SEEDS_FAILED.
+    /// Reads `len` bytes from the kernel. Waits without a time limit while the kernel has no random bytes.
+    /// Returns 0, POINTER_IS_NULL or GET_RANDOM_SEEDS_FAILED.
     static int GetDevRandBytes(char* buf, int len);
-    /// Returns 32 random bits; 0 if OpenSSL fails.
+    /// Returns a random number from 0 to 0xFFFFFFFF; 0 if OpenSSL fails.
     static unsigned int GetDevRandNum();
     /// Adds kernel entropy to the generator of OpenSSL. Returns 0 or GET_RANDOM_SEEDS_FAILED.
     static int ProduceRandSeed();
 
-    /// Writes a password of 8 to 256 characters from at least two classes. On failure the buffer does not
-    /// change, and the failure is only logged.
+    /// Writes a password of `len` characters, from 8 to 256. It contains characters of at least two of the
+    /// classes lower case, upper case, digit and other. A failure is only logged; the buffer then does not
+    /// change.
     static void GetPasswdRandNum(unsigned char* buf, unsigned int len);
-    /// Writes 6 to 256 digits. Returns 0 or -1.
+    /// Writes `len` digits, from 6 to 256. Returns 0, or -1 on failure.
     static int GetPinRandNum(unsigned char* buf, unsigned int len);
-    /// Returns 6 to 256 letters; empty on failure.
+    /// Returns `len` letters, from 6 to 256; empty on failure.
     static std::string GetSsidRandNum(unsigned int len);
-    /// Writes `len` random bytes. Returns 0 or -1.
+    /// Writes `len` random bytes. Returns 0, or -1 on failure.
     static int GetRandNumBytes(unsigned char* buf, int len);
 
     /// Fills the pool of 256 random bytes.
@@ -35,10 +38,13 @@ public:
     /// Returns the pool, which is all zeros until it is filled; null if `len` is not from 1 to 256.
     static unsigned char* GetRandomPool(unsigned int len);
 
-    /// Overwrites memory with zeros, then ones, then the pool. More than 256 bytes end as ones.
+    /// Overwrites memory with the byte 0x00, then with the byte 0x01, then with the pool. The last step is
+    /// left out for more than 256 bytes.
     static void ClearSenData(unsigned char* buf, int len);
-    /// Overwrites a file (path in local 8-bit) of at most 1 MiB with zeros, ones and random bytes, then
-    /// removes it. Returns 0 or -1. If a pass fails, returns its error code; the file then remains.
+    /// Overwrites a file (path in local 8-bit) of 1 byte to 1 MiB with the byte 0x00, then with the byte
+    /// 0x01, then with random bytes, and removes it. Returns 0. Returns -1 if the file does not exist, is too
+    /// large or cannot be removed. If the file cannot be overwritten, returns an error code and does not
+    /// remove it.
     static int SafeCoverRemove(std::string fileName);
 };
 

@@ -6,8 +6,8 @@
 /// One object of T for the whole process. The first GetInstance() creates it. It is destroyed at process
 /// exit; all singletons are destroyed in the reverse order of their creation.
 ///
-/// There is no lock: two threads must not make the first call for a T at the same time. main() makes these
-/// calls before other threads exist.
+/// There is no lock: two threads must not call GetInstance() of a T at the same time while the object does
+/// not exist. main() makes the first calls before it starts threads.
 template <typename T>
 class Singleton
 {
@@ -43,7 +43,7 @@ private:
 template <typename T>
 T* Singleton<T>::sm_ins = nullptr;
 
-/// One object of T for the whole process, as a function-local static. Any thread may use it first.
+/// One object of T for the whole process, as a function-local static. Any thread may make the first call.
 template <typename T>
 class SingletonNew
 {

@@ -20,11 +20,13 @@ constexpr std::chrono::microseconds TIMEOUT(5000000);
 constexpr char TIMED_OUT[] = "Connection timed out";
 constexpr char TIMED_OUT_TRANSLATED[] = "连接超时";
 
-/// The time limit of one exchange with the daemon, from the connection to the daemon's process id.
+/// The time limit of one call to the daemon. It includes the connection to the bus, the call, and the query
+/// of the sender's process id.
 class Deadline
 {
 public:
-    /// Microseconds until the deadline, but at least 1: the bus library reads 0 as its own default.
+    /// Returns the microseconds until the deadline. Returns 1 after it, because 0 would select the default
+    /// time limit of sd-bus.
     uint64_t Left() const
     {
         const auto left = std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now());
@@ -37,8 +39,8 @@ private:
     const Clock::time_point end = Clock::now() + TIMEOUT;
 };
 
-/// Waits until `bus` is authenticated and has its name, because sd_bus_call() would wait for that for 90 s
-/// regardless of its time-out. Returns 0, or a negative number.
+/// Waits until `bus` is authenticated and has its name. sd_bus_call() would wait for that, too, but for up to
+/// 90 s, whatever its time-out is. Returns 0, or a negative number on failure.
 int AwaitReady(sd_bus* bus, const Deadline& deadline)
 {
     while (sd_bus_is_ready(bus) <= 0) {
@@ -78,8 +80,8 @@ int SenderOf(sd_bus_message* reply)
     return sender;
 }
 
-/// Stores the text of the daemon's reply in `result`. The reply of another process is dropped, which is no
-/// failure.
+/// Stores the text of `reply` in `result` if the daemon has sent it. Drops the reply of another process and
+/// returns `callResult`. Returns a negative number if the reply is not a text.
 int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command, std::string& result)
 {
     const int sender = SenderOf(reply);
@@ -101,7 +103,7 @@ int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command
     return read;
 }
 
-/// The objects of one call. The destructor frees them in the required order.
+/// The objects of one call. Its destructor frees them; it frees the bus last, because the messages use it.
 struct BusCall
 {
     BusCall() = default;
@@ -110,7 +112,7 @@ struct BusCall
         sd_bus_error_free(&error);
         sd_bus_message_unref(message);
         sd_bus_message_unref(reply);
-        // Flushing has no time limit, and a bus that does not answer may not read either.
+        // Flushing has no time limit, so it could block for ever on a bus that does not answer.
         if (isAnswering) {
             sd_bus_flush_close_unref(bus);
         } else {

@@ -51,7 +51,7 @@ std::optional<std::string> ReadCommand(const std::string& command, bool (*clear)
 template <std::size_t size>
 std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::size_t))
 {
-    // This plain search also finds "../", and refuses even a harmless path such as /a./b.
+    // Also refuses a command with "../", and even one with a harmless path such as /a./b.
     if (command.empty() || command.find("./") != std::string::npos) {
         return "";
     }
@@ -69,8 +69,8 @@ std::string RunAndTrim(const std::string& command, bool (*clear)(char*, std::siz
     return output.substr(first, output.find_last_not_of(' ') - first + 1);
 }
 
-/// Returns true if the whole text matches. Rejects longer texts first, because std::regex recurses for each
-/// byte.
+/// Returns true if the whole text matches. `maxLength` is the length of the longest possible match. A longer
+/// text is not tried, because std::regex recurses for each byte and would overflow the stack.
 bool Matches(const std::string& text, std::size_t maxLength, const char* pattern)
 {
     return text.size() <= maxLength && std::regex_match(text, std::regex(pattern));
