@@ -5,11 +5,11 @@
 
 #include "platform/Singleton.h"
 
-/// The user's settings. Each getter reads the settings file and each setter rewrites it: nothing is cached,
-/// and the engine reads the same file. Use it as Singleton<Configure> on the main thread.
+/// The user's settings. Use it as Singleton<Configure>, which owns it, on the main thread.
 ///
-/// No function reports a failure. If the file cannot be read, getters return their failure values and setters
-/// do nothing. A name or path cannot be set to an empty text.
+/// Each getter reads the settings file and each setter rewrites it. Nothing is cached, because the engine
+/// changes the same file. No function reports a failure. If the file cannot be read, getters return the
+/// values for an absent key and setters do nothing. Setting an empty text has no effect.
 class Configure
 {
 public:
@@ -18,17 +18,21 @@ public:
     /// Creates the file if it does not exist, and sets its mode to 0600.
     void Init();
 
-    /// The PC's device name in UTF-8. The getter returns an empty text if no name is stored.
+    /// Stores the PC's device name (UTF-8).
     void SetPCDeviceName(const std::string& name);
+    /// Returns the PC's device name (UTF-8); empty if none is stored.
     std::string GetPCDeviceName() const;
-    /// The acceptance of the agreement. The setter stores true.
+    /// Stores that the user has accepted the agreement.
     void SetStatementReadFlag();
+    /// Returns true if the user has accepted the agreement.
     bool IsStatementRead() const;
-    /// The number of trusted phones. ClearTrustDevices() stores 0.
+    /// Sets the number of trusted phones to 0.
     void ClearTrustDevices();
+    /// Returns the number of trusted phones; 0 if none is stored.
     uint32_t GetTrustDeviceNum() const;
-    /// The folder for received files in local 8-bit. The getter returns an empty text if no folder is stored.
+    /// Returns the folder for received files (local 8-bit); empty if none is stored.
     std::string GetSavePath() const;
+    /// Stores the folder for received files (local 8-bit).
     void SetSavePath(std::string path);
 
 private:
@@ -37,6 +41,6 @@ private:
     std::string engineSection;
 
 public:
-    /// The process id of the privileged daemon, passed on to the engine; 0 until the command line is read.
+    /// The daemon's process id, which is the engine's argument. main() sets it; before, it is 0.
     int32_t daemonPid;
 };

@@ -36,8 +36,7 @@ std::map<Velodesk::StrConstName, std::string> Constant<Velodesk::StrConstName, s
 }
 
 namespace {
-/// Fills both tables before main(), even if nothing reads them, because a start creates the per-user
-/// directories.
+/// Fills both tables before main(). Each start must create the user's directories, even if it ends early.
 [[maybe_unused]] const bool TABLES_ARE_FILLED =
     GetConstant(Velodesk::APP_STOP_TIMEOUT_MS) != 0 && !GetConstant(Velodesk::DATA_DIR).empty();
 } // namespace

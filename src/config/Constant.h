@@ -5,8 +5,8 @@
 
 namespace Velodesk {
 
-/// Names of the texts that the whole program uses: per-user paths, the engine's path, and the sections and
-/// keys of the settings file. They are spelled only in Constant.cpp.
+/// Names of fixed texts: the user's paths, the engine's path, and the sections and keys of the settings file.
+/// Only Constant.cpp contains the texts.
 enum StrConstName : int
 {
     /// $HOME/Velodesk/; empty if it could not be created.
@@ -25,13 +25,14 @@ enum StrConstName : int
 
 enum IntConstName : int
 {
-    /// Milliseconds that a child may take to end before it is killed.
+    /// The time in milliseconds after which a child that is asked to end is killed.
     APP_STOP_TIMEOUT_MS,
 };
 
 } // namespace Velodesk
 
-/// A table that is filled before main(), by its first reader, and only read afterwards, from any thread.
+/// A table of constants. The first GetConstant() fills it. This happens before main(), so that any thread may
+/// read the table afterwards.
 template <typename Name, typename Value>
 class Constant
 {
@@ -45,7 +46,7 @@ public:
     }
 
 private:
-    /// Fills the table; the table of texts also creates the per-user directories.
+    /// Returns the content of the table. For the texts, it also creates the user's directories.
     static std::map<Name, Value> CreateConstMap();
 };
 

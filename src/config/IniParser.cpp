@@ -150,8 +150,8 @@ int IniParser::Save(const std::string& filePath)
         for (const auto& [key, value] : keys) {
             std::string name = section;
             name.append("/").append(key);
-            // commentLines has no entries of keys: this one is a comment above a section [section/key]. The
-            // key is then not written.
+            // The comment lines above a section [S/K] are stored under the name of the key K of section S. If
+            // there are any, this key is intentionally not written.
             if (configFile.commentLines[name + "0"].empty()) {
                 stream << key << '=' << value << configFile.inlineComments[name] << '\n' << std::flush;
             }
