@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QLatin1String>
 
-/// The status of a supervised program. ConnClient passes the values as char.
+/// The status of a supervised program.
 enum AppStatus : char
 {
     APP_STATUS_INIT = 0,
@@ -11,8 +11,8 @@ enum AppStatus : char
     APP_STATUS_STOP = 2,
 };
 
-/// The texts of the status channel, for client and server.
-// With their lengths, because strlen is not a constant expression for clang.
+/// The texts of the messages, for client and server.
+// The lengths are written out, because clang does not accept strlen() in a constant expression.
 namespace StatusText {
 constexpr QLatin1String KEY("status", 6);
 constexpr QLatin1String INIT("init", 4);
@@ -20,8 +20,8 @@ constexpr QLatin1String RUN("run", 3);
 constexpr QLatin1String STOP("stop", 4);
 } // namespace StatusText
 
-/// A message of the status channel: a compact JSON object (RFC 8259) in UTF-8 with one member "status" and
-/// without a delimiter. The receiver parses the bytes of one read as one message.
+/// A message of the status channel. It is a compact JSON object (RFC 8259) in UTF-8 with one member,
+/// "status". No delimiter separates messages: the receiver parses the bytes of one read as one message.
 class AppMessage
 {
 public:

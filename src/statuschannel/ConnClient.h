@@ -11,11 +11,12 @@
 
 /// The client side of the status channel, for a program that the assistant supervises.
 ///
-/// Construct it, call ConnToServer() once, then AppInit(), AppRun() and AppStop() when the program's status
-/// changes. Each new status is sent immediately, and the current one is repeated every 1000 ms. The next send
-/// restores a lost connection. The object needs an event loop on its thread; a send can block that thread for
-/// up to 1000 ms while the server does not answer. AppInit(), AppRun() and AppStop() may be called on any
-/// thread; the object's thread sends.
+/// The program owns it and calls ConnToServer() once. Whenever its status changes, it calls AppInit(),
+/// AppRun() or AppStop(). Each new status is sent immediately, and the current status is repeated every 1000
+/// ms. If the connection is lost, the next send connects again.
+///
+/// The object's thread needs an event loop. A send can block this thread for up to 1000 ms if the server does
+/// not answer. Any thread may call AppInit(), AppRun() and AppStop(); the object's thread then sends.
 class ConnClient : public QObject
 {
     Q_OBJECT
@@ -25,8 +26,8 @@ public:
     explicit ConnClient(const std::string& name);
     ~ConnClient() override;
 
-    /// Connects, which can take up to 1000 ms, and starts to repeat the status. Returns 0, or -1 on failure;
-    /// then it does not repeat.
+    /// Connects and starts to repeat the status. Blocks for up to 1000 ms. Returns 0, or -1 on failure; the
+    /// status is then not repeated.
     int ConnToServer();
 
     /// Sets the status and sends it.

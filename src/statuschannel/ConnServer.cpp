@@ -23,7 +23,7 @@ int ConnServer::ServerStart()
 
 int ConnServer::OnNewConnect()
 {
-    // The server remains the parent of the socket and deletes it in its own destructor, not earlier.
+    // The server remains the parent of the socket and deletes it in its destructor.
     QLocalSocket* socket = localServer.nextPendingConnection();
     if (socket == nullptr) {
         return -1;

@@ -18,7 +18,7 @@ int LocalServer::Start(const QString& name)
         return 0;
     }
     if (serverError() != QAbstractSocket::AddressInUseError) {
-        // Not a failure: the program is more useful without this server than not at all.
+        // Not a failure for the caller: the program also works without this server.
         return 0;
     }
     removeServer(wantedName);
@@ -31,7 +31,7 @@ int LocalServer::Start(const QString& name)
 
 void LocalServer::ListenAgain()
 {
-    // isListening() is still true after Qt has closed the socket.
+    // Required, because isListening() still returns true after Qt has closed the socket.
     close();
     if (Listen()) {
         LOG_WARNING("Local server closed, listen again.");
@@ -45,7 +45,8 @@ bool LocalServer::Listen()
     if (!listen(wantedName)) {
         return false;
     }
-    // The only trace of a close by Qt: the notifier of the listening socket is destroyed.
+    // Qt does not report that it closes the server. It destroys the notifier of the listening socket, and
+    // this is observable.
     connect(findChild<QSocketNotifier*>(), &QObject::destroyed, this, &LocalServer::ListenAgain);
     return true;
 }

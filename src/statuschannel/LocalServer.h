@@ -3,11 +3,12 @@
 #include <QLocalServer>
 #include <QString>
 
-/// A listening local socket that takes over a stale socket file and survives a lack of descriptors.
+/// A local server that replaces the socket file of a server that no longer runs, and that listens again after
+/// a lack of file descriptors.
 ///
-/// Qt closes a QLocalServer for good when `accept` fails, and does not report it. This class notices that and
-/// listens again, within a second after descriptors are free; a close() by hand is undone, too. It lives on
-/// the thread of its event loop.
+/// QLocalServer stops listening when accept() fails, and does not report this. This class detects it and
+/// listens again within one second after descriptors are free. For this reason, close() has no lasting
+/// effect: the server listens again. The owner's thread needs an event loop.
 class LocalServer : public QLocalServer
 {
     Q_OBJECT
@@ -15,8 +16,8 @@ class LocalServer : public QLocalServer
 public:
     using QLocalServer::QLocalServer;
 
-    /// Listens on `name` (a socket name or a full path). Returns 0, or -1 if the name stays in use. Returns 0
-    /// after any other failure, too: the server then gets no connections.
+    /// Listens on `name`, a socket name or a full path. Returns 0, or -1 if an existing socket file of this
+    /// name cannot be replaced. Also returns 0 after any other failure; the server then gets no connections.
     int Start(const QString& name);
 
 private slots:
