@@ -29,7 +29,7 @@ static_assert(std::size(APPS) == AppManager::APP_TYPE_END, "each type needs its 
 
 AppManager::AppManager()
 {
-    // Registered with their full names, which queued connections use.
+    // Queued connections need the names with which the signals declare these types.
     qRegisterMetaType<AppManager::AppType>("AppManager::AppType");
     qRegisterMetaType<AppManager::AppEventType>("AppManager::AppEventType");
     ReAllocResource();
@@ -84,7 +84,7 @@ void AppManager::StopAll()
         try {
             workers.push_back(std::make_shared<std::thread>([this, &app] { StopApp(app.type, true); }));
         } catch (const std::system_error&) {
-            // No thread is available. Without the stop the child would outlive the program.
+            // No thread is available, so stop it on this one. Otherwise the child would outlive the program.
             StopApp(app.type, true);
         }
     }
@@ -127,7 +127,7 @@ void AppManager::InitAppMap()
 
 void AppManager::RegisterCallback()
 {
-    // A removed application keeps its connections, so they exist already when it is registered again.
+    // DeleteAll() does not disconnect, so the connections can exist already.
     constexpr auto ONCE = Qt::UniqueConnection;
     for (const auto& known : APPS) {
         const BaseApp* app = FindApp(known.type);

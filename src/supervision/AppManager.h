@@ -8,10 +8,12 @@
 
 class BaseApp;
 
-/// Starts and stops the supervised applications, each by its AppType, and forwards their signals. Use it as
-/// Singleton<AppManager>. Its construction creates the applications and their status servers.
+/// Starts and stops the supervised applications and forwards their signals. An AppType identifies each
+/// application.
 ///
-/// Main thread only. No function returns a failure: the signals report what became of a request.
+/// Use it as Singleton<AppManager>, which owns it, on the main thread. Its constructor creates the
+/// applications and their status servers. The singletons of the applications own them. No function returns a
+/// failure: signals report whether an application started or ended.
 class AppManager : public QObject
 {
     Q_OBJECT
@@ -20,7 +22,7 @@ public:
     enum AppType : int
     {
         TANDRA_APP = 0,
-        /// The number of types; also returned for an object that is no known application.
+        /// The number of types. GetTypeFromApp() returns it for an unknown object.
         APP_TYPE_END = 1,
     };
     Q_ENUM(AppType)
@@ -34,23 +36,23 @@ public:
     Q_ENUM(AppEventType)
 
     AppManager();
-    /// Disconnects from the applications, then calls StopAll(), which can block for seconds.
+    /// Disconnects from the applications, then calls StopAll(), which can block for 3000 ms per process.
     ~AppManager() override;
 
     /// Starts one process of the application. Returns before the process runs.
     void StartApp(AppType type);
-    /// Asks all processes of the application to terminate. With `wait`, waits up to 3000 ms for each and then
-    /// kills it.
+    /// Sends SIGTERM to the processes of the application, one after the other. If `wait` is true, it waits
+    /// for each of them for up to 3000 ms before the next, and kills it if it still runs.
     void StopApp(AppType type, bool wait);
-    /// Stops all applications in parallel, each with `wait` on its own worker thread, and returns when all
-    /// have stopped. Uses the calling thread if no thread can be created.
+    /// Calls StopApp() with `wait` for all applications in parallel, each on its own worker thread, and
+    /// returns when all have stopped. If no thread can be created, it uses the calling thread.
     void StopAll();
     /// Removes the applications from the map without deleting them. The next StartApp(), StopApp() or
     /// StopAll() registers them again.
     void DeleteAll();
     /// Registers all applications and connects their signals again.
     void ReAllocResource();
-    /// Returns the type of `app`, or APP_TYPE_END.
+    /// Returns the type of `app`, or APP_TYPE_END if it is not registered.
     AppType GetTypeFromApp(const BaseApp& app) const;
 
     /// The steps of ReAllocResource(): disconnect the signals, fill the map, connect the signals.
@@ -65,7 +67,7 @@ signals:
     void AppFinished(AppManager::AppType type, int exitCode);
     /// A process failed to start, crashed or had another error; AppFinished() may follow.
     void AppError(AppManager::AppType type, QProcess::ProcessError err);
-    /// The child has reported another status.
+    /// The application has reported a status that differs from its last one.
     void AppEvent(AppManager::AppType type, AppManager::AppEventType event);
 
 private slots:

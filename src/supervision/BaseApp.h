@@ -14,12 +14,12 @@
 #include "statuschannel/ConnServer.h"
 #include "supervision/PausedNotifiers.h"
 
-/// A supervised application: a program with its arguments, the processes that run it, and a status server to
-/// which it reports. Process events and status reports become six signals.
+/// A supervised application: a program with its arguments, the processes that execute it, and the status
+/// server to which they report. Six signals report what happens to the processes, and what they report.
 ///
-/// Its singleton owns it; AppManager is its only caller. It lives on the main thread. Only Stop(true) also
-/// runs on a worker thread of AppManager, while the main thread waits for that thread. A child that ends is
-/// not started again.
+/// The singleton of the derived class owns it, and only AppManager calls it. It lives on the main thread.
+/// Only Stop(true) also runs on a worker thread of AppManager, while the main thread waits for that thread. A
+/// process that ends is not started again.
 class BaseApp : public QObject
 {
     Q_OBJECT
@@ -44,6 +44,7 @@ public:
         disconnect(&connServer, &ConnServer::AppStoped, this, &BaseApp::EventStopped);
     }
 
+    /// Connects the signals of `process` to the slots below.
     virtual void RegisterCallback(QProcess& process)
     {
         connect(&process, &QProcess::errorOccurred, this, &BaseApp::Error);
@@ -51,6 +52,7 @@ public:
         connect(&process, QOverload<int>::of(&QProcess::finished), this, &BaseApp::Finished);
     }
 
+    /// Disconnects the signals of `process`.
     virtual void UnregisterCallback(QProcess& process)
     {
         disconnect(&process, &QProcess::errorOccurred, this, &BaseApp::Error);
@@ -58,9 +60,9 @@ public:
         disconnect(&process, QOverload<int>::of(&QProcess::finished), this, &BaseApp::Finished);
     }
 
-    /// Starts one more process, even if one runs. Signals report the outcome. The process inherits
-    /// descriptors 0, 1 and 2 only: its output goes to the null device, its input is a pipe that reaches its
-    /// end when the assistant ends.
+    /// Starts a process, even if one runs already, and returns before it runs. Signals report whether it
+    /// started. The process inherits only the descriptors 0, 1 and 2. Its input is a pipe, which reaches
+    /// end-of-file when the assistant ends. Its output goes to the null device.
     virtual void Start()
     {
         ClearVector();
@@ -73,15 +75,16 @@ public:
         process->start(program, arguments, QIODevice::ReadWrite);
     }
 
-    /// Asks each process to terminate. With `wait`, waits up to APP_STOP_TIMEOUT_MS for each and then kills
-    /// it. Without, a process that ignores the request continues to run.
+    /// Sends SIGTERM to the processes, one after the other. If `wait` is true, it waits for each of them for
+    /// up to APP_STOP_TIMEOUT_MS before the next, and kills it if it still runs. Otherwise, a process that
+    /// ignores SIGTERM continues to run.
     virtual void Stop(bool wait)
     {
         ClearVector();
         // Iterates over a copy: waiting emits signals, and a slot may start or stop the application again.
         const auto running = processVector;
         for (const auto& process : running) {
-            // While a process reports its crash, it has ended but is still in the state Running.
+            // A process that is emitting errorOccurred(Crashed) has ended, but its state is still Running.
             if (process->state() == QProcess::NotRunning || process->error() == QProcess::Crashed) {
                 continue;
             }
@@ -98,9 +101,9 @@ public:
         }
     }
 
-    /// Removes every process that does not run. One that is still starting counts as dead: it is killed, and
-    /// its `started` never comes. A slot of a process's signals may call this: the process is then destroyed
-    /// later.
+    /// Removes every process whose state is not Running. A process that is still starting is killed and
+    /// removed, too; its signal started() is not handled. A slot that handles a signal of a process may call
+    /// this function: the process is then destroyed later.
     void ClearVector()
     {
         const std::size_t before = processVector.size();
@@ -119,8 +122,8 @@ public:
         LOG_INFO("delete %d invalid process", static_cast<int>(before - processVector.size()));
     }
 
-    /// Switches off the socket notifiers of all processes. Call it before another thread waits for them. Main
-    /// thread.
+    /// Disables the socket notifiers of all processes. Call it on the main thread before another thread waits
+    /// for the processes.
     void PauseNotifiers(PausedNotifiers& paused) const
     {
         for (const auto& process : processVector) {
@@ -129,13 +132,14 @@ public:
     }
 
 signals:
-    /// A process failed to start, crashed or had another error. Emitted for each process.
+    /// A process failed to start, crashed or had another error. Unlike the next two signals, it is emitted
+    /// for each process.
     void AppError(QProcess::ProcessError err);
     /// The first process of the application runs.
     void AppStarted();
-    /// The last process of the application has ended with that exit code.
+    /// The last process of the application has ended with the exit code `exitCode`.
     void AppFinished(int exitCode);
-    /// The child has reported the status "init", "run" or "stop".
+    /// A process has reported the status "init", "run" or "stop".
     void AppEventInited();
     void AppEventRunning();
     void AppEventStopped();
@@ -199,7 +203,7 @@ private:
         ~Emission()
         {
             --app.emissions;
-            // Deleted by the event loop, because the process is still emitting when the slot returns.
+            // The event loop destroys the processes, because they are still emitting when the slot returns.
             QMetaObject::invokeMethod(&app, &BaseApp::DestroyRemoved, Qt::QueuedConnection);
         }
         Emission(const Emission&) = delete;
@@ -217,7 +221,8 @@ private:
         }
     }
 
-    // Declared before processVector: the destructor of a process that is still starting emits signals.
+    // Declared before processVector and therefore destroyed after it. The destructor of a QProcess that is
+    // starting emits signals, whose slots use these two members.
     int emissions = 0;
     /// Processes that were removed while a signal was being handled.
     std::vector<std::shared_ptr<QProcess>> removed;

@@ -5,18 +5,21 @@
 #include <QSocketNotifier>
 #include <vector>
 
-/// Keeps the socket notifiers of processes switched off while another thread waits for these processes: that
-/// wait deletes notifiers, which it cannot remove from the main thread's event loop. Main thread only.
+/// Disables the socket notifiers of processes while another thread waits for these processes.
+///
+/// The waiting thread deletes notifiers, but cannot remove them from the main thread's event loop. The event
+/// loop would then use deleted notifiers. The caller owns the object and destroys it after the wait. Main
+/// thread only.
 class PausedNotifiers
 {
 public:
     PausedNotifiers() = default;
-    /// Switches on those that still exist.
+    /// Enables those of the disabled notifiers that still exist.
     ~PausedNotifiers();
     PausedNotifiers(const PausedNotifiers&) = delete;
     PausedNotifiers& operator=(const PausedNotifiers&) = delete;
 
-    /// Switches off the enabled notifiers of `process`.
+    /// Disables the enabled notifiers of `process`.
     void Pause(const QProcess& process);
 
 private:

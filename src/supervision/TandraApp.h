@@ -2,8 +2,8 @@
 
 #include "supervision/BaseApp.h"
 
-/// The cast engine: its program, argument and socket. Use it as Singleton<TandraApp>. Constructing it does
-/// not start the engine.
+/// The cast engine. Use it as Singleton<TandraApp>, which owns it, on the main thread. The constructor sets
+/// the engine's program and argument and starts its status server, but does not start the engine.
 class TandraApp : public BaseApp
 {
     Q_OBJECT
