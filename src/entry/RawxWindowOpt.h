@@ -7,7 +7,7 @@ public:
     RawxWindowOpt() = delete;
 
     /// Asks the window manager to activate the X window `windowId`: sends a _NET_ACTIVE_WINDOW client message
-    /// to the root window, as a pager does (EWMH). The window manager may ignore it. Logs if there is no
-    /// display.
+    /// to the root window, as a pager does (EWMH). The window manager may ignore it. If the X server cannot
+    /// be reached, only logs an error. Any thread.
     static void ActivexWindow(int windowId);
 };

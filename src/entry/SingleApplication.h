@@ -20,22 +20,23 @@ class SingleApplication : public QApplication
 public:
     SingleApplication(int& argc, char** argv);
 
-    /// Checks for another instance; blocks for up to 500 ms. Returns 0 if another instance runs, or if this
-    /// one listens or runs without listening. Returns -1 if the socket's name is blocked.
+    /// Checks for another instance, which then raises its window, and blocks for up to 500 ms. If there is
+    /// none, listens for later instances. Returns 0, or -1 if something with the socket's name cannot be
+    /// removed.
     int InitLocalConnect();
-    /// True if InitLocalConnect() found another instance.
+    /// Returns true if InitLocalConnect() found another instance.
     bool IsRunning() const;
-    /// Sets the window to raise, which is not owned.
+    /// Sets the window to raise. The caller owns it; it must exist as long as the event loop runs.
     void SetMainWindow(const QWidget& window);
     /// Sets another socket name (UTF-8). Call it before InitLocalConnect().
     void SetServerName(const std::string& name);
     /// Asks the window manager to raise the window of SetMainWindow(), if there is one.
     void ActivateWindow() const;
 
-    /// Removes a link or a directory with the socket's name from the current directory. Returns false if that
-    /// fails.
+    /// Removes a link to a file, or a directory, with the socket's name from the current directory. Returns
+    /// false if the directory cannot be removed.
     bool IsServerNameValid();
-    /// Listens and takes over a stale socket. Returns 0, or -1 if the name stays in use.
+    /// Listens; see LocalServer::Start() for the replaced socket file and the result.
     int NewLocalServer();
 
 private slots:

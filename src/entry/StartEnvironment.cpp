@@ -13,9 +13,9 @@ constexpr char STYLE[] = "QT_STYLE_OVERRIDE";
 constexpr char GL_INTEGRATION[] = "QT_XCB_GL_INTEGRATION";
 constexpr int DOTS_PER_INCH = 96;
 
-/// The scale factor of the first screen, or 1. Qt divides a screen's dots per inch by this factor, so they
-/// are multiplied by it first. Desktops that set factors by screen ("1.5;1.5", "eDP-1=1.5;HDMI-1=1.5;") use
-/// one factor for all screens.
+/// Returns the scale factor of the first screen in QT_SCREEN_SCALE_FACTORS, or 1. Examples of the variable
+/// are "1.5;1.5" and "eDP-1=1.5;HDMI-1=1.5;"; desktops set the same factor for all screens. Qt divides the
+/// dots per inch by this factor, so the caller multiplies them by it first.
 double ScreenFactor()
 {
     const QByteArray first = qgetenv(SCREEN_FACTORS).split(';').first();
@@ -27,18 +27,19 @@ double ScreenFactor()
 StartEnvironment::StartEnvironment()
 {
     if (!qEnvironmentVariableIsEmpty(DISPLAY_NAME) && qEnvironmentVariableIsEmpty(PLATFORM)) {
-        // In a Wayland session Qt would use its Wayland plug-in, with which windows can be neither placed nor
-        // raised.
+        // In a Wayland session, Qt would otherwise use its Wayland plug-in, which can neither place nor raise
+        // windows.
         Replace(PLATFORM, "xcb");
     }
-    // The attribute alone does not affect the fonts of widgets.
+    // The attribute does not affect the fonts of widgets, so QT_FONT_DPI is also needed.
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     Replace(FONT_DPI, QByteArray::number(DOTS_PER_INCH * ScreenFactor(), 'f', 0));
-    // The forms do not set every colour. Those of a dark desktop would give white text on white.
+    // Not every colour is set in the forms. With the colours of a dark desktop, some text would be white on
+    // white.
     QApplication::setDesktopSettingsAware(false);
     Replace(STYLE, "fusion");
     if (!qEnvironmentVariableIsSet(GL_INTEGRATION)) {
-        // No window uses OpenGL. Loading it takes more than half of the start and 20 MiB.
+        // No window uses OpenGL. Without this variable, Qt would load it, which takes time and 20 MiB.
         Replace(GL_INTEGRATION, "none");
     }
 }

@@ -6,9 +6,9 @@
 /// Sets the environment variables that make Qt look the same on every desktop: the X server in every kind of
 /// session, 96 dots per inch, Qt's own style and colours, and no OpenGL.
 ///
-/// Construct it before the QApplication, which reads these variables; the OpenGL variable is read when the
-/// first native window is created. Children inherit the environment: call Restore() before one is started.
-/// Main thread only.
+/// main() owns it and constructs it before the QApplication, which reads these variables. Qt reads the OpenGL
+/// variable later, when it creates the first native window. Call Restore() after that and before a child is
+/// started, because children inherit the environment. Main thread only.
 class StartEnvironment
 {
 public:
@@ -17,14 +17,14 @@ public:
     StartEnvironment(const StartEnvironment&) = delete;
     StartEnvironment& operator=(const StartEnvironment&) = delete;
 
-    /// Restores the environment. Call it after the first window is shown; a second call has no effect.
+    /// Restores the variables that the constructor has changed. A second call has no effect.
     void Restore();
 
 private:
     struct Variable
     {
         const char* name;
-        /// Null if it was not set.
+        /// The original value; null if the variable was not set.
         QByteArray value;
     };
 

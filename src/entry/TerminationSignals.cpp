@@ -37,7 +37,7 @@ void OnSignal(int)
 void TerminationSignals::QuitEventLoop()
 {
     wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    // The event is never read, so each further event loop ends, too.
+    // Nothing reads the event, so the notifier also ends event loops that start later.
     auto* notifier = new QSocketNotifier(wakeUp, QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, &QCoreApplication::quit);
     SetHandler(&OnSignal);

@@ -63,7 +63,7 @@ void MoveToCentre(QWidget& window)
     window.move((desktop.width() - window.width()) / 2, (desktop.height() - window.height()) / 2);
 }
 
-/// Makes Qt's own texts Chinese in every locale, because all other texts are.
+/// Makes Qt's own texts Chinese in every locale, because all other texts are Chinese, too.
 void TranslateQt(QCoreApplication& application)
 {
     auto* translator = new QTranslator(&application);
@@ -73,7 +73,8 @@ void TranslateQt(QCoreApplication& application)
     }
 }
 
-/// Shows the agreement if it was never accepted. Returns true if the main window may follow.
+/// Shows the agreement if it was never accepted. Returns true if it is accepted and no termination signal has
+/// arrived.
 bool RunAgreement(SingleApplication& application, ProtocolWin& protocolWin, StartEnvironment& environment)
 {
     const Configure& configure = *Singleton<Configure>::GetInstance();
@@ -105,7 +106,7 @@ void RunMainWindow(SingleApplication& application, StartEnvironment& environment
 }
 } // namespace
 
-// Runs before static initialisation, which starts shell commands.
+// Runs before static initialisation, because that starts shell commands, which inherit this state.
 __attribute__((constructor(101))) static void ResetInheritedState()
 {
     Brevora::InheritedState::Reset();
@@ -121,7 +122,7 @@ int main(int argc, char** argv)
 
     StartEnvironment environment;
     SingleApplication application(argc, argv);
-    // Uses a pixmap, because for a file name without a suffix Qt would load its MIME database.
+    // A QIcon of the file name would load Qt's MIME database, because the name has no suffix.
     QApplication::setWindowIcon(QIcon(QPixmap(QStringLiteral(":/velo/logo"))));
     if (GetConstant(Velodesk::DATA_DIR).empty()) {
         return 1;
