@@ -63,9 +63,9 @@ const QString TRANSPARENT_BTN_STYLE = QStringLiteral("background-color:transpare
 
 constexpr double LETTER_SPACING = 0.7;
 constexpr double NO_SPACING = 0.0;
-/// The letter spacing of the page's font, which determines the width of the name field. It is larger than the
-/// spacing of the field's own font, because the field needs space at its ends. The widest name, fifteen "m",
-/// must end before the pencil.
+/// The letter spacing in pixels of the page's font, which is only used to calculate the width of the name
+/// field. It is larger than the spacing of the field's own font: the field needs space at both ends. With
+/// this value, even the widest name, fifteen "m", ends before the pencil button.
 constexpr double NAME_ROOM_SPACING = 1.5;
 constexpr int HEADING_PIXEL_SIZE = 32;
 constexpr int SUBHEADING_PIXEL_SIZE = 16;
@@ -90,7 +90,7 @@ constexpr char TRUST_FILE_1[] = "cd59de12d29aa1b8c695576f73fed493";
 constexpr char TRUST_FILE_2[] = "b527a39b0674942c13c451bc81ea6792";
 constexpr char TRUST_FILE_3[] = "2e5e9c1f131587ab665a2f38ec73e412";
 
-/// Runs the box with that text and only the button "确定".
+/// Shows `box` with the message `text` and one button, "确定", and returns when it is closed.
 void ShowMessage(VeloMessageBox& box, const QString& text)
 {
     box.SetMessageText(text);
@@ -110,7 +110,7 @@ MultiScreen::MultiScreen(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui_MultiScreen>()), helpView(nullptr)
 {
     ui->setupUi(this);
-    // A report changes these three widgets. They are painted without the layers of the card below them.
+    // A status report changes these three widgets. Their white backgrounds make the change faster.
     for (QWidget* changed : {static_cast<QWidget*>(ui->StatusFrame), static_cast<QWidget*>(ui->PreScreenBtn),
                              static_cast<QWidget*>(ui->ScreenLabel)}) {
         new WhiteBackground(changed, this);
@@ -137,8 +137,8 @@ MultiScreen::~MultiScreen()
 
 void MultiScreen::SetPreScreenStatus(bool casting)
 {
-    // Paints each widget separately: because of the effect, Qt would paint the whole area between widgets
-    // that change together.
+    // Each widget is repainted immediately. Otherwise, because of the shadow effect, Qt would repaint the
+    // bounding rectangle of all three.
     ui->PreScreenBtn->setText(casting ? STOP_TEXT : START_TEXT);
     ui->PreScreenBtn->setStyleSheet(casting ? STOP_BTN_STYLE : START_BTN_STYLE);
     ui->PreScreenBtn->repaint();
@@ -225,7 +225,7 @@ void MultiScreen::ComputerNameTextEdited(const QString& text)
         name = text.left(limit);
         ui->ComputerNameEdit->setText(name);
     }
-    // The width is that of the typed text, even if it was cut: the next edit corrects the width.
+    // The width is that of the typed text, even if the name was cut. The next edit corrects the width.
     ui->ComputerNameEdit->resize(NameWidth(text), ui->ComputerNameEdit->height());
     if (text.isEmpty()) {
         ui->ComputerNameEdit->setPlaceholderText(currentName);
@@ -327,7 +327,7 @@ void MultiScreen::ClearTrustDevices()
     EraseTrustFile(directory, TRUST_FILE_1);
     EraseTrustFile(directory, TRUST_FILE_2);
     EraseTrustFile(directory, TRUST_FILE_3);
-    // Even if a file could not be erased, the phones are no longer trusted.
+    // The number is set to 0 even if a file could not be erased.
     ui->numDevice->setText(DEVICE_COUNT_TEXT.arg(0));
     ui->clear->setEnabled(false);
     Singleton<Configure>::GetInstance()->ClearTrustDevices();
@@ -439,8 +439,8 @@ void MultiScreen::InitScreenPage()
 
 void MultiScreen::InitFonts()
 {
-    // This font only determines the width of the name field: the page's style sheet prevents the widgets from
-    // inheriting it.
+    // This font is only used to calculate the width of the name field. The widgets on the page do not inherit
+    // it, because the page has a style sheet.
     setFont(FontStyle(fontFamily, SMALL_PIXEL_SIZE, QFont::Normal, NAME_ROOM_SPACING));
     for (QLabel* heading :
          {ui->ScreenTitle, ui->TitleLabel, ui->NewHandLabel, ui->CommonProblemLabel, ui->setTitle}) {

@@ -13,8 +13,8 @@ class Ui_MultiScreen;
 
 /// The main page: cast control, device name, settings, trusted devices and help, in one stack of views.
 ///
-/// VeloWin owns it. It asks AppManager to start and stop the cast engine. Only AppManager's signals change
-/// what the page shows, never a click. Interface thread only.
+/// VeloWin owns it. It asks AppManager to start and stop the cast engine. Whether it shows a cast depends
+/// only on AppManager's signals; a click on the start button does not change it. Main thread only.
 class MultiScreen : public QWidget
 {
     Q_OBJECT
@@ -23,11 +23,12 @@ public:
     explicit MultiScreen(QWidget* parent);
     ~MultiScreen() override;
 
-    /// Shows the casting or the idle state. The text of the start button is the state; there is no other.
+    /// Shows that a cast runs, or that none runs. The text of the start button stores this state; no member
+    /// does.
     void SetPreScreenStatus(bool casting);
-    /// Shows the settings, which it reads from the settings file.
+    /// Reads the settings file and shows the settings.
     void ShowSetView();
-    /// True if `path`, an absolute path, or one of its ancestors is a symbolic link.
+    /// Returns true if the absolute path `path` or one of its parent directories is a symbolic link.
     bool PathHasLink(QString path);
     /// Moves the help view into `frame` and loads the document `resource`.
     void InitHtmlContent(QWidget* frame, QString resource);
@@ -41,7 +42,7 @@ public slots:
     void ClickHelpBtn() const;
     /// Ends an edit of the device name: centres the row and stores the name, even if it has not changed.
     void ComputerNameEditEditingFinished();
-    /// Cuts a device name that is too long, and fits the width of the field to `text`.
+    /// Cuts the device name in the field to 15 bytes, and sets the width of the field to that of `text`.
     void ComputerNameTextEdited(const QString& text);
     void BackToMainScreen() const;
     void ClickNewHandBtn();
@@ -54,7 +55,8 @@ public slots:
     void ProcessFinished(AppManager::AppType type, int exitCode);
     void ProcessAppError(AppManager::AppType type, QProcess::ProcessError err);
     void ProcessEvent(AppManager::AppType type, AppManager::AppEventType event);
-    /// Asks, then erases the engine's trust files and sets the count of trusted phones to zero.
+    /// Asks the user. If the user agrees, erases the engine's trust files and sets the number of trusted
+    /// phones to 0.
     void ClearTrustDevices();
     void TrustOK();
     /// Asks for the folder for received files until the user chooses a usable one or cancels the dialog.
@@ -70,9 +72,11 @@ private:
     void InitScreenConnection() const;
     void InitFonts();
     void LoadDeviceName();
-    /// Returns the save path (local 8-bit). If none is stored, it stores the user's desktop folder first.
+    /// Returns the folder for received files (local 8-bit). If none is stored, stores the user's desktop
+    /// folder first.
     std::string SavePathOrDesktop();
-    /// Returns why a folder cannot be the save path, as the text to show; empty if it can.
+    /// Returns an empty text if `folder` can be the folder for received files. Otherwise, returns the message
+    /// for the user and logs the reason.
     QString FolderFault(const QString& folder);
     /// Returns the width in pixels of the name field for `text`.
     int NameWidth(const QString& text) const;

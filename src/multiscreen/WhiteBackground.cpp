@@ -8,8 +8,8 @@
 #include <QWidget>
 
 namespace {
-/// Returns the background of the widget's style sheet on white. It is cached, because the style scales the
-/// image of the cast state at each paint, which takes as long as all other work of a change.
+/// Returns the background of the widget's style sheet, painted on white. The result is cached: the style
+/// would scale the background image at each paint, which takes as long as all other work of a status change.
 QPixmap StyledBackground(const QWidget& widget)
 {
     const QSize size = widget.size() * widget.devicePixelRatioF();

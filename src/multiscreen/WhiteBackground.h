@@ -6,9 +6,9 @@ class QWidget;
 
 /// Gives a widget on a page of the main window an opaque white background of its own.
 ///
-/// The page is white there, so the pixels do not change. Qt does not paint the layers of the card below an
-/// opaque widget, so a change of the widget takes a third of the time. Has no effect while the page is a
-/// window, because a window has another colour. Interface thread only.
+/// The page is white at this place, so the pixels do not change. Below an opaque widget, Qt does not paint
+/// the card and the page, so a change of the widget is painted in a third of the time. The object has no
+/// effect while the page is a window, because a window has another colour. Main thread only.
 class WhiteBackground : public QObject
 {
 public:
