@@ -23,7 +23,8 @@ constexpr int TEXT_PIXEL_SIZE = 14;
 
 const QString LABEL_STYLE = QStringLiteral("color:#1F1F1F;");
 
-// The inner quotes end the style attribute early. The appearance of the heading depends on that.
+// The quotes before the font name end the style attribute early. This is intended: the heading would
+// otherwise look different.
 const QString HEADING = QStringLiteral(
     "<div><p style='float:left;margin-top:0px;margin-bottom:0.3px;font-size:24px;height:30px;\n"
     "font-weight:bold;color:#1F1F1F;letter-spacing:1px;font-family:'Noto Sans CJK SC''>维乐助手</p>\n"
@@ -56,7 +57,7 @@ void AboutWin::ShowSerProWin()
     QTextCursor cursor = serProEdit.textCursor();
     cursor.movePosition(QTextCursor::Start);
     serProEdit.setTextCursor(cursor);
-    // The cursor is already visible some pixels below the top.
+    // Required, because setTextCursor() does not scroll to the top if the cursor is already visible.
     serProEdit.verticalScrollBar()->setValue(serProEdit.verticalScrollBar()->minimum());
     ui->aboutStack->setCurrentIndex(AGREEMENT_VIEW);
     LOG_DEBUG("Velodesk show service protocal page.");

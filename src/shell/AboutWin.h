@@ -9,9 +9,9 @@
 
 class Ui_AboutWin;
 
-/// The about page, the last page of the main window: a view with name and version, and one with the
-/// agreement. Its parent at construction is the VeloWin that owns it, and to which its back button returns.
-/// Interface thread only.
+/// The about page, which is the last page of the main window. It has two views: name and version, and the
+/// agreement. `parent` must be a VeloWin, which owns the page; the back button calls its CloseAboutWin().
+/// Main thread only.
 class AboutWin : public QWidget
 {
     Q_OBJECT

@@ -14,7 +14,7 @@ struct Kind
     QAccessible::Role role;
 };
 
-/// Widgets for which only the role differs from Qt's.
+/// Widgets of which only the role is corrected.
 constexpr Kind PLAIN[] = {
     {"VeloWin", QAccessible::Window},
     {"ProtocolWin", QAccessible::Window},
@@ -26,13 +26,13 @@ constexpr Kind PLAIN[] = {
     {"page5", QAccessible::Pane},
     {"aboutPage", QAccessible::Pane},
     {"serProPage", QAccessible::Pane},
-    // These buttons only cover the corners of the card, and the field only shows a text.
+    // Two buttons that only cover corners of the card, and a text field that the user cannot edit.
     {"justCover", QAccessible::Whitespace},
     {"justCover2", QAccessible::Whitespace},
     {"NameEditLabel", QAccessible::StaticText},
 };
 
-/// Widgets that get a Control.
+/// Widgets whose accessible object is a Control.
 constexpr Kind CONTROLS[] = {
     {"appRow", QAccessible::ListItem},
     {"menu", QAccessible::ButtonMenu},
@@ -40,14 +40,14 @@ constexpr Kind CONTROLS[] = {
     {"help", QAccessible::MenuItem},
     {"set", QAccessible::MenuItem},
     {"about", QAccessible::MenuItem},
-    // The buttons of the exit question are checkable. Qt reports them as check boxes that toggle without a
-    // click.
+    // The buttons of the exit question. They are checkable, so Qt would report check boxes and toggle them
+    // without a click.
     {"exitBtn", QAccessible::Button},
     {"cancelBtn", QAccessible::Button},
     {"AgreeBtn", QAccessible::CheckBox},
 };
 
-/// Returns the top-level widget of that object name, or null.
+/// Returns a top-level widget with the object name `objectName`; null if there is none.
 QWidget* TopLevel(const char* objectName)
 {
     const QWidgetList widgets = QApplication::topLevelWidgets();
@@ -59,8 +59,8 @@ QWidget* TopLevel(const char* objectName)
     return nullptr;
 }
 
-/// A widget whose parent, state or action differs from Qt's. Its only action, Press, has the effect of a
-/// click.
+/// The accessible object of a widget whose parent, children, state or actions are corrected. Its only action,
+/// Press, has the same effect as a click.
 class Control : public QAccessibleWidget
 {
 public:
@@ -76,7 +76,7 @@ public:
     void doAction(const QString& action) override;
 
 private:
-    /// The accessible parent if it is not the widget's parent; otherwise null.
+    /// Returns the widget that is reported as the parent; null for the widget's own parent.
     QWidget* Owner() const;
     QWidgetList Children() const;
     QListWidget* ListOfRow() const;
@@ -103,7 +103,7 @@ QString Control::text(QAccessible::Text kind) const
 {
     const QString text = QAccessibleWidget::text(kind);
     const auto* button = qobject_cast<const QAbstractButton*>(widget());
-    // The entries of the menu are indented by blanks.
+    // The texts of the menu entries begin with blanks, which indent them.
     return kind == QAccessible::Name && text.isEmpty() && button != nullptr ? button->text().trimmed() : text;
 }
 
@@ -111,7 +111,8 @@ QAccessible::State Control::state() const
 {
     QAccessible::State state = QAccessibleWidget::state();
     if (role() == QAccessible::CheckBox) {
-        // The tick itself has no state.
+        // The tick button does not store its state. The agreement is ticked while the start button is
+        // enabled.
         const auto* begin = widget()->window()->findChild<QWidget*>(QStringLiteral("BeginBtn"));
         state.checkable = true;
         state.checked = begin != nullptr && begin->isEnabled();
@@ -137,7 +138,7 @@ void Control::doAction(const QString& action)
         return;
     }
     if (auto* button = qobject_cast<QAbstractButton*>(widget())) {
-        // The event loop performs the click, so that the caller does not wait for the end of a dialog.
+        // animateClick() clicks later, so this function returns even if the click opens a modal question.
         button->animateClick();
     } else if (QListWidget* list = ListOfRow()) {
         list->setCurrentItem(ItemOfRow());
@@ -171,7 +172,7 @@ QWidgetList Control::Children() const
             children.append(entry);
         }
     }
-    // A row under construction has no widget yet, and the menu button may outlive the menu.
+    // A row under construction has no widget yet, and the menu can be destroyed before its button.
     children.removeAll(nullptr);
     return children;
 }
@@ -198,7 +199,7 @@ QAccessibleInterface* Interface(const QString&, QObject* object)
     if (widget == nullptr) {
         return nullptr;
     }
-    // Qt also calls this during the construction of a widget, when it has no name yet.
+    // Not selected by its object name: Qt calls this function before the form has set the name.
     if (qobject_cast<QListWidget*>(widget) != nullptr) {
         return new Control(widget, QAccessible::List);
     }

@@ -1,11 +1,12 @@
 #pragma once
 
-/// Corrects the accessible roles, states and actions that Qt reports for windows, for checkable buttons that
-/// act like ordinary ones, for the list row, and for the menu, which Qt omits because it is a pop-up.
+/// Corrects roles, states and actions that Qt reports wrongly to assistive technologies: those of windows, of
+/// checkable buttons that act like plain ones, of the list row, which consists of widgets, and of the menu,
+/// which Qt omits because it is a pop-up.
 ///
-/// The Designer forms contain the names of widgets without text (accessibleName).
+/// The forms define the accessible names of widgets without text (property accessibleName).
 namespace Accessibility {
-/// Installs the factory. Call it once on the main thread, before the first window is constructed. It has
-/// no effect until assistive technology is active.
+/// Installs the factory of the accessible objects. Call it once on the main thread, before the first window
+/// is constructed. Qt calls the factory only while an assistive technology is active.
 void Install();
 } // namespace Accessibility

@@ -11,7 +11,8 @@
 #include <qdrawutil.h>
 
 namespace {
-/// The corners affect the shadow up to this distance in pixels; beyond it, an edge looks the same everywhere.
+/// The distance in pixels from a corner up to which the corner affects the shadow of an edge. Beyond it, the
+/// shadow is the same along the edge.
 constexpr int CORNER_REACH = 48;
 constexpr int OPAQUE = 255;
 
@@ -41,16 +42,16 @@ void CardShadow::draw(QPainter* painter)
         renderedSize = sample;
         renderedStyle = card->styleSheet();
     }
-    // drawSource() works only on the window's own surface. For any other one, for example in
-    // QWidget::render(), Qt translates the painter to the card twice.
+    // drawSource() works only if the painter paints on the window's backing store. On another device, for
+    // example in QWidget::render(), Qt translates the painter twice.
     if (image.isNull() || painter->device() != card->backingStore()->paintDevice()) {
         QGraphicsDropShadowEffect::draw(painter);
         return;
     }
     const int blur = qCeil(blurRadius());
     const QRect frame = card->rect().adjusted(-blur, -blur, blur, blur).translated(offset().toPoint());
-    // The card covers the shadow inside, except near the corners. Without the clip, each change on the card
-    // would draw the covered shadow, too.
+    // The clip excludes the part of the shadow that the card covers. Otherwise, each change on the card would
+    // also draw this part. The corners are not excluded, because the card can have round ones.
     QRegion visible(frame);
     visible -= card->rect().adjusted(CORNER_REACH, 0, -CORNER_REACH, 0);
     visible -= card->rect().adjusted(0, CORNER_REACH, 0, -CORNER_REACH);
@@ -58,8 +59,8 @@ void CardShadow::draw(QPainter* painter)
     const int height = image.height() / 2 - 1;
     painter->save();
     painter->setClipRegion(visible);
-    // Replaces the existing pixels. Qt clears only the changed areas, but the clip is their bounding
-    // rectangle, and a shadow drawn over a shadow would be darker.
+    // Replaces the existing pixels, because a shadow that is drawn over a shadow is darker. Qt clears only
+    // the changed areas, but draws the effect in their bounding rectangle.
     painter->setCompositionMode(QPainter::CompositionMode_Source);
     qDrawBorderPixmap(painter, frame, QMargins(width, height, width, height), image);
     painter->restore();
@@ -72,7 +73,7 @@ QPixmap CardShadow::RenderShadow(const QSize& sampleSize) const
     if (qAlpha(outline.toImage().pixel(sampleSize.width() / 2, sampleSize.height() / 2)) != OPAQUE) {
         return QPixmap();
     }
-    // Qt draws the shadow together with its source. A large offset separates them.
+    // The effect draws the outline as well as its shadow. A large offset puts the shadow beside the outline.
     const int aside = sampleSize.width() + 2 * qCeil(blurRadius());
     auto* effect = new QGraphicsDropShadowEffect;
     effect->setOffset(aside, 0);
@@ -81,7 +82,7 @@ QPixmap CardShadow::RenderShadow(const QSize& sampleSize) const
     QGraphicsScene scene;
     scene.addPixmap(outline)->setGraphicsEffect(effect);
 
-    // The rendered area contains both, because the scene skips items outside of it.
+    // The rendered area must also contain the outline: the scene does not draw items outside of the area.
     const int blur = qCeil(blurRadius());
     const QRect shadow = QRect(QPoint(aside, 0), sampleSize).adjusted(-blur, -blur, blur, blur);
     const QRect both = shadow.united(QRect(QPoint(0, 0), sampleSize));

@@ -18,7 +18,7 @@ template <typename Window>
 void CardWindow<Window>::SetAdjustShadow(const QRect& area)
 {
     Shadow::AddShadowEffect(this, card);
-    // Calculates the card's future rectangle, because the layout's margins are still 1 pixel.
+    // The margins of the layout are still 1 pixel, so this is the rectangle of the card.
     const QRect inner = this->geometry().adjusted(1, 1, -1, -1);
     const QPoint corner((area.left() + area.right()) / 2 - (inner.left() + inner.right()) / 2,
                         (area.top() + area.bottom()) / 2 - (inner.top() + inner.bottom()) / 2);

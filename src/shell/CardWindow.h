@@ -8,11 +8,11 @@
 class QBoxLayout;
 class QMouseEvent;
 
-/// The common base of all windows with a card: placing the card, the frame without shadow, dragging by the
-/// upper band of the card, and the click-through margin.
+/// The base of the four windows with a card. It places the card, shows the frame of a window without shadow,
+/// lets the user drag the window by the upper part of the card, and makes the margin click-through.
 ///
-/// A window calls SetCard() directly after setupUi(). Its constructor selects the appearance, with or without
-/// shadow, which never changes. Interface thread only.
+/// The derived window calls SetCard() directly after setupUi(). Its constructor applies the appearance with
+/// or without shadow, which never changes. Main thread only.
 template <typename Window>
 class CardWindow : public Window
 {
@@ -36,14 +36,14 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    /// Updates the mask when the pointer enters the card, because the widgets on the card get the mouse
-    /// moves.
+    /// Updates the mask when the pointer enters the card. There, the window gets no mouse moves, because the
+    /// widgets on the card get them.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     QBoxLayout* cardLayout = nullptr;
     QWidget* card = nullptr;
     QPoint dragLimit;
-    /// The press position relative to the card's top-left corner.
+    /// The position of the mouse press, relative to the card's top-left corner.
     QPoint dragOffset;
     bool dragging = false;
 };
@@ -54,6 +54,7 @@ extern template class CardWindow<QDialog>;
 /// Returns the available area of the primary screen in global pixels.
 QRect AvailableArea();
 
-/// Returns the top-left corner that centres a rectangle of `size` (right minus left, bottom minus top) in
-/// `area`. The integer divisions truncate.
+/// Returns the top-left corner of a rectangle that is centred in `area`. `size` is the rectangle's right
+/// minus left and its bottom minus top, one pixel less than width and height. Half pixels are rounded towards
+/// 0.
 QPoint CentredCorner(const QRect& area, const QPoint& size);

@@ -2,7 +2,8 @@
 
 #include <QString>
 
-/// Style sheets of all dialogs, with and without shadow. Do not use them before main().
+/// Style sheets of all dialogs, with and without shadow. They are initialised at the start of the program, so
+/// static initialisers must not use them.
 namespace DialogStyle {
 /// The card with shadow. Without shadow, the form's own style applies.
 const QString CARD = QStringLiteral("border-radius:20px;background-color: rgb(247, 247, 247);");

@@ -69,7 +69,7 @@ void ExitWin::CloseExitWin()
 
 void ExitWin::QuitExitWin()
 {
-    // The click has already checked the button, which is checkable and exclusive.
+    // The button is checkable and exclusive, so the click has already checked it.
     if (ui->exitBtn->isChecked()) {
         LOG_DEBUG("Velodesk exit window emit exit signal.");
         emit CloseVeloApp();

@@ -7,9 +7,9 @@
 
 class Ui_ExitWin;
 
-/// The question before the program ends. Its signal CloseVeloApp() calls VeloWin::ExitVeloWin() of the
-/// parent. VeloWin owns it and constructs a new one for each request; closing only hides it. Interface thread
-/// only.
+/// The question before the program ends. VeloWin owns it and constructs a new one for each request. `parent`
+/// must be a VeloWin; the signal CloseVeloApp() calls its ExitVeloWin(). Closing the question only hides it.
+/// Main thread only.
 class ExitWin : public CardWindow<QWidget>
 {
     Q_OBJECT

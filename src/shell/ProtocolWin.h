@@ -12,7 +12,7 @@
 class Ui_ProtocolWin;
 
 /// The first-run window with the user agreement. main() owns it, constructs it in every run, and shows it if
-/// the agreement was never accepted. Interface thread only.
+/// the agreement was never accepted. Main thread only.
 class ProtocolWin : public CardWindow<QWidget>
 {
     Q_OBJECT
@@ -21,7 +21,8 @@ public:
     explicit ProtocolWin(QWidget* parent);
     ~ProtocolWin() override;
 
-    /// True if the user has pressed the start button in this run, even if that could not be stored.
+    /// Returns true if the user has pressed the start button in this run, even if the settings file could not
+    /// be written.
     bool IsReadStatement();
     /// Leaves without accepting: calls exitHook, then closes the window. A close request of the window
     /// manager does not call this.
@@ -30,7 +31,8 @@ public:
     QFont FontStyle(QString family, int pixelSize, int weight) const;
 
 public slots:
-    /// Ticks or unticks. The state is whether the start button is enabled; there is no other.
+    /// Ticks or unticks the agreement. The start button is enabled while the agreement is ticked; this is the
+    /// only place where the state is stored.
     void ClickAgreeBtn();
     /// Stores the acceptance and closes the window.
     void ClickBeginBtn();
@@ -38,7 +40,8 @@ public slots:
 private:
     void InitProtocolDialogPage();
     void InitProtocolDialogConnection() const;
-    /// Call it before widgets are added to the card: each style sheet styles all widgets below it again.
+    /// Sets the style sheets of the card. Call it before widgets are added to the card, because each new
+    /// style sheet is also applied to all widgets on the card, which takes time.
     void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
@@ -48,6 +51,6 @@ private:
     bool statementRead = false;
 
 public:
-    /// Called by Exit(). Empty until main() sets it.
+    /// Exit() calls it. Empty until main() sets it.
     std::function<void()> exitHook;
 };

@@ -65,10 +65,10 @@ void SerProEdit::InitUi(QString path)
     LOG_DEBUG("File %s open successful.", path.toUtf8().constData());
     const QByteArray bytes = file.readAll();
     const int position = TextLength();
-    // constData() ends at the first zero byte, and so does the document.
+    // The conversion ends at the first zero byte: the rest of such a document is not shown.
     const QString html = ProcessHtmlLinkUrl(QString::fromUtf8(bytes.constData()));
 
-    // Remove the text that was appended to measure the links.
+    // Removes the text that ProcessHtmlLinkUrl() has appended.
     QTextCursor cursor = textCursor();
     cursor.beginEditBlock();
     cursor.setPosition(position);
@@ -78,7 +78,7 @@ void SerProEdit::InitUi(QString path)
     cursor.movePosition(QTextCursor::Start);
     cursor.endEditBlock();
     setTextCursor(cursor);
-    // The cursor is already visible some pixels below the top.
+    // Required, because setTextCursor() does not scroll to the top if the cursor is already visible.
     verticalScrollBar()->setValue(verticalScrollBar()->minimum());
     file.close();
 }
@@ -121,7 +121,7 @@ void SerProEdit::mouseReleaseEvent(QMouseEvent* event)
             QDesktopServices::openUrl(QUrl(elem.url, QUrl::TolerantMode));
         }
     }
-    // The press handler on purpose: the base class receives a release as a second press.
+    // Intentionally calls the press handler: the base class must handle a release as a second press.
     QTextEdit::mousePressEvent(event);
 }
 

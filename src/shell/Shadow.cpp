@@ -18,7 +18,7 @@ namespace {
 constexpr char MODULE_TAG[] = "TANDRA_UI";
 
 const QColor SHADOW_COLOR(0, 0, 0, 51);
-/// Not used.
+/// Part of the constants of this module, but no function reads this file.
 [[maybe_unused]] constexpr char GPU_INFO_PATH[] = "/proc/gpuinfo_0";
 constexpr qreal BLUR_RADIUS = 20.0;
 constexpr qreal OFFSET_X = 0.0;
@@ -36,12 +36,12 @@ QRect WithShadow(const QRect& cardRect)
     return cardRect.adjusted(-SHADOW_MARGIN, -SHADOW_MARGIN, SHADOW_MARGIN, SHADOW_MARGIN);
 }
 
-/// Places the card inside `area` and cuts its shadow off at the edges of `area`.
+/// Moves the card into `area` and cuts the shadow off at the right and bottom edges of `area`.
 void Clamp(QWidget* window, QBoxLayout* layout, QRect rect, const QRect& area, bool fixedSize)
 {
     Shadow::CheckRect(rect, area);
-    // The limits at the left and top are 0, not the edges of the area: a panel there does not cut the shadow
-    // off.
+    // At the left and top, the shadow is cut off at the edge of the screen (0), not at that of the area. It
+    // extends below a panel there.
     const QRect windowRect(QPoint(qMax(rect.left() - SHADOW_MARGIN, 0), qMax(rect.top() - SHADOW_MARGIN, 0)),
                            QPoint(qMin(rect.right() + SHADOW_MARGIN, area.right()),
                                   qMin(rect.bottom() + SHADOW_MARGIN, area.bottom())));

@@ -9,13 +9,13 @@
 
 namespace {
 const QString FAMILY = QStringLiteral("Noto Sans CJK SC");
-/// No family has this name, so without a substitute the selected font depends on the locale.
+/// This is not the name of a family. Without a substitution, the font would depend on the locale.
 const QString POSTSCRIPT_NAME = QStringLiteral("NotoSansCJKsc-Regular");
 /// 9 points at 96 dots per inch.
 constexpr int PIXEL_SIZE = 12;
 
-/// Other names of the same typeface, then fonts of Chinese desktops. If none is installed, fontconfig
-/// decides.
+/// The families to use if FAMILY is not installed: other names of the same design, then fonts of Chinese
+/// desktops. If none of them is installed, fontconfig selects a font.
 QStringList NextBest()
 {
     return {QStringLiteral("Source Han Sans SC"),  QStringLiteral("Source Han Sans CN"),
@@ -24,9 +24,9 @@ QStringList NextBest()
             QStringLiteral("Droid Sans Fallback")};
 }
 
-/// Uses the text shaper for the first time in the "C" locale, because it then stores the language of the
-/// locale. In Chinese, this typeface has other digits beside Latin letters. This way the pixels are the same
-/// in every locale.
+/// Initialises the text shaper in the "C" locale, so that the pixels are the same in every locale. The shaper
+/// reads its language from the locale when it is first used. If the language is Chinese, this font has other
+/// digits beside Latin letters.
 void ShapeInNoLanguage(const QFont& font)
 {
     const QByteArray locale = std::setlocale(LC_CTYPE, nullptr);

@@ -15,6 +15,7 @@ constexpr QPoint PAGE_POS(168, 44);
 
 const QString TITLE_BAR_STYLE = QStringLiteral("border-radius:0px;border-top-left-radius:20px;");
 
+/// Returns the rectangle of the main window's card in global pixels.
 QRect MainCardArea(const QWidget& page)
 {
     const QPoint topLeft = page.mapToGlobal(-PAGE_POS);

@@ -11,10 +11,9 @@ class Ui_VeloMessageBox;
 /// The program's own modal message box: a close button, an optional warning mark, two text lines, one or two
 /// buttons.
 ///
-/// The caller constructs it on the stack for one question, sets its texts and calls exec(). Only the signals
-/// carry the answer, not the result of exec(). Without a parent it is centred on the primary screen.
-/// Otherwise the parent is a page of the main window, and the box is centred on that window. Interface thread
-/// only.
+/// The caller owns it on the stack, sets its texts and calls exec(). The signals report the answer; the
+/// result of exec() does not. Without a parent, the box is centred on the primary screen. Otherwise, the
+/// parent must be a page of the main window, and the box is centred on that window. Main thread only.
 class VeloMessageBox : public CardWindow<QDialog>
 {
     Q_OBJECT
@@ -33,7 +32,7 @@ public:
     void SetMessageText(const QString& text) const;
     /// Shows the warning mark.
     void SetWarning();
-    /// Returns the number of existing boxes, so that a caller can avoid a second one.
+    /// Returns the number of boxes that exist. A caller can avoid opening a second one.
     static int GetWindCount();
     /// Sets the font family of the box and a letter spacing in pixels on `widget`. Ignores a null pointer.
     void SetDefaultTextFont(QWidget* widget, int spacing) const;

@@ -26,8 +26,8 @@ constexpr QSize ROW_ICON_SIZE(20, 20);
 constexpr int ROW_TEXT_PIXEL_SIZE = 14;
 constexpr qreal ROW_LETTER_SPACING = 1.0;
 
-/// The margin for the shadow around the menu's card. The window is enlarged by it, because the form has
-/// margins of 1 pixel.
+/// The margin in pixels around the card of the menu, for its shadow. The form has margins of 1 pixel, so
+/// width and height of the menu grow by MENU_GROWTH.
 constexpr int MENU_MARGIN = 20;
 constexpr int MENU_GROWTH = 2 * (MENU_MARGIN - 1);
 
@@ -136,7 +136,7 @@ void VeloWin::SetAppObj(QApplication& app)
 
 void VeloWin::AddAppListItem(QString icon, QString text)
 {
-    // Deletes the container with its children if a later allocation fails.
+    // The pointer deletes the row with its children if a later allocation fails.
     std::unique_ptr<QWidget> container(new (std::nothrow) QWidget(ui->appList));
     if (container == nullptr) {
         LOG_ERROR("Item container is nullptr.");
@@ -161,8 +161,8 @@ void VeloWin::AddAppListItem(QString icon, QString text)
     textLabel->setText(text);
     QFont font;
     font.setFamily(QStringLiteral("NotoSansCJKsc-Regular"));
-    // No family has that name. With the real name first and without font merging, Qt finds the font without
-    // sorting all fonts of the machine four times.
+    // This is the PostScript name, not a family. setFamilies() has priority over it, and font merging is off,
+    // because Qt would otherwise sort all installed fonts four times.
     font.setFamilies({QStringLiteral("Noto Sans CJK SC")});
     font.setStyleStrategy(QFont::NoFontMerging);
     font.setPixelSize(ROW_TEXT_PIXEL_SIZE);
@@ -286,7 +286,8 @@ bool VeloWin::eventFilter(QObject* watched, QEvent* event)
     }
     if (watched == &popUpMenu && event->type() == QEvent::Hide &&
         !ui->menu->rect().contains(ui->menu->mapFromGlobal(QCursor::pos()))) {
-        // While a pop-up is open, Qt drops the leave event that would end the hover state of its button.
+        // While a pop-up is open, Qt drops leave events, so the hover state of the menu's button would not
+        // end.
         ui->menu->setAttribute(Qt::WA_UnderMouse, false);
         ui->menu->update();
     }
@@ -307,7 +308,7 @@ void VeloWin::closeEvent(QCloseEvent* event)
     if (!sessionEnding) {
         event->ignore();
     }
-    // This also happens on a logout: the question is then visible while the window closes.
+    // The question is also shown at the end of the session, while the window closes.
     ShowExitWinCentred();
     LOG_INFO("Velodesk closeEvent show exit window.");
 }

@@ -21,9 +21,9 @@ class Ui_VeloWin;
 /// The main window: the list of applications, a title strip, a stack of pages, the pop-up menu and the exit
 /// question.
 ///
-/// main() owns it, calls SetAppObj() and sets exitHook before the event loop runs. The window owns its pages
-/// and the current ExitWin. The user can close it only by the exit question; the end of the desktop
-/// session closes it without a question. Interface thread only.
+/// main() owns it, and calls SetAppObj() and sets exitHook before the event loop runs. The window owns its
+/// pages and the current ExitWin. A user can close it only by a confirmation of the exit question. The end of
+/// the desktop session closes it without a confirmation. Main thread only.
 class VeloWin : public CardWindow<QWidget>
 {
     Q_OBJECT
@@ -32,26 +32,29 @@ public:
     explicit VeloWin(QWidget* parent);
     ~VeloWin() override;
 
-    /// Lets the end of the desktop session (XSMP) close the window. Call it once, before the event loop runs.
+    /// Connects the window to the end of the desktop session (XSMP), which then closes it. Call it once,
+    /// before the event loop runs. The caller owns `app`.
     void SetAppObj(QApplication& app);
-    /// Appends a row to the application list: the resource path of an image and a text.
+    /// Appends a row to the application list. `icon` is the resource path of an image. If there is no memory,
+    /// logs an error and adds no row.
     void AddAppListItem(QString icon, QString text);
+    /// Sets the margins of a row of the application list.
     void SetItemLayoutMargins(QGridLayout& layout);
     /// Makes row `index` of the application list the current one.
     void InitDefaultAppUi(int index) const;
 
 public slots:
-    /// Shows the page of row `index` and returns all pages to their first view. Ignores -1, which means no
-    /// row.
+    /// Shows the page of row `index` and the first view of each page. If `index` is -1, no row is current,
+    /// and nothing changes.
     void ShowCurAppUi(int index);
     void ShowExitWin();
     void ShowAboutWin();
     /// Returns from the about page to the last application page.
     void CloseAboutWin() const;
-    /// Ends the program: stops all children, which can block for 3 s each, quits the event loop and calls
-    /// exitHook.
+    /// Stops all children, which can block for 3000 ms per child, ends the event loop and calls exitHook.
     void ExitVeloWin() const;
-    /// The session manager asks to save data: from now on, a close event closes the window.
+    /// Handles the session manager's request to save data, before the session ends. Close events after it
+    /// close the window.
     void SessionMng(QSessionManager& sessionManager);
     void ShowMenu();
     void ShowSetWin();
@@ -68,7 +71,8 @@ private:
     void InitUi();
     void InitConnect() const;
     void InitPopMenu();
-    /// Call it before the pages are added to the card: each style sheet styles all widgets below it again.
+    /// Sets the style sheets of the card. Call it before the pages are added to the card, because each new
+    /// style sheet is also applied to all widgets on the card, which takes time.
     void StyleCard();
     void ApplyShadowLook(const QRect& area);
     void ApplyPlainLook(const QRect& area);
@@ -89,6 +93,6 @@ private:
     bool sessionEnding = false;
 
 public:
-    /// Called when the user quits, after the children are stopped. Empty until main() sets it.
+    /// ExitVeloWin() calls it after it has stopped the children. Empty until main() sets it.
     std::function<void()> exitHook;
 };
