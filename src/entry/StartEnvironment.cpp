@@ -51,18 +51,18 @@ StartEnvironment::~StartEnvironment()
 
 void StartEnvironment::Restore()
 {
-    for (const Variable& variable : given) {
+    for (const Variable& variable : replaced) {
         if (variable.value.isNull()) {
             qunsetenv(variable.name);
         } else {
             qputenv(variable.name, variable.value);
         }
     }
-    given.clear();
+    replaced.clear();
 }
 
 void StartEnvironment::Replace(const char* name, const QByteArray& value)
 {
-    given.push_back({name, qgetenv(name)});
+    replaced.push_back({name, qgetenv(name)});
     qputenv(name, value);
 }

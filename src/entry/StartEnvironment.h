@@ -30,5 +30,5 @@ private:
 
     void Replace(const char* name, const QByteArray& value);
 
-    std::vector<Variable> given;
+    std::vector<Variable> replaced;
 };

@@ -135,12 +135,12 @@ std::string DirOperator::GetUserDir() const
 
 std::string DirOperator::GetVelodeskDir()
 {
-    return MadeUserPath(velodeskDir);
+    return CreatedUserPath(velodeskDir);
 }
 
 std::string DirOperator::GetVelodeskLogDir()
 {
-    return MadeUserPath(logDir);
+    return CreatedUserPath(logDir);
 }
 
 std::string DirOperator::GetOthersDir() const
@@ -187,7 +187,7 @@ std::string DirOperator::UserPath(const std::string& field) const
     return GetUserDir() + field;
 }
 
-std::string DirOperator::MadeUserPath(const std::string& field)
+std::string DirOperator::CreatedUserPath(const std::string& field)
 {
     std::string path = UserPath(field);
     if (IsDirExist(path) || CreateDirectories(path) == ErrorCode::CommonStatus::ACTION_SUCCESS) {

@@ -55,7 +55,7 @@ public:
 
 private:
     std::string UserPath(const std::string& field) const;
-    std::string MadeUserPath(const std::string& field);
+    std::string CreatedUserPath(const std::string& field);
     std::string ExistingUserPath(const std::string& field) const;
 
     const std::string confDir;

@@ -41,7 +41,7 @@ private:
 
 /// Waits until `bus` is authenticated and has its name. sd_bus_call() would wait for that, too, but for up to
 /// 90 s, whatever its time-out is. Returns 0, or a negative number on failure.
-int AwaitReady(sd_bus* bus, const Deadline& deadline)
+int WaitUntilReady(sd_bus* bus, const Deadline& deadline)
 {
     while (sd_bus_is_ready(bus) <= 0) {
         if (deadline.IsOver()) {
@@ -82,7 +82,7 @@ int SenderOf(sd_bus_message* reply)
 
 /// Stores the text of `reply` in `result` if the daemon has sent it. Drops the reply of another process and
 /// returns `callResult`. Returns a negative number if the reply is not a text.
-int TakeAnswer(sd_bus_message* reply, int callResult, const std::string& command, std::string& result)
+int StoreReply(sd_bus_message* reply, int callResult, const std::string& command, std::string& result)
 {
     const int sender = SenderOf(reply);
     if (sender != Brevora::g_velodeskdPid) {
@@ -170,7 +170,7 @@ int Utils::DBusProcess(const std::string& command, std::string& result, std::str
     if (made < 0) {
         return made;
     }
-    int called = AwaitReady(call.bus, deadline);
+    int called = WaitUntilReady(call.bus, deadline);
     if (called == -ETIMEDOUT) {
         sd_bus_error_set(&call.error, SD_BUS_ERROR_TIMEOUT, TIMED_OUT);
     } else if (called < 0) {
@@ -186,7 +186,7 @@ int Utils::DBusProcess(const std::string& command, std::string& result, std::str
         return called;
     }
     sd_bus_set_method_call_timeout(call.bus, deadline.Left());
-    return TakeAnswer(call.reply, called, command, result);
+    return StoreReply(call.reply, called, command, result);
 }
 
 int Utils::ExecutePopenAndReturnByDbus(const std::string& command, std::string& result,

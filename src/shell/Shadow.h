@@ -36,7 +36,8 @@ public:
     static void CheckRect(QRect& rect, const QRect& bounds);
 
     /// Places `window` so that its card is at the card rectangle `rect`. Moves the card into the available
-    /// area of the primary screen, unless the window was outside of it. Returns 0, or 1 for a null pointer.
+    /// area of the primary screen, unless `fixedSize` is false and the window was outside of it. Returns 0,
+    /// or 1 for a null pointer.
     static int ShadowWinAdjust(QWidget* window, QBoxLayout* layout, QWidget* card, QRect rect,
                                bool fixedSize);
 

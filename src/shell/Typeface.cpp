@@ -16,7 +16,7 @@ constexpr int PIXEL_SIZE = 12;
 
 /// The families to use if FAMILY is not installed: other names of the same design, then fonts of Chinese
 /// desktops. If none of them is installed, fontconfig selects a font.
-QStringList NextBest()
+QStringList FallbackFamilies()
 {
     return {QStringLiteral("Source Han Sans SC"),  QStringLiteral("Source Han Sans CN"),
             QStringLiteral("Noto Sans SC"),        QStringLiteral("Noto Sans CJK TC"),
@@ -27,7 +27,7 @@ QStringList NextBest()
 /// Initialises the text shaper in the "C" locale, so that the pixels are the same in every locale. The shaper
 /// reads its language from the locale when it is first used. If the language is Chinese, this font has other
 /// digits beside Latin letters.
-void ShapeInNoLanguage(const QFont& font)
+void InitShaperInCLocale(const QFont& font)
 {
     const QByteArray locale = std::setlocale(LC_CTYPE, nullptr);
     std::setlocale(LC_CTYPE, "C");
@@ -50,12 +50,12 @@ void Typeface::UseEverywhere()
 {
     QFont font(FAMILY);
     font.setPixelSize(PIXEL_SIZE);
-    QStringList faces{FAMILY};
+    QStringList families{FAMILY};
     if (QFontInfo(font).family() != FAMILY) {
-        faces += NextBest();
-        QFont::insertSubstitutions(FAMILY, NextBest());
+        families += FallbackFamilies();
+        QFont::insertSubstitutions(FAMILY, FallbackFamilies());
     }
-    QFont::insertSubstitutions(POSTSCRIPT_NAME, faces);
+    QFont::insertSubstitutions(POSTSCRIPT_NAME, families);
     QApplication::setFont(font);
-    ShapeInNoLanguage(font);
+    InitShaperInCLocale(font);
 }
