@@ -22,6 +22,7 @@ MUTANTS = [
     ("src/platform/Utils.cpp", "TestDaemonBus", "TIMEOUT(5000000)", "TIMEOUT(4000000)"),
     ("src/platform/Utils.cpp", "TestDaemonBus", "errorMessage = TIMED_OUT;", ""),
     ("src/platform/DirOperator.cpp", "TestDirOperator|TestConstant", "DIR_MODE = 0700", "DIR_MODE = 0755"),
+    ("src/platform/DirOperator.cpp", "TestDirOperator", "mkdir(path.c_str(), mode) == 0 || IsDirExist(path)", "IsDirExist(path) || mkdir(path.c_str(), mode) == 0"),
     ("src/platform/DirOperator.cpp", "TestDirOperator", "return -DirOperStatus::REMOVE_DIR_FAILED", "return DirOperStatus::REMOVE_DIR_FAILED"),
     ("src/platform/DirOperator.cpp", "TestDirOperator", "if (entry->d_type == DT_DIR)", "if (IsDirExist(joined.data()))"),
     ("src/platform/DirOperator.cpp", "TestDirOperator", "        if (result < 0) {\n            return result;\n        }\n    }\n    directory.reset();", "        if (result < 0) {\n            continue;\n        }\n    }\n    directory.reset();"),

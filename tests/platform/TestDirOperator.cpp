@@ -46,7 +46,21 @@ dirent Entry(const QByteArray& name, unsigned char type)
     std::strncpy(entry.d_name, name.constData(), sizeof entry.d_name - 1);
     return entry;
 }
+
+/// Whether another process creates a directory immediately before the intercepted mkdir() does.
+bool anotherProcessIsFaster = false;
 } // namespace
+
+int RealMkdir(const char* path, mode_t mode) __asm__("__real_mkdir");
+int WrappedMkdir(const char* path, mode_t mode) __asm__("__wrap_mkdir");
+
+int WrappedMkdir(const char* path, mode_t mode)
+{
+    if (anotherProcessIsFaster) {
+        RealMkdir(path, mode);
+    }
+    return RealMkdir(path, mode);
+}
 
 class TestDirOperator : public QObject
 {
@@ -68,6 +82,7 @@ private slots:
     void directoryIsCreatedWithItsMode_data();
     void directoryIsCreatedWithItsMode();
     void existingDirectoryKeepsItsMode();
+    void creationSucceedsIfAnotherProcessIsFaster();
     void directoryThatCannotBeCreatedFails_data();
     void directoryThatCannotBeCreatedFails();
     void everyMissingLevelIsCreated_data();
@@ -267,6 +282,14 @@ void TestDirOperator::existingDirectoryKeepsItsMode()
     QVERIFY(QFile::link(At("directory"), At("link")));
     QCOMPARE(dirs.CreateDir(Local(At("link")), 0700), 0);
     QVERIFY(QFileInfo(At("link")).isSymLink());
+}
+
+void TestDirOperator::creationSucceedsIfAnotherProcessIsFaster()
+{
+    anotherProcessIsFaster = true;
+    const int result = dirs.CreateDir(Local(At("new")), 0700);
+    anotherProcessIsFaster = false;
+    QCOMPARE(result, 0);
 }
 
 void TestDirOperator::directoryThatCannotBeCreatedFails_data()
