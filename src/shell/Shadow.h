@@ -20,8 +20,7 @@ public:
     static bool useShadow;
 
     /// Returns whether the desktop can show shadows. Runs one or two shell commands and blocks until they
-    /// end. Returns false only if /etc/lsb-release contains "uos" in any case and KWin reports that
-    /// compositing is not active.
+    /// end. Returns false only on one distribution, if KWin reports that compositing is not active.
     static bool IsShadowEffectEnable();
 
     /// Adds to `target` a drop shadow that `parent` owns. If `target` has one, only sets its parameters.
